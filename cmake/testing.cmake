@@ -1,0 +1,21 @@
+# qorn_add_test(NAME SOURCES a.cc LIBS lib): a GoogleTest program, each of its tests one of CTest's.
+if(QORN_BUILD_TESTS)
+  enable_testing()
+  find_package(GTest REQUIRED)
+  include(GoogleTest)
+endif()
+
+function(qorn_add_test name)
+  if(NOT QORN_BUILD_TESTS)
+    return()
+  endif()
+  cmake_parse_arguments(arg "" "" "SOURCES;LIBS" ${ARGN})
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE ${arg_LIBS} GTest::gtest_main GTest::gmock Threads::Threads)
+  target_link_options(${name} PRIVATE -rdynamic)
+  # ThreadSanitizer does not start where the kernel randomises addresses widely.
+  if(QORN_SANITIZE MATCHES thread)
+    set_target_properties(${name} PROPERTIES CROSSCOMPILING_EMULATOR "setarch;-R")
+  endif()
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+endfunction()

@@ -1,0 +1,89 @@
+#include "core_fw/account/src/account_component.h"
+
+#include <new>
+#include <utility>
+
+#include "core_fw/account/src/account_config.h"
+#include "core_fw/account/src/account_log.h"
+#include "core_fw/account/src/account_manager_impl.h"
+
+namespace account {
+namespace {
+
+Component* g_component = nullptr;
+AccountManagerImpl* g_service = nullptr;
+bool g_interface_handed_out = false;
+
+// The service lives here and is never destroyed: others may hold a pointer to it until the
+// library is unmapped.
+alignas(AccountManagerImpl) unsigned char g_service_storage[sizeof(AccountManagerImpl)];
+
+AccountManagerImpl* GetService() {
+  if (g_service == nullptr) {
+    g_service = new (g_service_storage) AccountManagerImpl;
+    g_service->Init();
+  }
+  return g_service;
+}
+
+void ReadLogLevel() {
+  static constexpr std::pair<const char*, int> kLevels[] = {
+      {"LOG_VERBOSE", -1},      {"LOG_INTERNAL_DETAILED_INFO", 0},
+      {"LOG_INTERNAL_INFO", 1}, {"LOG_INFO", 2},
+      {"LOG_WARNING", 3},       {"LOG_ERROR", 4},
+      {"LOG_ERROR_REPORT", 5},  {"LOG_FATAL", 6},
+  };
+  std::string name;
+  ReadConfigOption("account_log_level", &name);
+  for (const auto& [known, level] : kLevels) {
+    if (name == known) SetComponentLogLevel(level);
+  }
+}
+
+Component* GetOrMakeComponent() {
+  if (g_component == nullptr) g_component = new AccountComponent;
+  return g_component;
+}
+
+}  // namespace
+
+AccountComponent::~AccountComponent() {
+  AccountComponent::Finalize();
+  // Taken before it is destroyed, so that a destructor entered from here finds nothing to do.
+  Component* named = std::exchange(g_component, nullptr);
+  if (named != this) delete named;
+}
+
+bool AccountComponent::QueryInterface(const std::string& name, void** out) {
+  if (name != "account_interface") return false;
+  g_interface_handed_out = true;
+  AccountManager* service = GetService();
+  *out = service;
+  return service != nullptr;
+}
+
+bool AccountComponent::Init(void* runtime_object) {
+  ReadLogLevel();
+  runtime = runtime_object;
+  GetService();
+  return true;
+}
+
+const char* AccountComponent::GetName() { return "account"; }
+
+bool AccountComponent::Finalize() {
+  if (!g_interface_handed_out) return true;
+  return GetService()->Shutdown();
+}
+
+}  // namespace account
+
+extern "C" __attribute__((visibility("default"))) Component* GetComponent();
+
+Component* GetComponent() {
+  try {
+    return account::GetOrMakeComponent();
+  } catch (...) {
+    return nullptr;  // Memory ended.
+  }
+}

@@ -1,0 +1,12 @@
+#include "core_fw/account/src/account_config.h"
+
+#include "runtime/runtime.h"
+
+namespace account {
+
+bool ReadConfigOption(const char* key, std::string* value) {
+  const runtime::Runtime* runtime = runtime::Runtime::GetInstance();
+  return runtime != nullptr && runtime->GetConfigOption(key, value);
+}
+
+}  // namespace account

@@ -1,0 +1,29 @@
+#ifndef QORN_CORE_FW_ACCOUNT_SRC_ACCOUNT_EVENT_H_
+#define QORN_CORE_FW_ACCOUNT_SRC_ACCOUNT_EVENT_H_
+
+#include <initializer_list>
+#include <string>
+
+#include "base/location.h"
+
+namespace account {
+
+// An event's number and its name in the log.
+struct EventType {
+  int number;
+  const char* name;
+};
+
+// Publishes an event whose payload is `strings` in their order. False, with a line logged under
+// `function`, when the bus gives no event object. Success is logged by the caller, since one
+// operation stays silent. Any thread.
+bool PublishEvent(const tracked_objects::Location& from, const char* function,
+                  const EventType& type, std::initializer_list<const std::string*> strings);
+
+// The line of success.
+void LogPublished(const tracked_objects::Location& from, const char* function,
+                  const EventType& type);
+
+}  // namespace account
+
+#endif  // QORN_CORE_FW_ACCOUNT_SRC_ACCOUNT_EVENT_H_

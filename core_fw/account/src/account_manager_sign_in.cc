@@ -1,0 +1,86 @@
+// Sign-in, sign-out and token refresh: the rest of AccountManagerImpl by topic.
+#include <cassert>
+#include <string>
+
+#include "base/location.h"
+#include "core_fw/account/src/account_event.h"
+#include "core_fw/account/src/account_log.h"
+#include "core_fw/account/src/account_manager_impl.h"
+#include "core_fw/account/src/account_records.h"
+
+namespace account {
+namespace {
+
+constexpr EventType kSignIn{kEventAccountSignIn, "kEventAccountSignIn"};
+constexpr EventType kSignInAlt{kEventAccountSignInAlt, "kEventAccountSignInAlt"};
+constexpr EventType kSignOut{kEventAccountSignOut, "kEventAccountSignOut"};
+
+}  // namespace
+
+AccountResult AccountManagerImpl::SignIn(const std::string& user_id, const std::string& auth_code,
+                                         std::string* user_uuid, std::string* session_id,
+                                         bool* connection_failed) {
+  assert(user_uuid != nullptr && session_id != nullptr && connection_failed != nullptr);
+  return RunOperation(FROM_HERE, "SignIn", [&]() -> AccountResult {
+    AccountResult result =
+        controller->SignInWithAuthCode(user_id, auth_code, user_uuid, connection_failed);
+    if (result != kAccountSuccess) return result;
+    result = sessionTable->AddSession(user_id, session_id);
+    if (result != kAccountSuccess) return result;
+    if (!PublishEvent(FROM_HERE, "SignIn", kSignIn,
+                      {user_uuid, &user_id, &auth_code, session_id})) {
+      return kAccountFailure;
+    }
+    LogPublished(FROM_HERE, "SignIn", kSignIn);
+    return kAccountSuccess;
+  });
+}
+
+AccountResult AccountManagerImpl::SignInAlt(const std::string& user_id, const std::string& password,
+                                            std::string* user_uuid, std::string* session_id) {
+  assert(user_uuid != nullptr && session_id != nullptr);
+  return RunOperation(FROM_HERE, "SignInAlt", [&]() -> AccountResult {
+    if (user_id != kSystemAccountId) {
+      // Deliberate: an ordinary user needs no password here.
+      const AccountResult result = controller->SignInLocalUser(user_id, user_uuid);
+      if (result != kAccountSuccess) return result;
+    } else {
+      if (password != kSystemAccountPassword) return kAccountFailure;
+      *user_uuid = kSystemAccountId;
+    }
+    const AccountResult result = sessionTable->AddSession(user_id, session_id);
+    if (result != kAccountSuccess) return result;
+    if (!PublishEvent(FROM_HERE, "SignInAlt", kSignInAlt, {user_uuid, &user_id, session_id})) {
+      return kAccountFailure;
+    }
+    LogPublished(FROM_HERE, "SignInAlt", kSignInAlt);
+    return kAccountSuccess;
+  });
+}
+
+AccountResult AccountManagerImpl::SignOut(const std::string& session_id) {
+  return RunOperation(FROM_HERE, "SignOut", [&]() -> AccountResult {
+    std::string user_id;
+    AccountResult result = sessionTable->GetSessionUserId(session_id, &user_id);
+    if (result != kAccountSuccess) return result;
+    result = controller->SignOutLocalUser(user_id);
+    if (result != kAccountSuccess) return result;
+    result = sessionTable->RemoveSession(session_id);
+    if (result != kAccountSuccess) return result;
+    std::string user_uuid;
+    result = GetUserUUIDFromUserID(user_id, &user_uuid);
+    if (result != kAccountSuccess) return result;  // The session is gone all the same.
+    if (!PublishEvent(FROM_HERE, "SignOut", kSignOut, {&user_uuid, &user_id, &session_id})) {
+      return kAccountFailure;
+    }
+    LogPublished(FROM_HERE, "SignOut", kSignOut);
+    return kAccountSuccess;
+  });
+}
+
+AccountResult AccountManagerImpl::RefreshAccessToken(const std::string& user_id) {
+  return RunOperation(FROM_HERE, "RefreshAccessToken",
+                      [&] { return controller->RefreshAccessToken(user_id); });
+}
+
+}  // namespace account

@@ -1,0 +1,170 @@
+// What the gateway knows about its users: the rest of AccountManagerImpl by topic.
+#include <cassert>
+#include <string>
+#include <vector>
+
+#include "base/location.h"
+#include "core_fw/account/src/account_config.h"
+#include "core_fw/account/src/account_event.h"
+#include "core_fw/account/src/account_log.h"
+#include "core_fw/account/src/account_manager_impl.h"
+#include "core_fw/account/src/account_records.h"
+#include "core_fw/account/src/identifiers.h"
+
+namespace account {
+namespace {
+
+constexpr EventType kSetUserInformation{kEventAccountSetUserInformation,
+                                        "kEventAccountSetUserInformation"};
+
+// The field that a type code reads; null for the sign-in state and for codes that are none.
+const std::string* FieldOfType(const UserInfo& user, int type) {
+  switch (type) {
+    case kUserInfoGetUserId:
+      return &user.userId;
+    case kUserInfoGetUserName:
+      return &user.userName;
+    case kUserInfoGetUserGuid:
+      return &user.userGuid;
+    case kUserInfoGetAccessToken:
+      return &user.accessToken;
+    case kUserInfoGetRefreshToken:
+      return &user.refreshToken;
+    case kUserInfoGetRegisteredDate:
+      return &user.registeredDate;
+    case kUserInfoGetLastSignInDate:
+      return &user.lastSignInDate;
+    case kUserInfoGetLastInfoChangedDate:
+      return &user.lastInfoChangedDate;
+    default:
+      return nullptr;
+  }
+}
+
+}  // namespace
+
+AccountResult AccountManagerImpl::GetAllUsersUUID(std::vector<std::string>* user_uuids) {
+  assert(user_uuids != nullptr);
+  return RunOperation(FROM_HERE, "GetAllUsersUUID", [&] {
+    const AccountResult result = controller->GetAllUsersUuidList(user_uuids);
+    if (result != kAccountSuccess || useSession) return result;
+    std::string default_user;
+    if (ReadConfigOption("account_default_value", &default_user)) {
+      LogProgress(FROM_HERE, "GetAllUsersUUID",
+                  "Session Mode is OFF and default user uuid is added");
+      user_uuids->push_back(default_user);
+    }
+    return result;
+  });
+}
+
+AccountResult AccountManagerImpl::ReadSignInState(const std::string& user_id, std::string* state) {
+  *state = "Off";
+  std::vector<std::string> session_ids;
+  AccountResult result = sessionTable->GetAllSessionIds(&session_ids);
+  if (result != kAccountSuccess) return result;
+  for (const std::string& session_id : session_ids) {
+    std::string session_user;
+    result = sessionTable->GetSessionUserId(session_id, &session_user);
+    if (result != kAccountSuccess) return result;
+    if (session_user == user_id) *state = "On";
+  }
+  return kAccountSuccess;
+}
+
+AccountResult AccountManagerImpl::GetUserInfoByType(const std::string& user_uuid, int type,
+                                                    std::string* value) {
+  assert(value != nullptr);
+  return RunOperation(FROM_HERE, "GetUserInfoByType", [&]() -> AccountResult {
+    UserInfo user;
+    const AccountResult result = controller->GetUserInfo(user_uuid, &user);
+    if (result != kAccountSuccess) return result;
+    if (type == kUserInfoGetSignInState) {
+      std::string state;
+      const AccountResult read = ReadSignInState(user.userId, &state);
+      if (read != kAccountSuccess) return read;
+      *value = state;
+      return kAccountSuccess;
+    }
+    // Deliberate: a type that is none succeeds and leaves the output alone.
+    const std::string* field = FieldOfType(user, type);
+    if (field != nullptr) *value = *field;
+    return kAccountSuccess;
+  });
+}
+
+AccountResult AccountManagerImpl::GetUserInformation(
+    const std::string& user_uuid, std::string* user_id, std::string* user_name,
+    std::string* sign_in_state, std::string* user_guid, std::string* access_token,
+    std::string* refresh_token, std::string* registered_date, std::string* last_sign_in_date,
+    std::string* last_info_changed_date) {
+  assert(user_id != nullptr && user_name != nullptr && sign_in_state != nullptr);
+  assert(user_guid != nullptr && access_token != nullptr && refresh_token != nullptr);
+  assert(registered_date != nullptr && last_sign_in_date != nullptr);
+  assert(last_info_changed_date != nullptr);
+  return RunOperation(FROM_HERE, "GetUserInformation", [&]() -> AccountResult {
+    UserInfo user;
+    const AccountResult result = controller->GetUserInfo(user_uuid, &user);
+    if (result != kAccountSuccess) return result;
+    *user_id = user.userId;
+    *user_name = user.userName;
+    *sign_in_state = "Off";  // Stays so when a session ends while the state is read.
+    std::string state;
+    const AccountResult read = ReadSignInState(user.userId, &state);
+    if (read != kAccountSuccess) return read;
+    *sign_in_state = state;
+    *user_guid = user.userGuid;
+    *access_token = user.accessToken;
+    *refresh_token = user.refreshToken;
+    *registered_date = user.registeredDate;
+    *last_sign_in_date = user.lastSignInDate;
+    *last_info_changed_date = user.lastInfoChangedDate;
+    return kAccountSuccess;
+  });
+}
+
+AccountResult AccountManagerImpl::RepointSessions(const std::string& user_id,
+                                                  const std::string& new_user_id) {
+  std::vector<std::string> session_ids;
+  AccountResult result = sessionTable->GetAllSessionIds(&session_ids);
+  if (result != kAccountSuccess) return result;
+  for (const std::string& session_id : session_ids) {
+    std::string session_user;
+    result = sessionTable->GetSessionUserId(session_id, &session_user);
+    if (result != kAccountSuccess) return result;
+    if (session_user != user_id) continue;
+    result = sessionTable->SetSessionUserId(session_id, new_user_id);
+    if (result != kAccountSuccess) return result;
+  }
+  return kAccountSuccess;
+}
+
+AccountResult AccountManagerImpl::SetUserInfoByType(const std::string& user_uuid, int type,
+                                                    const std::string& value) {
+  return RunOperation(FROM_HERE, "SetUserInfoByType", [&]() -> AccountResult {
+    UserInfo user;
+    AccountResult result = controller->GetUserInfo(user_uuid, &user);
+    if (result != kAccountSuccess) return result;
+    if (type == kUserInfoSetUserId) {
+      result = RepointSessions(user.userId, value);
+      if (result != kAccountSuccess) return result;
+      user.userId = value;
+      user.lastInfoChangedDate = CurrentTimestamp();
+    } else if (type == kUserInfoSetUserName) {
+      user.userName = value;
+      user.lastInfoChangedDate = CurrentTimestamp();
+    }
+    // Deliberate: the other dates go back in the form in which they are handed out, and any other
+    // type rewrites the row all the same. Readers of the dates expect no other form.
+    result = controller->ModifyUser(user);
+    if (result != kAccountSuccess) return result;
+    if (!PublishEvent(FROM_HERE, "SetUserInfoByType", kSetUserInformation,
+                      {&user_uuid, &user.userId, &user.userName})) {
+      return kAccountFailure;
+    }
+    LogPublished(FROM_HERE, "SetUserInfoByType", kSetUserInformation);
+    return kAccountSuccess;
+  });
+}
+
+}  // namespace account

@@ -1,0 +1,29 @@
+#include "core_fw/account/src/account_message.h"
+
+#include <gtest/gtest.h>
+
+namespace account {
+namespace {
+
+TEST(AccountMessage, ComposedTextsAreFixed) {
+  const FriendMessage message{"bob@x", "ann \"A\"\n@x", "guid-1", "Hom\xc3\xa9", "AABBCC", "p-1"};
+  EXPECT_EQ(ComposeAddFriendMessage(message),
+            "{\"api_name\":\"AddFriend\",\"module_name\":\"account\",\"param_list\":{"
+            "\"friend_guid\":\"guid-1\",\"friend_id\":\"ann \\\"A\\\"\\n@x\","
+            "\"friend_qor_device_name\":\"Hom\xc3\xa9\","
+            "\"friend_qor_device_peer_id\":\"p-1\","
+            "\"friend_qor_device_physical_address_text\":\"AABBCC\","
+            "\"user_id\":\"bob@x\"}}");
+  EXPECT_EQ(ComposeRemoveFriendMessage(message),
+            "{\"api_name\":\"RemoveFriend\",\"module_name\":\"account\",\"param_list\":{"
+            "\"friend_id\":\"ann \\\"A\\\"\\n@x\",\"friend_qor_device_peer_id\":\"p-1\","
+            "\"user_id\":\"bob@x\"}}");
+}
+
+TEST(AccountMessage, TheFormThatIsSentIsNotTheFormThatIsRead) {
+  FriendMessage message;
+  EXPECT_EQ(ParseFriendMessage(ComposeAddFriendMessage({}), &message), MessageKind::kInvalid);
+}
+
+}  // namespace
+}  // namespace account

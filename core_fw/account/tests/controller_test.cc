@@ -1,0 +1,196 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "core_fw/account/src/account_controller.h"
+#include "core_fw/account/tests/test_support.h"
+#include "runtime/runtime.h"
+
+namespace account {
+
+class AccountControllerPeer {
+ public:
+  // The configuration in the order in which it is read, then the network setting's switch.
+  static std::vector<std::string> Configuration(const AccountController& c) {
+    return {c.app_name_,        c.app_id_,
+            c.app_secret_,      c.device_type_code_,
+            c.device_model_id_, c.device_physical_address_text_,
+            c.service_,         c.server_type_,
+            c.auth_url_,        c.user_portal_url_,
+            c.device_name_,     c.network_setting_enabled_ ? "enabled" : "disabled"};
+  }
+  static std::size_t Candidates(AccountController& c) {
+    base::AutoLock guard(c.lock_);
+    return c.friend_candidates_.size();
+  }
+};
+
+namespace {
+
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr const char* kKeys[] = {
+    "OAuth_AsClient_app_name",  "OAuth_AsClient_app_id",   "OAuth_AsClient_app_secret",
+    "account_device_type_code", "account_device_model_id", "account_device_physical_address_text",
+    "account_service",          "account_server_type",     "account_zep_auth_url",
+    "account_user_portal_url",  "account_qor_device_name"};
+constexpr char kNetworkKey[] = "account_enable_MIRLO_network_setting";
+
+std::string Missing(const std::string& key) {
+  return Line(4, "Init",
+              "Account Component Initialization failed as there is no " + key + " in config.xml");
+}
+
+class ControllerTest : public AccountTest {
+ protected:
+  void Restart() {
+    runtime::Runtime::Destroy();
+    StartRuntime();
+  }
+};
+
+TEST_F(ControllerTest, InitStopsAtTheFirstMissingKey) {
+  for (const char* key : kKeys) config_[key] = std::string("v-") + key;
+  const auto all = config_;
+  for (std::size_t missing = 0; missing < std::size(kKeys); ++missing) {
+    for (const bool present_but_empty : {false, true}) {
+      config_ = all;
+      config_.erase(kKeys[missing]);
+      if (present_but_empty) config_[kKeys[missing]] = "";
+      Restart();
+      AccountController controller;
+      EXPECT_FALSE(controller.Init());
+      EXPECT_THAT(log_.Take(), ElementsAre(Missing(kKeys[missing])));
+      std::vector<std::string> expected(std::size(kKeys) + 1);
+      for (std::size_t i = 0; i < missing; ++i) expected[i] = std::string("v-") + kKeys[i];
+      expected.back() = "disabled";
+      EXPECT_EQ(AccountControllerPeer::Configuration(controller), expected);
+    }
+  }
+}
+
+TEST_F(ControllerTest, TheNetworkSwitchIsOptionalAndExact) {
+  const struct {
+    const char* value;
+    bool enabled;
+  } cases[] = {{"on", true}, {"On", false},  {"ON", false},    {"yes", false},
+               {"1", false}, {"off", false}, {nullptr, false}, {"", false}};
+  for (const auto& c : cases) {
+    config_.erase(kNetworkKey);
+    if (c.value != nullptr) config_[kNetworkKey] = c.value;
+    Restart();
+    AccountController controller;
+    EXPECT_TRUE(controller.Init());
+    EXPECT_EQ(AccountControllerPeer::Configuration(controller).back(),
+              c.enabled ? "enabled" : "disabled");
+    const bool empty = c.value == nullptr || *c.value == '\0';
+    EXPECT_EQ(log_.Take(),
+              empty ? std::vector<std::string>{Missing(kNetworkKey)} : std::vector<std::string>{});
+  }
+}
+
+TEST_F(ControllerTest, ASecondInitKeepsWhatIsAbsentAndForgetsTheCandidates) {
+  StartRuntime();
+  AccountController controller;
+  ASSERT_TRUE(controller.Init());
+  std::string code;
+  ASSERT_EQ(controller.AddFriendCandidate("u", "f", "p", &code), 1);
+  ASSERT_EQ(AccountControllerPeer::Candidates(controller), 1u);
+  config_.erase("OAuth_AsClient_app_id");
+  config_["OAuth_AsClient_app_secret"] = "other";
+  Restart();
+  EXPECT_TRUE(controller.Init());
+  EXPECT_EQ(AccountControllerPeer::Candidates(controller), 0u);
+  EXPECT_EQ(AccountControllerPeer::Configuration(controller)[1], "app-id");
+  EXPECT_EQ(AccountControllerPeer::Configuration(controller)[2], "other");
+}
+
+TEST_F(ControllerTest, AFailedInitIsTolerated) {
+  config_.erase("account_service");
+  StartRuntime();
+  AccountController* controller = AccountController::GetInstance();
+  EXPECT_EQ(controller, AccountController::GetInstance());
+  EXPECT_THAT(log_.Take(), ElementsAre(Missing("account_service")));
+  std::string uuid;
+  EXPECT_EQ(controller->SignInLocalUser("nobody", &uuid), 5);  // The store is there.
+  AccountController::DestroyInstance();
+  AccountController::DestroyInstance();
+}
+
+// The network setting, against a cloud.
+class NetworkSettingTest : public ServiceTest {
+ protected:
+  void Open() {
+    StartRuntime();
+    controller_ = AccountController::GetInstance();
+    cloud_->AddGateway(kGatewayAddress);
+  }
+  ~NetworkSettingTest() override { AccountController::DestroyInstance(); }
+
+  std::vector<std::string> Network() {
+    std::vector<std::string> s(6);
+    EXPECT_EQ(controller_->GetNTSServerInfoAndPeerID(&s[0], &s[1], &s[2], &s[3], &s[4], &s[5]), 1);
+    return s;
+  }
+
+  AccountController* controller_ = nullptr;
+};
+
+TEST_F(NetworkSettingTest, DisabledItAsksNobody) {
+  Open();
+  controller_->InitNetworkSetting();
+  EXPECT_EQ(controller_->GetNetworkSettingStatus(), 0);
+  EXPECT_THAT(Network(), Each(""));
+  EXPECT_THAT(cloud_->requests(), IsEmpty());
+  EXPECT_THAT(log_.Take(), IsEmpty());
+}
+
+TEST_F(NetworkSettingTest, TriesUntilItHasAllAndThenNeverAgain) {
+  config_[kNetworkKey] = "on";
+  Open();
+  const std::string failure = Line(4, "InitNetworkSetting", "Failure for User Portal server");
+  devcloud::Fault fault;
+  fault.status = 500;
+  fault.path = "/device/getuserdevice";
+  cloud_->AddFault(fault);
+  controller_->InitNetworkSetting();
+  EXPECT_THAT(log_.Take(),
+              ElementsAre(Line(4, "GetPeerIDFromUserPortal",
+                               "GetPeerIDFromUserPortal Error (SendRequest response error)"),
+                          failure));
+  EXPECT_THAT(Network(), Each(""));
+
+  fault.path = "/device/getntsserverinfo";
+  cloud_->AddFault(fault);
+  controller_->InitNetworkSetting();
+  EXPECT_THAT(log_.Take(),
+              ElementsAre(Line(4, "GetNTSServerInfoFromUserPortal",
+                               "GetNTSServerInfoFromUserPortal Error (SendRequest response error)"),
+                          failure));
+  EXPECT_EQ(controller_->GetNetworkSettingStatus(), 0);
+  const std::string peer_id = cloud_->PeerId(kGatewayAddress);
+  EXPECT_THAT(Network(), ElementsAre("", "", "", "", "", peer_id));
+
+  for (int i = 0; i < 3; ++i) controller_->InitNetworkSetting();
+  EXPECT_EQ(controller_->GetNetworkSettingStatus(), 1);
+  const devcloud::NtsServers nts;
+  EXPECT_THAT(Network(), ElementsAre(nts.presence_server, nts.stun_server, nts.turn_server,
+                                     nts.connection_port, nts.domain, peer_id));
+  EXPECT_EQ(cloud_->requests().size(), 1u + 2u + 2u);
+  EXPECT_THAT(log_.Take(), IsEmpty());
+}
+
+TEST_F(NetworkSettingTest, WithoutADatabaseItSaysWhy) {
+  config_[kNetworkKey] = "on";
+  config_.erase("account_db_path");
+  Open();
+  log_.Take();
+  controller_->InitNetworkSetting();
+  EXPECT_THAT(log_.Take(),
+              ElementsAre(Line(4, "InitNetworkSetting", "Failure to connect to the account DB")));
+  EXPECT_THAT(cloud_->requests(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace account

@@ -1,0 +1,121 @@
+#include "core_fw/account/src/identifiers.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "base/test_clock.h"
+#include "base/time.h"
+#include "core_fw/account/include/account_manager.h"
+#include "core_fw/account/src/account_records.h"
+#include "core_fw/account/src/account_result.h"
+
+namespace account {
+namespace {
+
+TEST(Identifiers, MakeUuidMarksTheKind) {
+  const struct {
+    int kind;
+    char first;
+  } cases[] = {{1, '1'}, {2, '2'}, {3, '4'}, {4, '5'}, {0, '0'}, {5, '0'}, {-1, '0'}};
+  for (const auto& c : cases) {
+    const std::string uuid = MakeUuid(c.kind);
+    EXPECT_THAT(uuid, testing::MatchesRegex("[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}"));
+    EXPECT_EQ(uuid[0], c.first) << c.kind;
+    EXPECT_NE(uuid, MakeUuid(c.kind));
+  }
+}
+
+TEST(Identifiers, FormatDateShowsLocalTimeWithoutPadding) {
+  const struct {
+    const char* zone;
+    const char* stored;
+    const char* shown;
+  } cases[] = {
+      {"UTC0", "1384156800", "2013/11/11 Monday 8:0:0"},
+      {"UTC0", "", "1970/1/1 Thursday 0:0:0"},
+      {"UTC0", "no number", "1970/1/1 Thursday 0:0:0"},
+      {"UTC0", "12abc", "1970/1/1 Thursday 0:0:12"},
+      {"UTC0", "2147483647", "2038/1/19 Tuesday 3:14:7"},
+      {"UTC0", "99999999999", "2038/1/19 Tuesday 3:14:7"},
+      {"UTC0", "-1", "1969/12/31 Wednesday 23:59:59"},
+      {"UTC0", "951827696", "2000/2/29 Tuesday 12:34:56"},
+      // A displayed date that was written back reads as its year.
+      {"UTC0", "2013/11/11 Monday 8:0:0", "1970/1/1 Thursday 0:33:33"},
+      {"KST-9", "1384156800", "2013/11/11 Monday 17:0:0"},
+      {"KST-9", "1384614000", "2013/11/17 Sunday 0:0:0"},
+      {"KST-9", "1384527600", "2013/11/16 Saturday 0:0:0"},
+      {"KST-9", "1384441200", "2013/11/15 Friday 0:0:0"},
+  };
+  for (const auto& c : cases) {
+    setenv("TZ", c.zone, 1);
+    EXPECT_EQ(FormatDate(c.stored), c.shown) << c.zone << " " << c.stored;
+  }
+  unsetenv("TZ");
+}
+
+TEST(Identifiers, CurrentTimestampIsWholeSeconds) {
+  base::TestClock clock;
+  const auto now = std::stoll(CurrentTimestamp());
+  clock.Advance(base::TimeDelta::FromMicroseconds(90999999));
+  const auto later = std::stoll(CurrentTimestamp());
+  EXPECT_TRUE(later == now + 90 || later == now + 91) << later - now;
+}
+
+TEST(Records, NameIsWhatStandsBeforeTheFirstAt) {
+  EXPECT_EQ(NameFromId("ann@home@x", "Default"), "ann");
+  EXPECT_EQ(NameFromId("@x", "Default"), "");
+  EXPECT_EQ(NameFromId("ann", "Default"), "Default");
+}
+
+TEST(AccountResult, CodesAndMessagesAreFixed) {
+  const char* const messages[] = {
+      "Undefined Error code",
+      "Success",
+      "Invalid Session ID",
+      "Failure to connect to the account DB",
+      "Failure to execute DB statement",
+      "There is no user who has this user ID in the account DB",
+      "There is no user who has this user UUID in the account DB",
+      "User GUID in the account DB is different with the user GUID in the ZEP server",
+      "There is no friend who has this friend ID and is connected with this user UUID in the "
+      "account DB",
+      "There is no friend who has this friend UUID in the account DB",
+      "This friend auth code is not vaild.",
+      "There is no user in the account DB",
+      "Duplicated user ID in the account DB",
+      "Duplicated user GUID in the account DB",
+      "Duplicated friend ID in the account DB",
+      "Failure for ZEP server",
+      "Failure for User Portal server",
+      "Internal Server Error",
+      "Failure for Remote Access module",
+      "Failure for certain reason",
+      "Undefined Error code"};
+  for (int code = 0; code <= 20; ++code) EXPECT_EQ(AccountResultToString(code), messages[code]);
+  EXPECT_EQ(AccountResultToString(-1), "Undefined Error code");
+  const int codes[] = {kAccountSuccess,
+                       kAccountInvalidSessionId,
+                       kAccountDbConnectFailure,
+                       kAccountDbExecuteFailure,
+                       kAccountNoUserWithUserId,
+                       kAccountNoUserWithUserUuid,
+                       kAccountUserGuidMismatch,
+                       kAccountNoFriendWithFriendId,
+                       kAccountNoFriendWithFriendUuid,
+                       kAccountInvalidFriendAuthCode,
+                       kAccountNoUser,
+                       kAccountDuplicatedUserId,
+                       kAccountDuplicatedUserGuid,
+                       kAccountDuplicatedFriendId,
+                       kAccountZepServerFailure,
+                       kAccountUserPortalFailure,
+                       kAccountInternalServerError,
+                       kAccountRemoteAccessFailure,
+                       kAccountFailure};
+  for (int i = 0; i < 19; ++i) EXPECT_EQ(codes[i], i + 1);
+}
+
+}  // namespace
+}  // namespace account

@@ -1,0 +1,187 @@
+#include "core_fw/account/tests/test_support.h"
+
+#include <sqlite3.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <utility>
+
+#include "base/logging.h"
+#include "base/pickle.h"
+#include "evt/event_manager.h"
+#include "runtime/runtime.h"
+
+namespace account {
+
+TempFolder::TempFolder() {
+  const bool in_memory = std::filesystem::is_directory("/dev/shm");
+  std::string name = std::string(in_memory ? "/dev/shm" : "/tmp") + "/qorn-account-XXXXXX";
+  if (mkdtemp(name.data()) == nullptr) std::abort();
+  path_ = name;
+}
+
+TempFolder::~TempFolder() { std::filesystem::remove_all(path_); }
+
+LogCapture::LogCapture() {
+  logging::SetLogMessageHandler([this](int severity, const char* /*file*/, int /*line*/,
+                                       size_t message_start, const std::string& text) {
+    std::string line = std::to_string(severity) + text.substr(message_start);
+    if (!line.empty() && line.back() == '\n') line.pop_back();
+    std::function<void(const std::string&)> action;
+    {
+      const std::lock_guard<std::mutex> guard(mutex_);
+      action = action_;
+    }
+    if (action) action(line);
+    const std::lock_guard<std::mutex> guard(mutex_);
+    lines_.push_back(std::move(line));
+    return true;
+  });
+}
+
+LogCapture::~LogCapture() { logging::SetLogMessageHandler(nullptr); }
+
+std::vector<std::string> LogCapture::Take() {
+  const std::lock_guard<std::mutex> guard(mutex_);
+  return std::exchange(lines_, {});
+}
+
+std::vector<std::string> LogCapture::TakeFailures() {
+  std::vector<std::string> failures;
+  for (std::string& line : Take()) {
+    if (line[0] >= '4') failures.push_back(std::move(line));
+  }
+  return failures;
+}
+
+void LogCapture::OnLine(std::function<void(const std::string&)> action) {
+  const std::lock_guard<std::mutex> guard(mutex_);
+  action_ = std::move(action);
+}
+
+std::string Line(int severity, const std::string& function, const std::string& text) {
+  return std::to_string(severity) + " #account#" + function + "#  " + text;
+}
+
+EventCapture::EventCapture() {
+  for (int type = kEventAccountAddFriend; type <= kEventAccountSignOut; ++type) {
+    listeners_.push_back(
+        evt::EventManager::GetInstance()->AddListener(type, [this](int number, const Pickle& data) {
+          std::string event = std::to_string(number);
+          PickleIterator strings(data);
+          std::string text;
+          for (char separator = ' '; strings.ReadString(&text); separator = '|') {
+            event += separator + text;
+          }
+          const std::lock_guard<std::mutex> guard(mutex_);
+          events_.push_back(event);
+        }));
+  }
+}
+
+EventCapture::~EventCapture() {
+  for (int listener : listeners_) evt::EventManager::GetInstance()->RemoveListener(listener);
+}
+
+std::vector<std::string> EventCapture::Take() {
+  evt::EventManager::GetInstance()->Flush();
+  const std::lock_guard<std::mutex> guard(mutex_);
+  return std::exchange(events_, {});
+}
+
+AccountTest::AccountTest()
+    : config_{{"qorn_storage_path", folder_.path() + "/"},
+              {"account_db_path", "account.db"},
+              {"OAuth_AsClient_app_name", "name"},
+              {"OAuth_AsClient_app_id", "app-id"},
+              {"OAuth_AsClient_app_secret", "s3cret"},
+              {"account_device_type_code", "HGW"},
+              {"account_device_model_id", "QG-1"},
+              {"account_device_physical_address_text", kGatewayAddress},
+              {"account_service", "ACCOUNT"},
+              {"account_server_type", "NTS"},
+              {"account_zep_auth_url", "http://127.0.0.1:9"},
+              {"account_user_portal_url", "http://127.0.0.1:9"},
+              {"account_qor_device_name", "Home"},
+              {"account_enable_MIRLO_network_setting", "off"}} {}
+
+AccountTest::~AccountTest() {
+  runtime::Runtime::Destroy();
+  EXPECT_THAT(log_.TakeFailures(), testing::IsEmpty());
+}
+
+void AccountTest::StartRuntime() {
+  const std::string file = folder_.path() + "/config.xml";
+  {
+    std::ofstream out(file);
+    out << "<config>\n";
+    for (const auto& [key, value] : config_) {
+      out << "<" << key << "><![CDATA[" << value << "]]></" << key << ">\n";
+    }
+    out << "</config>\n";
+  }
+  std::string error;
+  ASSERT_NE(runtime::Runtime::Create(file, &error), nullptr) << error;
+}
+
+std::vector<std::string> AccountTest::Sql(const std::string& statement) const {
+  sqlite3* database = nullptr;
+  EXPECT_EQ(sqlite3_open(database_path().c_str(), &database), SQLITE_OK);
+  std::vector<std::string> rows;
+  const auto add = [](void* data, int count, char** values, char** /*names*/) {
+    std::string row;
+    for (int i = 0; i < count; ++i) {
+      row += (i == 0 ? "" : "|") + std::string(values[i] == nullptr ? "" : values[i]);
+    }
+    static_cast<std::vector<std::string>*>(data)->push_back(row);
+    return 0;
+  };
+  EXPECT_EQ(sqlite3_exec(database, statement.c_str(), add, &rows, nullptr), SQLITE_OK);
+  sqlite3_close(database);
+  return rows;
+}
+
+ServiceTest::ServiceTest() {
+  std::string error;
+  cloud_ = devcloud::Cloud::Start({}, &error);
+  EXPECT_NE(cloud_, nullptr) << error;
+  config_["account_zep_auth_url"] = cloud_->http_url();
+  config_["account_user_portal_url"] = cloud_->http_url();
+}
+
+ServiceTest::~ServiceTest() { StopService(); }
+
+void ServiceTest::StartService() {
+  StartRuntime();
+  events_ = std::make_unique<EventCapture>();
+  service_ = std::make_unique<AccountManagerImpl>();
+  ASSERT_TRUE(service_->Init());
+}
+
+void ServiceTest::StopService() {
+  if (service_ != nullptr) service_->Shutdown();
+  service_.reset();
+  events_.reset();
+}
+
+std::string ServiceTest::MakeUser(const std::string& user_id) {
+  std::string user_uuid;
+  EXPECT_EQ(service_->CreateUser(user_id, cloud_->IssueCode(user_id), &user_uuid), kAccountSuccess);
+  EXPECT_THAT(log_.TakeFailures(), testing::IsEmpty());
+  events_->Take();
+  cloud_->ClearRequests();
+  return user_uuid;
+}
+
+std::string ServiceTest::MakeSession(const std::string& user_id) {
+  std::string user_uuid;
+  std::string session_id;
+  EXPECT_EQ(service_->SignInAlt(user_id, kSystemAccountPassword, &user_uuid, &session_id),
+            kAccountSuccess);
+  EXPECT_THAT(log_.TakeFailures(), testing::IsEmpty());
+  events_->Take();
+  return session_id;
+}
+
+}  // namespace account

@@ -1,0 +1,108 @@
+// What the account component's tests share: a temporary folder, a runtime with a configuration of
+// the test's own, the log, the bus and a development cloud.
+#ifndef QORN_CORE_FW_ACCOUNT_TESTS_TEST_SUPPORT_H_
+#define QORN_CORE_FW_ACCOUNT_TESTS_TEST_SUPPORT_H_
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "core_fw/account/src/account_manager_impl.h"
+#include "devcloud/cloud.h"
+
+namespace account {
+
+// A folder in memory where there is one; gone with the object.
+class TempFolder {
+ public:
+  TempFolder();
+  ~TempFolder();
+  const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+// Keeps the log lines of the process instead of writing them. A line reads as its severity, a
+// blank and the text: "4 #account#SignOut#  SignOutEndInvalid Session ID".
+class LogCapture {
+ public:
+  LogCapture();
+  ~LogCapture();
+
+  // All lines so far; the capture is empty then.
+  std::vector<std::string> Take();
+  // The same, failures (severity 4 and more) only.
+  std::vector<std::string> TakeFailures();
+  // Runs on the thread that writes, before the line is kept.
+  void OnLine(std::function<void(const std::string&)> action);
+
+ private:
+  std::mutex mutex_;
+  std::vector<std::string> lines_;
+  std::function<void(const std::string&)> action_;
+};
+
+// The account component's line: severity, function, text.
+std::string Line(int severity, const std::string& function, const std::string& text);
+
+// Keeps every event of the bus as "NUMBER first|second|...".
+class EventCapture {
+ public:
+  EventCapture();
+  ~EventCapture();
+  // What was published so far; the capture is empty then.
+  std::vector<std::string> Take();
+
+ private:
+  std::mutex mutex_;
+  std::vector<std::string> events_;
+  std::vector<int> listeners_;
+};
+
+inline constexpr char kGatewayAddress[] = "AABBCC";
+
+// A runtime without components. Error lines that a test does not take fail it.
+class AccountTest : public testing::Test {
+ protected:
+  AccountTest();
+  ~AccountTest() override;
+
+  void StartRuntime();
+  std::string database_path() const { return folder_.path() + "/account.db"; }
+  // Runs SQL on the database from outside and gives the rows, columns joined by "|".
+  std::vector<std::string> Sql(const std::string& statement) const;
+
+  TempFolder folder_;
+  LogCapture log_;
+  std::map<std::string, std::string> config_;  // Keys for StartRuntime; complete from the start.
+};
+
+// A running service with a development cloud.
+class ServiceTest : public AccountTest {
+ protected:
+  ServiceTest();
+  ~ServiceTest() override;
+
+  void StartService();
+  void StopService();
+
+  // Makes a user through cloud and service, drops the lines and events of it, gives its UUID.
+  std::string MakeUser(const std::string& user_id);
+  // Signs in locally, drops lines and events, gives the session ID.
+  std::string MakeSession(const std::string& user_id);
+
+  std::unique_ptr<devcloud::Cloud> cloud_;
+  std::unique_ptr<EventCapture> events_;
+  std::unique_ptr<AccountManagerImpl> service_;
+};
+
+}  // namespace account
+
+#endif  // QORN_CORE_FW_ACCOUNT_TESTS_TEST_SUPPORT_H_

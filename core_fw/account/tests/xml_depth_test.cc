@@ -1,0 +1,43 @@
+#include "core_fw/account/src/xml_depth.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace account {
+namespace {
+
+constexpr char kPlain[] = "<?xml version=\"1.0\" standalone='yes'?>";
+
+std::string Times(int count, const std::string& text) {
+  std::string all;
+  for (int i = 0; i < count; ++i) all += text;
+  return all;
+}
+
+TEST(XmlDepth, CountsWhatReallyNests) {
+  const struct {
+    const char* name;
+    std::string xml;
+    bool deeper;
+  } cases[] = {
+      {"few elements", kPlain + Times(10, "<a>"), false},
+      {"eleven levels", kPlain + Times(11, "<a>"), true},
+      {"wide", kPlain + ("<a>" + Times(50, "<b>t</b><c/>")) + "</a>", false},
+      {"closed in a comment only", kPlain + Times(11, "<a><!-- </a> -->"), true},
+      {"closed in a CDATA section only", kPlain + Times(11, "<a><![CDATA[</a>]]>"), true},
+      {"closed in an attribute only", kPlain + Times(11, "<a b='</a>'>"), true},
+      {"quoted greater-than", kPlain + Times(11, "<a b=\"/>\">"), true},
+      {"opened in comments only", kPlain + Times(30, "<!-- <a> -->"), false},
+      {"unknown markup", kPlain + Times(11, "<!x </a><a>"), true},
+      {"names the library accepts", kPlain + Times(11, "<\xc3\xa4>"), true},
+      {"second declaration", kPlain + Times(11, "<?xml version='></a>'?><a></a>"), true},
+      {"odd declaration", "<?xml foo=\">" + Times(11, "<a></a>") + "?>", true},
+      {"quote without a name", "<?xml foo\" version=\"?>" + Times(11, "<a>"), true},
+      {"unfinished", kPlain + Times(11, "<a></a>") + "<a b='", false},
+  };
+  for (const auto& c : cases) EXPECT_EQ(XmlNestsDeeperThan(c.xml, 10), c.deeper) << c.name;
+}
+
+}  // namespace
+}  // namespace account

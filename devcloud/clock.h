@@ -1,0 +1,25 @@
+#ifndef QORN_DEVCLOUD_CLOCK_H_
+#define QORN_DEVCLOUD_CLOCK_H_
+
+#include <atomic>
+#include <chrono>
+
+namespace devcloud {
+
+using TimePoint = std::chrono::system_clock::time_point;
+
+// The cloud's own clock: the wall clock, which can be moved on. Any thread may use it.
+class Clock {
+ public:
+  TimePoint Now() const {
+    return std::chrono::system_clock::now() + std::chrono::seconds(offset_seconds_.load());
+  }
+  void Advance(std::chrono::seconds step) { offset_seconds_ += step.count(); }
+
+ private:
+  std::atomic<std::chrono::seconds::rep> offset_seconds_ = 0;
+};
+
+}  // namespace devcloud
+
+#endif  // QORN_DEVCLOUD_CLOCK_H_

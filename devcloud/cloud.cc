@@ -1,0 +1,184 @@
+#include "devcloud/cloud.h"
+
+#include <optional>
+#include <utility>
+
+#include "devcloud/account_server.h"
+#include "devcloud/accounts.h"
+#include "devcloud/certificate.h"
+#include "devcloud/clock.h"
+#include "devcloud/control.h"
+#include "devcloud/devices.h"
+#include "devcloud/fault_list.h"
+#include "devcloud/http_server.h"
+#include "devcloud/portal.h"
+#include "devcloud/request_log.h"
+#include "devcloud/router.h"
+#include "devcloud/secrets.h"
+#include "devcloud/state_file.h"
+
+namespace devcloud {
+namespace {
+
+// Places in the server's list of ports.
+constexpr std::size_t kHttp = 0;
+constexpr std::size_t kHttps = 1;
+constexpr std::size_t kApi = 2;
+
+}  // namespace
+
+class Cloud::Impl : public RequestHandler {
+ public:
+  explicit Impl(const Options& options)
+      : address(options.address),
+        accounts(clock, options.access_token_lifetime),
+        portal(accounts, devices, options.nts),
+        state_file(options.state_file, accounts, devices) {
+    AddRoutes();
+    AddControlRoutes(control_, &router_);
+  }
+
+  bool Listen(const Options& options, std::string* error) {
+    Certificate certificate;
+    if (!state_file.Load(error) || !MakeSelfSigned(address, &certificate, error)) return false;
+    for (const std::string& gateway : options.gateways) devices.Add(gateway);
+    server = HttpServer::Listen(address,
+                                {{options.http_port, false, true},
+                                 {options.https_port, true, true},
+                                 {options.api_port, false, false}},
+                                certificate, *this, error);
+    if (server == nullptr) return false;
+    server->Run();
+    return true;
+  }
+
+  std::string Url(const char* scheme, std::size_t port_index) const {
+    const bool is_v6 = address.find(':') != std::string::npos;
+    return scheme + std::string("://") + (is_v6 ? "[" + address + "]" : address) + ":" +
+           std::to_string(server->port(port_index));
+  }
+
+  void ClearFaults() {
+    faults.Clear();
+    server->ResumeStalled();
+  }
+
+  void Record(const RecordedRequest& request) override {
+    if (!IsControlRequest(request)) log.Add(request);
+  }
+
+  Reply Respond(const RecordedRequest& request, bool keep_alive) override {
+    const auto normal = [this, &request] { return HandleAndSave(request); };
+    std::optional<Fault> fault;
+    if (!IsControlRequest(request)) fault = faults.Take(PathOf(request));
+    if (fault) return MakeFaultyReply(*fault, request, keep_alive, normal);
+    return {Serialize(normal(), keep_alive), Reply::Delivery::kWhole};
+  }
+
+  const std::string address;
+  Clock clock;
+  Accounts accounts;
+  Devices devices;
+  Portal portal;
+  FaultList faults;
+  RequestLog log;
+  StateFile state_file;
+  std::unique_ptr<HttpServer> server;  // last, as its thread uses all the others
+
+ private:
+  void AddRoutes() {
+    router_.Add("GET", "/authorize", ShowSignIn);
+    router_.Add("POST", "/authorize",
+                [this](const RecordedRequest& request) { return Authorize(accounts, request); });
+    router_.Add("POST", "/token",
+                [this](const RecordedRequest& request) { return IssueTokens(accounts, request); });
+    AddPortalRoute("/device/adduserdevice", &Portal::AddUserDevice);
+    AddPortalRoute("/device/deleteuserdevice", &Portal::DeleteUserDevice);
+    AddPortalRoute("/device/getuserdevice", &Portal::GetUserDevice);
+    AddPortalRoute("/device/getntsserverinfo", &Portal::GetNtsServerInfo);
+  }
+
+  void AddPortalRoute(const char* path, Answer (Portal::*handler)(const RecordedRequest&)) {
+    router_.Add("POST", path, [this, handler](const RecordedRequest& request) {
+      return (portal.*handler)(request);
+    });
+  }
+
+  Answer HandleAndSave(const RecordedRequest& request) {
+    Answer answer = router_.Handle(request);
+    try {
+      state_file.Save();
+    } catch (const std::exception& failure) {
+      return {500, "text/plain", std::string(failure.what()) + "\n", {}};
+    }
+    return answer;
+  }
+
+  Router router_;
+  const ControlContext control_{accounts,
+                                devices,
+                                log,
+                                faults,
+                                clock,
+                                [this] { ClearFaults(); },
+                                [this](bool refuse) { server->RefuseConnections(refuse); }};
+};
+
+std::unique_ptr<Cloud> Cloud::Start(const Options& options, std::string* error) {
+  auto impl = std::make_unique<Impl>(options);
+  if (!impl->Listen(options, error)) return nullptr;
+  return std::unique_ptr<Cloud>(new Cloud(std::move(impl)));
+}
+
+Cloud::Cloud(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}
+
+Cloud::~Cloud() = default;
+
+std::string Cloud::http_url() const { return impl_->Url("http", kHttp); }
+
+std::string Cloud::https_url() const { return impl_->Url("https", kHttps); }
+
+std::string Cloud::api_url() const { return impl_->Url("http", kApi); }
+
+std::string Cloud::IssueCode(const std::string& user_id) {
+  std::string code = impl_->accounts.IssueCode(user_id);
+  impl_->state_file.Save();
+  return code;
+}
+
+std::string Cloud::UserGuid(const std::string& user_id) const {
+  return impl_->accounts.GuidOf(user_id);
+}
+
+bool Cloud::AcceptsToken(const std::string& guid, const std::string& access_token) const {
+  return impl_->accounts.AcceptsToken(guid, access_token);
+}
+
+std::string Cloud::PeerId(const std::string& physical_address) const {
+  return PeerIdOf(physical_address);
+}
+
+void Cloud::AddGateway(const std::string& physical_address) {
+  impl_->devices.Add(physical_address);
+  impl_->state_file.Save();
+}
+
+bool Cloud::IsRegistered(const std::string& guid, const std::string& physical_address) const {
+  return impl_->devices.IsRegistered(guid, physical_address);
+}
+
+void Cloud::AdvanceClock(std::chrono::seconds step) { impl_->clock.Advance(step); }
+
+void Cloud::AddFault(Fault fault) { impl_->faults.Add(std::move(fault)); }
+
+void Cloud::ClearFaults() { impl_->ClearFaults(); }
+
+void Cloud::RefuseConnections(bool refuse) { impl_->server->RefuseConnections(refuse); }
+
+std::vector<RecordedRequest> Cloud::requests() const { return impl_->log.requests(); }
+
+void Cloud::ClearRequests() { impl_->log.Clear(); }
+
+bool Cloud::WaitForRequests(std::size_t count) const { return impl_->log.WaitFor(count); }
+
+}  // namespace devcloud

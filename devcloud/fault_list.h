@@ -1,0 +1,29 @@
+#ifndef QORN_DEVCLOUD_FAULT_LIST_H_
+#define QORN_DEVCLOUD_FAULT_LIST_H_
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "devcloud/fault.h"
+#include "devcloud/mutex.h"
+
+namespace devcloud {
+
+// The faults still to come, in the order in which they were added. Thread-safe.
+class FaultList {
+ public:
+  void Add(Fault fault);
+  void Clear();
+  // The first fault that fits the path, counted as met once more; null when none does.
+  std::optional<Fault> Take(const std::string& path);
+  std::vector<Fault> faults() const;
+
+ private:
+  mutable Mutex mutex_;
+  std::vector<Fault> faults_ DEVCLOUD_TSA(guarded_by(mutex_));
+};
+
+}  // namespace devcloud
+
+#endif  // QORN_DEVCLOUD_FAULT_LIST_H_

@@ -1,0 +1,32 @@
+#ifndef QORN_DEVCLOUD_REPLY_H_
+#define QORN_DEVCLOUD_REPLY_H_
+
+#include <functional>
+#include <string>
+
+#include "devcloud/fault.h"
+#include "devcloud/http_text.h"
+#include "devcloud/recorded_request.h"
+
+namespace devcloud {
+
+// What goes out on a connection after a request, and how.
+struct Reply {
+  enum class Delivery {
+    kWhole,  // then the connection serves its next request, or closes when it is not kept alive
+    kDrip,   // the same, one byte in each write
+    kClose,  // then an orderly close
+    kReset,  // then a TCP reset
+    kStall,  // nothing: ask again once the faults are cleared
+  };
+  std::string bytes;
+  Delivery delivery = Delivery::kWhole;
+};
+
+// The reply that the fault makes. `normal` is called for the kinds that make the normal answer.
+Reply MakeFaultyReply(const Fault& fault, const RecordedRequest& request, bool keep_alive,
+                      const std::function<Answer()>& normal);
+
+}  // namespace devcloud
+
+#endif  // QORN_DEVCLOUD_REPLY_H_

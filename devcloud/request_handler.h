@@ -1,0 +1,23 @@
+#ifndef QORN_DEVCLOUD_REQUEST_HANDLER_H_
+#define QORN_DEVCLOUD_REQUEST_HANDLER_H_
+
+#include "devcloud/recorded_request.h"
+#include "devcloud/reply.h"
+
+namespace devcloud {
+
+// What a session does with its requests. Called on the network thread.
+class RequestHandler {
+ public:
+  virtual ~RequestHandler() = default;
+
+  // Once for each request, also for one that is not HTTP.
+  virtual void Record(const RecordedRequest& request) = 0;
+
+  // After Record; again for a request that was stalled.
+  virtual Reply Respond(const RecordedRequest& request, bool keep_alive) = 0;
+};
+
+}  // namespace devcloud
+
+#endif  // QORN_DEVCLOUD_REQUEST_HANDLER_H_

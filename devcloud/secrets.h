@@ -1,0 +1,23 @@
+#ifndef QORN_DEVCLOUD_SECRETS_H_
+#define QORN_DEVCLOUD_SECRETS_H_
+
+#include <string>
+
+namespace devcloud {
+
+// Random text of `prefix` and 32 hexadecimal digits. Throws std::runtime_error when the system has
+// no random bytes.
+std::string NewSecret(const std::string& prefix);
+
+// Random, in the form of a UUID.
+std::string NewGuid();
+
+// "PEER-", the address, "-" and eight digits of the address's SHA-256.
+std::string PeerIdOf(const std::string& physical_address);
+
+// RFC 4648 section 4, with padding and without line breaks.
+std::string Base64(const std::string& bytes);
+
+}  // namespace devcloud
+
+#endif  // QORN_DEVCLOUD_SECRETS_H_

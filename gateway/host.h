@@ -1,0 +1,40 @@
+// The platform's runtime with the components that it holds.
+#ifndef QORN_GATEWAY_HOST_H_
+#define QORN_GATEWAY_HOST_H_
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core_fw/account/include/account_manager.h"
+
+namespace gateway {
+
+// One at a time in a process. Made and destroyed on one thread; in between usable from any.
+class Host {
+ public:
+  // Reads the configuration, loads each component and asks for the account interface. Null with one
+  // line in `error` when one of these fails.
+  static std::unique_ptr<Host> Start(const std::string& config_file,
+                                     const std::vector<std::string>& components,
+                                     std::string* error);
+  // Finalises the components. Waits for a cloud exchange that the component's worker is in.
+  ~Host();
+  Host(const Host&) = delete;
+  Host& operator=(const Host&) = delete;
+
+  // Valid while the host lives; the caller has left all operations before it is destroyed.
+  AccountManager* accounts() const { return accounts_; }
+
+  // "" for a key that is absent.
+  std::string ConfigOption(const std::string& key) const;
+
+ private:
+  Host() = default;
+
+  AccountManager* accounts_ = nullptr;
+};
+
+}  // namespace gateway
+
+#endif  // QORN_GATEWAY_HOST_H_

@@ -1,0 +1,40 @@
+// The operations of the account interface as console commands: one table.
+#ifndef QORN_GATEWAY_OPERATIONS_H_
+#define QORN_GATEWAY_OPERATIONS_H_
+
+#include <string>
+#include <vector>
+
+#include "core_fw/account/include/account_manager.h"
+#include "gateway/printer.h"
+
+namespace gateway {
+
+// What an operation answered.
+struct Answer {
+  int code = kAccountSuccess;
+  // A state rather than a result: any value of it is a good answer.
+  bool is_status = false;
+  // What was written: all outputs on success; on failure those that hold something.
+  std::vector<Field> outputs;
+};
+
+struct Operation {
+  const char* name;       // in kebab case
+  const char* arguments;  // their names, in the interface's order, divided by blanks
+  const char* help;       // one line
+  // Calls the operation with as many words as there are argument names. False, without a call and
+  // with one line in `error`, when a word that must be a number is none. Any thread.
+  bool (*call)(AccountManager& accounts, const std::vector<std::string>& words, Answer* answer,
+               std::string* error);
+};
+
+// In the interface's order.
+const std::vector<Operation>& Operations();
+
+// Null when no operation has the name.
+const Operation* FindOperation(const std::string& name);
+
+}  // namespace gateway
+
+#endif  // QORN_GATEWAY_OPERATIONS_H_

@@ -1,0 +1,67 @@
+#include "gateway/options.h"
+
+#include <CLI/CLI.hpp>
+
+#include "base/file_path.h"
+#include "base/path_service.h"
+#include "gateway/runner.h"
+
+namespace gateway {
+namespace {
+
+void Declare(CLI::App* app, Options* options) {
+  app->add_option("--config", options->config_file,
+                  "Configuration (default: config.xml beside the program)")
+      ->type_name("FILE");
+  app->add_option("--component", options->components,
+                  "Component to load; may be given several times (default: libqorn_account.so in "
+                  "../lib beside the program)")
+      ->type_name("FILE")
+      ->allow_extra_args(false);
+  app->add_option("--log", options->log_file,
+                  "Append the log to this file (default: standard error)")
+      ->type_name("FILE");
+  app->add_option("--script", options->script_file,
+                  "Run the commands of this file (default: standard input)")
+      ->type_name("FILE");
+  app->add_flag("--keep-going", options->keep_going,
+                "Go on after a command of a script or a pipe failed");
+  app->add_flag("--show-secrets", options->show_secrets,
+                "Show tokens and authorisation codes in full");
+  app->set_version_flag("--version", "qorn-gateway " QORN_VERSION);
+  app->footer(
+      "Commands are read one a line; \"help\" lists them.\n"
+      "Exit status: 0 good, also when stopped by SIGINT or SIGTERM; 1 a command of a script or a\n"
+      "pipe failed; 2 the program cannot start.");
+}
+
+void FillDefaults(Options* options) {
+  FilePath folder;
+  PathService::Get(base::kDirExe, &folder);
+  if (options->config_file.empty()) options->config_file = folder.Append("config.xml").value();
+  if (options->components.empty()) {
+    options->components.push_back(
+        folder.Append("..").Append("lib").Append("libqorn_account.so").value());
+  }
+}
+
+}  // namespace
+
+std::optional<int> ParseOptions(int argc, const char* const* argv, std::ostream& out,
+                                std::ostream& err, Options* options) {
+  CLI::App app("Hosts the account component of a home gateway.", "qorn-gateway");
+  Declare(&app, options);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::Success& wanted) {
+    app.exit(wanted, out, err);
+    return kExitGood;
+  } catch (const CLI::ParseError& wrong) {
+    err << "qorn-gateway: " << wrong.what() << "; --help lists the options\n";
+    return kExitCannotStart;
+  }
+  FillDefaults(options);
+  return std::nullopt;
+}
+
+}  // namespace gateway

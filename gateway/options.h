@@ -1,0 +1,29 @@
+// The program's command line.
+#ifndef QORN_GATEWAY_OPTIONS_H_
+#define QORN_GATEWAY_OPTIONS_H_
+
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace gateway {
+
+struct Options {
+  std::string config_file;
+  std::vector<std::string> components;
+  std::string log_file;     // "": the log goes to standard error
+  std::string script_file;  // "": lines come from standard input
+  bool keep_going = false;
+  bool show_secrets = false;
+};
+
+// Fills `options`, with defaults found from the program's own folder. An exit status when the
+// program has nothing more to do: after --help and --version, which write to `out`, or after a
+// wrong option, which gets one line on `err`.
+std::optional<int> ParseOptions(int argc, const char* const* argv, std::ostream& out,
+                                std::ostream& err, Options* options);
+
+}  // namespace gateway
+
+#endif  // QORN_GATEWAY_OPTIONS_H_

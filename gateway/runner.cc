@@ -1,0 +1,40 @@
+#include "gateway/runner.h"
+
+#include <cerrno>
+#include <cstring>
+
+namespace gateway {
+
+int RunLines(const RunOptions& options, LineSource* source, Console* console, Printer* printer) {
+  const bool named = !options.source_name.empty();
+  int status = kExitGood;
+  std::string line;
+  for (int number = 1;; ++number) {
+    Console::Outcome outcome;
+    switch (source->Next(&line)) {
+      case LineSource::Result::kLine:
+        outcome = console->Execute(line);
+        break;
+      case LineSource::Result::kTooLong:
+        outcome.error = "the line is too long";
+        break;
+      case LineSource::Result::kFailed:
+        printer->Error(options.source_name + ": cannot be read: " + std::strerror(errno));
+        return kExitCommandFailed;
+      case LineSource::Result::kStopped:
+        return kExitGood;
+      case LineSource::Result::kEnd:
+        return status;
+    }
+    if (!outcome.error.empty()) {
+      const std::string place =
+          named ? options.source_name + ":" + std::to_string(number) + ": " : "";
+      printer->Error(place + outcome.error);
+      if (named) status = kExitCommandFailed;
+      if (named && options.stop_at_failure) return status;
+    }
+    if (outcome.quit) return status;
+  }
+}
+
+}  // namespace gateway

@@ -1,0 +1,87 @@
+#include "gateway/terminal.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+
+#include <cerrno>
+#include <clocale>
+#include <cstdio>
+
+namespace gateway {
+namespace {
+
+constexpr int kHistoryLines = 1000;
+
+const char* Prompt(EditLine*) { return "qorn> "; }
+
+}  // namespace
+
+TerminalLineSource::TerminalLineSource(const StopSignals& signals, Printer* printer)
+    : signals_(signals),
+      printer_(printer),
+      redraw_(eventfd(0, EFD_CLOEXEC)),
+      history_(history_init()) {
+  // libedit reads and draws characters of the locale; everything here is UTF-8.
+  std::setlocale(LC_CTYPE, "C.UTF-8");
+  editor_.reset(el_init("qorn-gateway", stdin, stdout, stderr));
+  HistEvent event;
+  history(history_.get(), &event, H_SETSIZE, kHistoryLines);
+  el_set(editor_.get(), EL_CLIENTDATA, this);
+  el_set(editor_.get(), EL_PROMPT, Prompt);
+  el_set(editor_.get(), EL_EDITOR, "emacs");
+  el_set(editor_.get(), EL_HIST, history, history_.get());
+  el_set(editor_.get(), EL_GETCFN, ReadCharacter);
+}
+
+LineSource::Result TerminalLineSource::Next(std::string* line) {
+  if (signals_.WaitForStop(std::chrono::milliseconds(0))) return Result::kStopped;
+  int count = 0;
+  printer_->PromptShown(redraw_.get());
+  const char* text = el_gets(editor_.get(), &count);
+  printer_->PromptHidden();
+  if (signals_.WaitForStop(std::chrono::milliseconds(0))) return Result::kStopped;
+  if (text == nullptr || count <= 0) return Result::kEnd;
+  line->assign(text, static_cast<size_t>(count));
+  if (line->back() == '\n') line->pop_back();
+  if (!line->empty()) {
+    HistEvent event;
+    history(history_.get(), &event, H_ENTER, line->c_str());
+  }
+  return Result::kLine;
+}
+
+int TerminalLineSource::ReadCharacter(EditLine* editor, wchar_t* character) {
+  TerminalLineSource* self = nullptr;
+  el_get(editor, EL_CLIENTDATA, &self);
+  for (;;) {
+    if (!self->WaitForInput()) return 0;
+    char byte = 0;
+    const ssize_t count = read(STDIN_FILENO, &byte, 1);
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) return static_cast<int>(count);
+    const size_t length = std::mbrtowc(character, &byte, 1, &self->partial_);
+    if (length == static_cast<size_t>(-2)) continue;
+    if (length == static_cast<size_t>(-1)) {
+      self->partial_ = std::mbstate_t{};
+      continue;
+    }
+    return 1;
+  }
+}
+
+bool TerminalLineSource::WaitForInput() {
+  pollfd fds[] = {
+      {STDIN_FILENO, POLLIN, 0}, {signals_.stop_fd(), POLLIN, 0}, {redraw_.get(), POLLIN, 0}};
+  for (;;) {
+    if (poll(fds, 3, -1) < 0) continue;
+    if (fds[1].revents != 0) return false;
+    if (fds[2].revents != 0) {
+      eventfd_t ignored = 0;
+      eventfd_read(redraw_.get(), &ignored);
+      el_set(editor_.get(), EL_REFRESH);
+    }
+    if (fds[0].revents != 0) return true;
+  }
+}
+
+}  // namespace gateway

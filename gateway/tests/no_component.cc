@@ -1,0 +1,1 @@
+extern "C" int NotGetComponent() { return 0; }

@@ -1,0 +1,65 @@
+// The gateway program under test.
+#ifndef QORN_GATEWAY_TESTS_PROGRAM_H_
+#define QORN_GATEWAY_TESTS_PROGRAM_H_
+
+#include <sys/types.h>
+
+#include <string>
+
+namespace gateway {
+
+// A folder that is gone with the object.
+class TestFolder {
+ public:
+  TestFolder();
+  ~TestFolder();
+  TestFolder(const TestFolder&) = delete;
+  TestFolder& operator=(const TestFolder&) = delete;
+
+  // The path of `name` inside; Write makes the file.
+  std::string Path(const std::string& name) const { return path_ + "/" + name; }
+  std::string Write(const std::string& name, const std::string& text) const;
+
+ private:
+  std::string path_;
+};
+
+// A library of the build.
+std::string Library(const std::string& name);
+
+struct Ended {
+  int status;  // the exit status, or minus the signal that ended it
+  std::string output;
+  std::string errors;
+};
+
+// Runs the program to its end. Arguments are divided by blanks.
+Ended RunProgram(const std::string& arguments, const std::string& input = "");
+
+// The program on a pseudo-terminal, where output and errors are one stream.
+class TerminalProgram {
+ public:
+  explicit TerminalProgram(const std::string& arguments);
+  ~TerminalProgram();  // kills it if it still runs
+  TerminalProgram(const TerminalProgram&) = delete;
+  TerminalProgram& operator=(const TerminalProgram&) = delete;
+
+  void Type(const std::string& keys);
+  void Signal(int number);
+  // Reads until the text stands behind what the last call found; false at the end of the output.
+  bool WaitFor(const std::string& text);
+  // Reads to the end.
+  Ended Finish();
+
+ private:
+  bool ReadMore();
+
+  pid_t pid_ = -1;
+  int terminal_ = -1;
+  std::string output_;
+  size_t found_ = 0;
+};
+
+}  // namespace gateway
+
+#endif  // QORN_GATEWAY_TESTS_PROGRAM_H_

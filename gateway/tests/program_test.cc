@@ -1,0 +1,166 @@
+// Scripts, pipes and signals, through the real program with a component that needs no cloud.
+#include "gateway/tests/program.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <memory>
+#include <utility>
+
+namespace gateway {
+namespace {
+
+class ProgramTest : public testing::Test {
+ protected:
+  ProgramTest() { mkfifo(pipe_.c_str(), 0600); }
+
+  const TestFolder folder_;
+  // The component's long operation lasts until the test closes it.
+  const std::string pipe_ = folder_.Path("pipe");
+  const std::string arguments_ = "--config " + folder_.Write("config.xml", "<config></config>") +
+                                 " --component " + Library("libqorn_gateway_fake_component.so") +
+                                 " --log " + folder_.Path("log") + " ";
+};
+
+TEST_F(ProgramTest, RunsAScriptToItsEndWithEventsBeforeAnswers) {
+  const std::string script = folder_.Write("good.qorn",
+                                           "# comment\r\n\n"
+                                           "say 'First step'\n"
+                                           "create-user alice secret-code\r\n"
+                                           "expect 5 check-session-validation 5\n"
+                                           "get-session-info $user_uuid");
+  const Ended ended = RunProgram(arguments_ + "--script " + script);
+  EXPECT_EQ(ended.status, 0);
+  EXPECT_EQ(ended.errors, "");
+  EXPECT_EQ(ended.output,
+            "First step\n"
+            "event kEventAccountCreateUser\n  user_uuid: o1\n  user_id: alice\n  code: secr…\n"
+            "create-user: 1 Success\n  user_uuid: o1\n"
+            "check-session-validation: 5 There is no user who has this user ID in the account DB\n"
+            "get-session-info: 1 Success\n  user_id: o1\n");
+}
+
+TEST_F(ProgramTest, StopsAtTheFirstFailureUnlessItKeepsGoing) {
+  for (const char* failure : {"nonsense", "sign-out", "check-session-validation 2",
+                              "expect 1 check-session-validation 2", "say $nothing"}) {
+    const std::string script =
+        folder_.Write("bad.qorn", std::string("say one\n") + failure + "\nsay two\n");
+    const Ended stopping = RunProgram(arguments_ + "--script " + script);
+    EXPECT_EQ(stopping.status, 1) << failure;
+    EXPECT_EQ(stopping.errors.find("qorn-gateway: " + script + ":2: "), 0U) << stopping.errors;
+    EXPECT_EQ(stopping.output.find("two"), std::string::npos) << failure;
+    const Ended going = RunProgram(arguments_ + "--keep-going --script " + script);
+    EXPECT_EQ(going.status, 1) << failure;
+    EXPECT_EQ(going.errors, stopping.errors);
+    EXPECT_NE(going.output.find("two"), std::string::npos) << failure;
+  }
+}
+
+TEST_F(ProgramTest, TakesAPipeAsAScript) {
+  const Ended good = RunProgram(arguments_, "say one\nquit\nsay two\n");
+  EXPECT_EQ(good.status, 0);
+  EXPECT_EQ(good.output, "one\n");
+  const Ended bad = RunProgram(arguments_, "nonsense");
+  EXPECT_EQ(bad.status, 1);
+  EXPECT_EQ(bad.errors.find("qorn-gateway: standard input:1: unknown command"), 0U);
+}
+
+TEST_F(ProgramTest, RefusesAnEndlessLineAndAScriptThatIsAFolder) {
+  const Ended ended =
+      RunProgram(arguments_ + "--keep-going", std::string(9 << 20, 'a') + "\nsay next\n");
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_EQ(ended.errors, "qorn-gateway: standard input:1: the line is too long\n");
+  EXPECT_EQ(ended.output, "next\n");
+  const std::string script = folder_.Path(".");
+  const Ended folder = RunProgram(arguments_ + "--script " + script);
+  EXPECT_EQ(folder.status, 1);
+  EXPECT_EQ(folder.errors, "qorn-gateway: " + script + ": cannot be read: Is a directory\n");
+}
+
+// A script in the middle of a long operation.
+class BusyProgramTest : public ProgramTest {
+ protected:
+  BusyProgramTest() {
+    program_ = std::make_unique<TerminalProgram>(
+        arguments_ + "--script " +
+        folder_.Write("busy.qorn", "search-user " + pipe_ + " x\nsay later\n"));
+    writer_ = open(pipe_.c_str(), O_WRONLY | O_CLOEXEC);  // returns once the command reads
+  }
+  ~BusyProgramTest() override {
+    if (writer_ >= 0) close(writer_);
+  }
+
+  std::unique_ptr<TerminalProgram> program_;
+  int writer_ = -1;
+};
+
+TEST_F(BusyProgramTest, FinishesTheRunningCommandAfterASignal) {
+  program_->Signal(SIGTERM);
+  ASSERT_TRUE(program_->WaitFor("qorn-gateway: stopping: waiting for search-user\r\n"));
+  close(std::exchange(writer_, -1));
+  const Ended ended = program_->Finish();
+  EXPECT_EQ(ended.status, 0);
+  EXPECT_EQ(ended.output,
+            "qorn-gateway: stopping: waiting for search-user\r\n"
+            "search-user: 1 Success\r\n"
+            "qorn-gateway: stopping: waiting for the components to finish\r\n");
+}
+
+TEST_F(BusyProgramTest, EndsAtOnceAtASecondSignal) {
+  program_->Signal(SIGINT);
+  ASSERT_TRUE(program_->WaitFor("waiting for search-user\r\n"));
+  program_->Signal(SIGTERM);
+  EXPECT_EQ(program_->Finish().status, -SIGTERM);
+}
+
+// The prompt, and a person at it.
+class TerminalTest : public ProgramTest {
+ protected:
+  TerminalTest() : program_(arguments_) { EXPECT_TRUE(program_.WaitFor("qorn> ")); }
+
+  TerminalProgram program_;
+};
+
+TEST_F(TerminalTest, EditsLinesKeepsHistoryAndGoesOnAfterAFailure) {
+  const struct {
+    const char* keys;
+    const char* shown;
+  } steps[] = {
+      // One digit taken back.
+      {"check-session-validation 22\b\n", "answered 2 (Invalid Session ID)"},
+      {"say \xc3\xa9\xed\x95\x9c\n", "\né한\r\n"},
+      // Two lines up, and another digit.
+      {"\x10\x10\x7f\x35\n", "check-session-validation answered 5"},
+  };
+  for (const auto& step : steps) {
+    program_.Type(step.keys);
+    ASSERT_TRUE(program_.WaitFor(step.shown));
+    ASSERT_TRUE(program_.WaitFor("qorn> "));
+  }
+  program_.Type("\x04");
+  EXPECT_EQ(program_.Finish().status, 0);
+}
+
+TEST_F(TerminalTest, StopsInOrderWithoutRunningTheUnfinishedLine) {
+  program_.Type("say never\x03");
+  const Ended ended = program_.Finish();
+  EXPECT_EQ(ended.status, 0);
+  EXPECT_NE(ended.output.find("qorn-gateway: stopping\r\n"), std::string::npos);
+  EXPECT_NE(ended.output.find("waiting for the components to finish"), std::string::npos);
+  EXPECT_EQ(ended.output.find("\nnever"), std::string::npos);
+}
+
+TEST_F(TerminalTest, DrawsThePromptAgainBelowAnEventThatComesByItself) {
+  program_.Type("sign-out " + pipe_ + "\n");
+  ASSERT_TRUE(program_.WaitFor("sign-out: 1 Success"));
+  ASSERT_TRUE(program_.WaitFor("qorn> "));
+  close(open(pipe_.c_str(), O_WRONLY | O_CLOEXEC));
+  ASSERT_TRUE(program_.WaitFor("session_id: ended\r\n"));
+  EXPECT_TRUE(program_.WaitFor("qorn> "));
+}
+
+}  // namespace
+}  // namespace gateway

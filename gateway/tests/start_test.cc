@@ -1,0 +1,81 @@
+// How the program starts, and how it refuses to.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <vector>
+
+#include "gateway/tests/program.h"
+
+namespace gateway {
+namespace {
+
+std::string Fake() { return " --component " + Library("libqorn_gateway_fake_component.so"); }
+
+TEST(Start, AnswersVersionAndHelp) {
+  const Ended version = RunProgram("--version");
+  EXPECT_EQ(version.status, 0);
+  EXPECT_EQ(version.output, "qorn-gateway 0.1.0\n");
+  const Ended help = RunProgram("--help");
+  EXPECT_EQ(help.status, 0);
+  for (const char* option : {"--config", "--component", "--log", "--script", "--keep-going",
+                             "--show-secrets", "--version", "Exit status"}) {
+    EXPECT_NE(help.output.find(option), std::string::npos) << option;
+  }
+}
+
+TEST(Start, NamesWhatIsWrongInOneLineAndExitsWith2) {
+  const TestFolder folder;
+  const std::string config = folder.Write("config.xml", "<config></config>");
+  const std::string broken = folder.Write("broken.xml", "<config>\n<a>1</b>\n</config>");
+  const std::string wrong_root = folder.Write("root.xml", "<settings/>");
+  const std::string no_library = folder.Write("text.so", "no library");
+  const std::string nowhere = folder.Path("nowhere");
+  const struct {
+    std::string arguments;
+    std::vector<std::string> words;  // what the line names
+  } cases[] = {
+      {"--config " + nowhere, {nowhere}},
+      {"--config " + broken, {broken, "2"}},
+      {"--config " + wrong_root, {wrong_root, "config"}},
+      {"--config " + config + " --component " + nowhere, {nowhere}},
+      {"--config " + config + " --component " + no_library, {no_library}},
+      {"--config " + config + " --component " + Library("libqorn_gateway_no_component.so"),
+       {"libqorn_gateway_no_component.so", "GetComponent"}},
+      {"--config " + config + " --script " + nowhere, {nowhere, "cannot be opened"}},
+      {"--config " + config + " --log " + nowhere + "/log", {nowhere, "log"}},
+      {"--config", {"--config"}},
+      {"--config a --config b", {"--config"}},
+      {"--bogus", {"--bogus"}},
+      {"script.qorn", {"script.qorn"}},
+  };
+  for (const auto& c : cases) {
+    const Ended ended = RunProgram(c.arguments);
+    EXPECT_EQ(ended.status, 2) << c.arguments;
+    EXPECT_EQ(ended.output, "");
+    EXPECT_EQ(ended.errors.find("qorn-gateway: "), 0U) << ended.errors;
+    EXPECT_EQ(std::count(ended.errors.begin(), ended.errors.end(), '\n'), 1) << ended.errors;
+    for (const std::string& word : c.words) {
+      EXPECT_NE(ended.errors.find(word), std::string::npos) << word << ": " << ended.errors;
+    }
+  }
+}
+
+TEST(Start, ReadsTheShippedConfigurationAndAppendsToALogThatNobodyElseReads) {
+  const TestFolder folder;
+  const std::string log = folder.Path("log");
+  umask(0);
+  std::uintmax_t size = 0;
+  for (int round = 0; round < 2; ++round) {
+    const Ended ended = RunProgram("--log " + log + Fake());
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_EQ(ended.errors, "");
+    EXPECT_GT(std::filesystem::file_size(log), size);
+    size = std::filesystem::file_size(log);
+  }
+  EXPECT_EQ(std::filesystem::status(log).permissions(), std::filesystem::perms(0600));
+}
+
+}  // namespace
+}  // namespace gateway

@@ -1,0 +1,36 @@
+#include "gateway/text.h"
+
+#include <gtest/gtest.h>
+
+#include "gateway/variables.h"
+
+namespace gateway {
+namespace {
+
+TEST(ShortenSecret, ShowsFourCharactersAtMost) {
+  const struct {
+    const char* secret;
+    const char* shown;
+  } cases[] = {
+      {"", ""},          {"a", "…"}, {"abcd", "…"}, {"abcde", "abcd…"}, {"4/0AbCdEfGh", "4/0A…"},
+      {"äöüßé", "äöüß…"}};
+  for (const auto& c : cases) EXPECT_EQ(ShortenSecret(c.secret), c.shown) << c.secret;
+}
+
+TEST(Visible, WritesControlCharactersAsHex) {
+  EXPECT_EQ(Visible("a\x1b[2J\n\x7f"), "a\\x1b[2J\\x0a\\x7f");
+  EXPECT_EQ(Visible("x\xc2\x9b!"), "x\\xc2\\x9b!");
+  EXPECT_EQ(Visible("é ü 한 … \xc2"), "é ü 한 … \xc2");
+}
+
+TEST(Variables, HideSecretsShortensEachSecretValueInAText) {
+  Variables variables;
+  variables.Set("code", "secret-code", true);
+  variables.Set("name", "public-name");
+  variables.Set("empty", "", true);
+  EXPECT_EQ(variables.HideSecrets("a secret-code,secret-code of public-name"),
+            "a secr…,secr… of public-name");
+}
+
+}  // namespace
+}  // namespace gateway

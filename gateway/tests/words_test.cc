@@ -1,0 +1,77 @@
+#include "gateway/words.h"
+
+#include <gtest/gtest.h>
+
+namespace gateway {
+namespace {
+
+using Words = std::vector<std::string>;
+
+Variables SomeVariables() {
+  Variables variables;
+  variables.Set("code", "C0");
+  variables.Set("user_name", "Alice B");
+  variables.Set("bad", "a\nb");
+  return variables;
+}
+
+TEST(SplitWords, FollowsTheShellsQuotes) {
+  const struct {
+    std::string line;
+    Words words;
+  } cases[] = {
+      {"", {}},
+      {" \t ", {}},
+      {"# all of it", {}},
+      {" sign-in  a\tb ", {"sign-in", "a", "b"}},
+      {"a b#c # d 'e", {"a", "b#c"}},
+      {"a '' \"\"", {"a", "", ""}},
+      {"'a b' \"c d\"", {"a b", "c d"}},
+      {"a'b c'\"d e\"f", {"ab cd ef"}},
+      {R"('a\b"$code')", {R"(a\b"$code)"}},
+      {R"("a\"b\\c\$d\e'")", {R"(a"b\c$d\e')"}},
+      {R"(a\ b \' \" \\ \# \$code)", {"a b", "'", "\"", "\\", "#", "$code"}},
+      {R"({"a":1})", {"{a:1}"}},
+      {R"('{"a":1}')", {R"({"a":1})"}},
+      {"$code ${code}x $code-$code", {"C0", "C0x", "C0-C0"}},
+      {"$user_name \"$user_name!\"", {"Alice B", "Alice B!"}},
+      {"$ a$ $1 \"$\"", {"$", "a$", "$1", "$"}},
+      {"\xc3\xa9\xed\x95\x9c", {"é한"}},
+  };
+  for (const auto& c : cases) {
+    Words words;
+    std::string error;
+    EXPECT_TRUE(SplitWords(c.line, SomeVariables(), &words, &error)) << c.line << ": " << error;
+    EXPECT_EQ(words, c.words) << c.line;
+  }
+}
+
+TEST(SplitWords, RefusesALineThatItCannotRead) {
+  const struct {
+    std::string line;
+    const char* error;
+  } cases[] = {
+      {"a 'b", "a single quote is not closed"},
+      {"a \"b", "a double quote is not closed"},
+      {"a \"b\\", "a double quote is not closed"},
+      {"a \\", "nothing follows the backslash at the end"},
+      {"a ${code", "\"${\" is not closed"},
+      {"a $codes", "unknown variable \"codes\""},
+      {"a ${}", "unknown variable \"\""},
+      {"a 'b\tc'", "control characters are not taken in an argument: b\\x09c"},
+      {"a b\r\x1b", "control characters are not taken in an argument: b\\x0d\\x1b"},
+      {std::string("a b\0c", 5), "control characters are not taken in an argument: b\\x00c"},
+      {"a b\x7f", "control characters are not taken in an argument: b\\x7f"},
+      {"a $bad", "control characters are not taken in an argument: a\\x0ab"},
+  };
+  for (const auto& c : cases) {
+    Words words = {"untouched"};
+    std::string error;
+    EXPECT_FALSE(SplitWords(c.line, SomeVariables(), &words, &error)) << c.line;
+    EXPECT_EQ(error, c.error);
+    EXPECT_EQ(words, Words{"untouched"});
+  }
+}
+
+}  // namespace
+}  // namespace gateway

@@ -1,0 +1,66 @@
+#include "base/clock.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+#include "base/sleeper.h"
+
+namespace base {
+
+namespace {
+
+template <typename ChronoClock>
+TimeDelta ReadClock() {
+  using std::chrono::microseconds;
+  return TimeDelta::FromMicroseconds(
+      std::chrono::duration_cast<microseconds>(ChronoClock::now().time_since_epoch()).count());
+}
+
+class RealClock : public Clock {
+ public:
+  Time Now() const override { return Time::UnixEpoch() + ReadClock<std::chrono::system_clock>(); }
+
+  TimeDelta Uptime() const override { return ReadClock<std::chrono::steady_clock>(); }
+
+  void WaitUntil(Lock& lock, ConditionVariable& changed, TimeDelta deadline) const override
+      EXCLUSIVE_LOCKS_REQUIRED(lock) {
+    // A far deadline would leave the range of the system's clock.
+    const TimeDelta longest = TimeDelta::FromSeconds(24 * 60 * 60);
+    const TimeDelta wait = std::min(deadline - Uptime(), longest);
+    changed.WaitFor(lock, std::chrono::microseconds(wait.InMicroseconds()));
+  }
+};
+
+struct CurrentClock {
+  Lock lock;
+  const std::shared_ptr<const Clock> real = std::make_shared<RealClock>();
+  std::shared_ptr<const Clock> clock GUARDED_BY(lock) = real;
+};
+
+CurrentClock& GetCurrentClock() {
+  // Never destroyed: threads may read the clock until the process ends.
+  static CurrentClock* const current = new CurrentClock;
+  return *current;
+}
+
+}  // namespace
+
+Clock::~Clock() = default;
+
+std::shared_ptr<const Clock> Clock::Get() {
+  CurrentClock& current = GetCurrentClock();
+  AutoLock hold(current.lock);
+  return current.clock;
+}
+
+void Clock::Replace(std::shared_ptr<const Clock> clock) {
+  CurrentClock& current = GetCurrentClock();
+  {
+    AutoLock hold(current.lock);
+    current.clock = clock ? std::move(clock) : current.real;
+  }
+  Sleeper::LookAgain();
+}
+
+}  // namespace base

@@ -1,0 +1,126 @@
+#include "base/logging.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <iomanip>
+#include <locale>
+#include <memory>
+#include <string_view>
+#include <utility>
+
+#include "base/lock.h"
+#include "base/scoped_fd.h"
+#include "base/thread_annotations.h"
+#include "base/time.h"
+
+namespace logging {
+
+namespace {
+
+constexpr const char* kSeverityNames[] = {"VERBOSE", "DETAILED_INFO", "INTERNAL_INFO", "INFO",
+                                          "WARNING", "ERROR",         "ERROR_REPORT",  "FATAL"};
+
+std::atomic<int> g_min_log_level{LOG_INTERNAL_DETAILED_INFO};
+
+struct Sink {
+  base::Lock lock;
+  std::shared_ptr<const LogMessageHandler> handler GUARDED_BY(lock);
+  base::ScopedFd file GUARDED_BY(lock);  // None stands for stderr.
+};
+
+Sink& GetSink() {
+  // Never destroyed: threads may log until the process ends.
+  static Sink* const sink = new Sink;
+  return *sink;
+}
+
+const char* SeverityName(int severity) {
+  const int known = std::clamp<int>(severity, LOG_VERBOSE, LOG_FATAL);
+  return kSeverityNames[known - LOG_VERBOSE];
+}
+
+void WritePrefix(const char* file, int line, int severity, std::ostream& out) {
+  base::Time::Exploded now{};
+  base::Time::Now().LocalExplode(&now);
+  out << '[' << std::setfill('0');
+  for (const int part : {now.month, now.day_of_month}) out << std::setw(2) << part;
+  out << '/';
+  for (const int part : {now.hour, now.minute, now.second}) out << std::setw(2) << part;
+  out << std::setfill(' ') << ':' << SeverityName(severity) << ':' << file << '(' << line << ")] ";
+}
+
+// One write for a whole line, as long as the system takes it in one.
+void WriteLine(int fd, std::string_view line) {
+  while (!line.empty()) {
+    const ssize_t written = write(fd, line.data(), line.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written <= 0) return;
+    line.remove_prefix(static_cast<size_t>(written));
+  }
+}
+
+std::shared_ptr<const LogMessageHandler> GetHandler() {
+  Sink& sink = GetSink();
+  base::AutoLock hold(sink.lock);
+  return sink.handler;
+}
+
+}  // namespace
+
+int GetMinLogLevel() { return g_min_log_level; }
+
+void SetMinLogLevel(int level) { g_min_log_level = level; }
+
+void SetLogMessageHandler(LogMessageHandler handler) {
+  auto shared = handler ? std::make_shared<const LogMessageHandler>(std::move(handler)) : nullptr;
+  Sink& sink = GetSink();
+  base::AutoLock hold(sink.lock);
+  // The one before is destroyed after the lock is given back: it may log as it goes.
+  sink.handler.swap(shared);
+}
+
+bool SetLogFile(const std::string& path) {
+  base::ScopedFd file;
+  if (!path.empty()) {
+    constexpr mode_t kReadableByGroup = 0640;
+    file = base::ScopedFd(
+        open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, kReadableByGroup));
+    if (!file.is_valid()) return false;
+  }
+  Sink& sink = GetSink();
+  base::AutoLock hold(sink.lock);
+  sink.file = std::move(file);
+  return true;
+}
+
+LogMessage::LogMessage(const char* file, int line, int severity)
+    : file_(file), line_(line), severity_(severity) {
+  // Numbers look the same whatever locale the program has chosen.
+  stream_.imbue(std::locale::classic());
+  WritePrefix(file, line, severity, stream_);
+  message_start_ = stream_.view().size();
+}
+
+LogMessage::~LogMessage() {
+  try {
+    Write();
+  } catch (...) {
+    // Out of memory; a destructor has no way to say so.
+  }
+}
+
+void LogMessage::Write() {
+  stream_ << '\n';
+  const std::string text = stream_.str();
+  const auto handler = GetHandler();
+  if (handler && (*handler)(severity_, file_, line_, message_start_, text)) return;
+  Sink& sink = GetSink();
+  base::AutoLock hold(sink.lock);
+  WriteLine(sink.file.is_valid() ? sink.file.get() : STDERR_FILENO, text);
+}
+
+}  // namespace logging

@@ -1,0 +1,32 @@
+#include "base/simple_thread.h"
+
+#include <cassert>
+
+#include "base/platform_thread.h"
+
+namespace base {
+
+SimpleThread::SimpleThread(const std::string& name) : name_(name) {}
+
+SimpleThread::~SimpleThread() { assert(!thread_.joinable()); }
+
+void SimpleThread::Start() {
+  assert(!thread_.joinable());
+  thread_ = std::thread(&SimpleThread::ThreadMain, this);
+  AutoLock hold(lock_);
+  while (!runs_) changed_.Wait(lock_);
+}
+
+void SimpleThread::Join() { thread_.join(); }
+
+void SimpleThread::ThreadMain() {
+  PlatformThread::SetName(name_);
+  {
+    AutoLock hold(lock_);
+    runs_ = true;
+    changed_.NotifyAll();
+  }
+  Run();
+}
+
+}  // namespace base

@@ -1,0 +1,91 @@
+#include "base/sleeper.h"
+
+#include <memory>
+#include <vector>
+
+#include "base/clock.h"
+
+namespace base {
+
+// The sleeping threads of the process. Its lock is taken before a sleeper's, never after.
+struct SleeperList {
+  Lock lock;
+  ConditionVariable grown;
+  std::vector<Sleeper*> sleepers GUARDED_BY(lock);
+
+  static SleeperList& Get() {
+    // Never destroyed: threads may sleep until the process ends.
+    static SleeperList* const list = new SleeperList;
+    return *list;
+  }
+
+  void Add(Sleeper* sleeper) {
+    AutoLock hold(lock);
+    sleepers.push_back(sleeper);
+    grown.NotifyAll();
+  }
+
+  void Remove(Sleeper* sleeper) {
+    AutoLock hold(lock);
+    std::erase(sleepers, sleeper);
+  }
+
+  int CountArmed() EXCLUSIVE_LOCKS_REQUIRED(lock) {
+    const TimeDelta uptime = Clock::Get()->Uptime();
+    int count = 0;
+    for (Sleeper* sleeper : sleepers) count += sleeper->IsArmed(uptime) ? 1 : 0;
+    return count;
+  }
+};
+
+void Sleeper::SleepUntil(std::optional<TimeDelta> deadline) {
+  {
+    AutoLock hold(lock_);
+    deadline_ = deadline;
+  }
+  SleeperList::Get().Add(this);
+  WaitUntilDue();
+  SleeperList::Get().Remove(this);
+}
+
+void Sleeper::Wake() {
+  AutoLock hold(lock_);
+  woken_ = true;
+  changed_.NotifyAll();
+}
+
+void Sleeper::LookAgain() {
+  SleeperList& list = SleeperList::Get();
+  AutoLock hold(list.lock);
+  for (Sleeper* sleeper : list.sleepers) {
+    AutoLock hold_sleeper(sleeper->lock_);
+    sleeper->changed_.NotifyAll();
+  }
+}
+
+void Sleeper::WaitForSleepers(int count) {
+  SleeperList& list = SleeperList::Get();
+  AutoLock hold(list.lock);
+  while (list.CountArmed() < count) list.grown.Wait(list.lock);
+}
+
+void Sleeper::WaitUntilDue() {
+  AutoLock hold(lock_);
+  while (!woken_) {
+    if (!deadline_) {
+      changed_.Wait(lock_);
+      continue;
+    }
+    const std::shared_ptr<const Clock> clock = Clock::Get();
+    if (clock->Uptime() >= *deadline_) break;
+    clock->WaitUntil(lock_, changed_, *deadline_);
+  }
+  woken_ = false;
+}
+
+bool Sleeper::IsArmed(TimeDelta uptime) {
+  AutoLock hold(lock_);
+  return !woken_ && deadline_ && *deadline_ > uptime;
+}
+
+}  // namespace base

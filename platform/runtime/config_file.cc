@@ -1,0 +1,140 @@
+#include "runtime/config_file.h"
+
+#include <tinyxml.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <fstream>
+#include <system_error>
+#include <utility>
+
+namespace runtime {
+
+namespace {
+
+constexpr char kRootName[] = "config";
+constexpr char kSpace[] = " \t\r\n";
+constexpr char kDoctype[] = "!DOCTYPE";
+
+// What is wrong with a text, and where; lines and columns count from 1.
+struct Fault {
+  int line;
+  int column;
+  std::string reason;
+};
+
+bool ReadText(const std::string& file, std::string* text, std::string* error) {
+  errno = 0;
+  std::ifstream stream(file, std::ios::binary);
+  // The whole file, or up to a zero byte, which ends the parser's reading as well.
+  std::getline(stream, *text, '\0');
+  if (stream.is_open() && !stream.bad()) {
+    if (!stream.eof()) text->push_back('\0');
+    return true;
+  }
+  const int reason = errno != 0 ? errno : EIO;
+  *error = file + ": cannot be read: " + std::generic_category().message(reason);
+  return false;
+}
+
+Fault FaultAt(const std::string& text, size_t offset, const std::string& reason) {
+  const std::string before = text.substr(0, offset);
+  const auto line = 1 + std::count(before.begin(), before.end(), '\n');
+  // Without a line break before it, npos + 1 is 0.
+  const size_t line_start = before.rfind('\n') + 1;
+  return {static_cast<int>(line), static_cast<int>(offset - line_start + 1), reason};
+}
+
+size_t StartOf(const std::string& text) {
+  return std::min(text.find_first_not_of(kSpace), text.size());
+}
+
+bool IsDoctype(const TiXmlNode& node) { return node.ValueStr().rfind(kDoctype, 0) == 0; }
+
+// The parser lets text, more elements and what it does not understand stand beside the root, and
+// the last also in it.
+const TiXmlNode* FindStray(const TiXmlDocument& document, const TiXmlElement& root) {
+  for (const TiXmlNode* node = document.FirstChild(); node; node = node->NextSibling()) {
+    if (node->ToElement() != nullptr && node != &root) return node;
+    if (node->ToText() != nullptr) return node;
+    if (node->ToUnknown() != nullptr && !IsDoctype(*node)) return node;
+  }
+  for (const TiXmlNode* node = root.FirstChild(); node; node = node->NextSibling()) {
+    if (node->ToUnknown() != nullptr) return node;
+  }
+  return nullptr;
+}
+
+// Parses `text`; true if the parser has no complaint.
+bool Parse(const std::string& text, TiXmlDocument* document, const char** end, Fault* fault) {
+  const size_t zero = text.find('\0');
+  if (zero != std::string::npos) {
+    *fault = FaultAt(text, zero, "a zero byte");
+    return false;
+  }
+  document->SetTabSize(1);
+  *end = document->Parse(text.c_str());
+  if (!document->Error()) return true;
+  *fault = {document->ErrorRow(), document->ErrorCol(), document->ErrorDesc()};
+  if (fault->line != 0) return false;
+  // Without a place the parser came to the text's end, or did not find a beginning.
+  const bool began = document->FirstChild() != nullptr;
+  *fault = FaultAt(text, began ? text.size() : StartOf(text), fault->reason);
+  return false;
+}
+
+// True if the document is the root and nothing else. The parser stopped at `end`.
+bool CheckRoot(const std::string& text, const TiXmlDocument& document, const char* end,
+               Fault* fault) {
+  const std::string root_name = "\"" + std::string(kRootName) + "\"";
+  const TiXmlElement* const root = document.RootElement();
+  if (root == nullptr || root->ValueStr() != kRootName) {
+    *fault = FaultAt(text, StartOf(text), "the root element is not " + root_name);
+    if (root != nullptr) {
+      fault->line = root->Row();
+      fault->column = root->Column();
+    }
+    return false;
+  }
+  const std::string stray = "not a part of the element " + root_name;
+  if (const TiXmlNode* node = FindStray(document, *root)) {
+    *fault = {node->Row(), node->Column(), stray};
+    return false;
+  }
+  if (end == nullptr || *end == '\0') return true;
+  *fault = FaultAt(text, static_cast<size_t>(end - text.c_str()), stray);
+  return false;
+}
+
+std::string TextOf(const TiXmlElement& element) {
+  std::string text;
+  for (const TiXmlNode* node = element.FirstChild(); node; node = node->NextSibling()) {
+    if (node->ToText() != nullptr) text += node->ValueStr();
+  }
+  return text;
+}
+
+}  // namespace
+
+bool ReadConfigFile(const std::string& file, std::map<std::string, std::string>* config,
+                    std::string* error) {
+  std::string text;
+  if (!ReadText(file, &text, error)) return false;
+  TiXmlDocument document;
+  Fault fault{};
+  const char* end = nullptr;
+  if (!Parse(text, &document, &end, &fault) || !CheckRoot(text, document, end, &fault)) {
+    *error = file + ":" + std::to_string(fault.line) + ":" + std::to_string(fault.column) + ": " +
+             fault.reason;
+    return false;
+  }
+  std::map<std::string, std::string> found;
+  const TiXmlElement* key = document.RootElement()->FirstChildElement();
+  for (; key != nullptr; key = key->NextSiblingElement()) {
+    found.emplace(key->ValueStr(), TextOf(*key));
+  }
+  *config = std::move(found);
+  return true;
+}
+
+}  // namespace runtime

@@ -1,0 +1,137 @@
+#include "evt/event_manager.h"
+
+#include <gtest/gtest.h>
+
+#include <future>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/test_support.h"
+
+namespace {
+
+// Listeners write to a text without a lock: they share the bus's thread, and the test reads after
+// Flush.
+class EventManagerTest : public testing::Test {
+ protected:
+  ~EventManagerTest() override {
+    for (const int number : numbers_) bus_->RemoveListener(number);
+  }
+
+  int Listen(int type, evt::EventManager::Listener listener) {
+    numbers_.push_back(bus_->AddListener(type, std::move(listener)));
+    return numbers_.back();
+  }
+  int ListenAs(const std::string& name, int type) {
+    return Listen(type, [this, name](int heard, const Pickle& data) {
+      std::string text;
+      PickleIterator(data).ReadString(&text);
+      heard_ += name + std::to_string(heard) + text + " ";
+    });
+  }
+  void Publish(int type, const std::string& text = "") {
+    evt::Event* const event = bus_->CreateEvent(type);
+    ASSERT_NE(event, nullptr);
+    EXPECT_EQ(event->type(), type);
+    Pickle data;
+    data.WriteString(text);
+    event->SetData(data);
+    bus_->Publish(event);
+    bus_->ReleaseEvent(event);
+  }
+
+  evt::EventManager* const bus_ = evt::EventManager::GetInstance();
+  std::vector<int> numbers_;
+  std::string heard_;
+};
+
+TEST_F(EventManagerTest, KnowsEightTypesAndRefusesOnDemand) {
+  for (int type = -1; type <= 10; ++type) {
+    evt::Event* const event = bus_->CreateEvent(type);
+    EXPECT_EQ(event != nullptr, type >= 1 && type <= 8) << type;
+    bus_->ReleaseEvent(event);
+  }
+  bus_->RefuseForTest(3, true);
+  EXPECT_EQ(bus_->CreateEvent(3), nullptr);
+  Publish(4);
+  bus_->RefuseForTest(3, false);
+  Publish(3);
+}
+
+TEST_F(EventManagerTest, DeliversInTheOrderOfPublishing) {
+  Publish(1, "early");
+  ListenAs("a", 1);
+  ListenAs("b", 2);
+  ListenAs("c", 1);
+  Publish(1, "x");
+  Publish(3, "unheard");
+  Publish(2, "y");
+  Publish(1, "z");
+  bus_->Flush();
+  EXPECT_EQ(heard_, "a1x c1x b2y a1z c1z ");
+}
+
+TEST_F(EventManagerTest, AListenerMayCallTheBus) {
+  const auto bound = std::make_shared<int>(0);
+  int self = 0;
+  int victim = 0;
+  self = Listen(1, [&, bound](int, const Pickle&) {
+    heard_ += "self ";
+    bus_->RemoveListener(victim);
+    bus_->RemoveListener(self);
+    bus_->RemoveListener(self);
+    bus_->Flush();
+    ListenAs("new", 1);
+    Publish(1, "!");
+  });
+  victim = ListenAs("victim", 1);
+  ListenAs("last", 1);
+  Publish(1);
+  bus_->Flush();
+  bus_->Flush();
+  EXPECT_EQ(heard_, "self last1 last1! new1! ");
+  EXPECT_EQ(bound.use_count(), 1);
+}
+
+TEST_F(EventManagerTest, RemoveWaitsForTheRunningCall) {
+  auto bound = std::make_shared<bool>(false);
+  const std::weak_ptr<bool> life = bound;
+  std::promise<void> entered;
+  std::promise<void> go_on;
+  const int number = Listen(5, [&, bound](int, const Pickle&) {
+    entered.set_value();
+    go_on.get_future().wait();
+    heard_ += "ran ";
+  });
+  bound.reset();
+  Publish(5);
+  entered.get_future().wait();
+  {
+    TestThread remover([&] {
+      bus_->RemoveListener(number);
+      EXPECT_EQ(heard_, "ran ");
+      EXPECT_TRUE(life.expired());
+    });
+    go_on.set_value();
+  }
+  Publish(5);
+  bus_->Flush();
+  EXPECT_EQ(heard_, "ran ");
+}
+
+TEST_F(EventManagerTest, TakesEventsOfManyThreads) {
+  int count = 0;
+  Listen(8, [&count](int, const Pickle&) { ++count; });
+  const auto publish = [this] {
+    for (int i = 0; i < 200; ++i) Publish(8);
+    bus_->Flush();
+  };
+  {
+    TestThread first(publish);
+    TestThread second(publish);
+  }
+  EXPECT_EQ(count, 400);
+}
+
+}  // namespace
