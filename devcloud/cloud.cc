@@ -1,5 +1,6 @@
 #include "devcloud/cloud.h"
 
+#include <exception>
 #include <optional>
 #include <utility>
 
@@ -42,26 +43,28 @@ class Cloud::Impl : public RequestHandler {
     Certificate certificate;
     if (!state_file.Load(error) || !MakeSelfSigned(address, &certificate, error)) return false;
     for (const std::string& gateway : options.gateways) devices.Add(gateway);
-    server = HttpServer::Listen(address,
-                                {{options.http_port, false, true},
-                                 {options.https_port, true, true},
-                                 {options.api_port, false, false}},
-                                certificate, *this, error);
-    if (server == nullptr) return false;
-    server->Run();
+    server_ = HttpServer::Listen(address,
+                                 {{options.http_port, false, true},
+                                  {options.https_port, true, true},
+                                  {options.api_port, false, false}},
+                                 certificate, *this, error);
+    if (server_ == nullptr) return false;
+    server_->Run();
     return true;
   }
 
   std::string Url(const char* scheme, std::size_t port_index) const {
     const bool is_v6 = address.find(':') != std::string::npos;
     return scheme + std::string("://") + (is_v6 ? "[" + address + "]" : address) + ":" +
-           std::to_string(server->port(port_index));
+           std::to_string(server_->port(port_index));
   }
 
   void ClearFaults() {
     faults.Clear();
-    server->ResumeStalled();
+    server_->ResumeStalled();
   }
+
+  void RefuseConnections(bool refuse) { server_->RefuseConnections(refuse); }
 
   void Record(const RecordedRequest& request) override {
     if (!IsControlRequest(request)) log.Add(request);
@@ -83,7 +86,6 @@ class Cloud::Impl : public RequestHandler {
   FaultList faults;
   RequestLog log;
   StateFile state_file;
-  std::unique_ptr<HttpServer> server;  // last, as its thread uses all the others
 
  private:
   void AddRoutes() {
@@ -121,7 +123,8 @@ class Cloud::Impl : public RequestHandler {
                                 faults,
                                 clock,
                                 [this] { ClearFaults(); },
-                                [this](bool refuse) { server->RefuseConnections(refuse); }};
+                                [this](bool refuse) { RefuseConnections(refuse); }};
+  std::unique_ptr<HttpServer> server_;  // the last member, as its thread uses all the others
 };
 
 std::unique_ptr<Cloud> Cloud::Start(const Options& options, std::string* error) {
@@ -173,7 +176,7 @@ void Cloud::AddFault(Fault fault) { impl_->faults.Add(std::move(fault)); }
 
 void Cloud::ClearFaults() { impl_->ClearFaults(); }
 
-void Cloud::RefuseConnections(bool refuse) { impl_->server->RefuseConnections(refuse); }
+void Cloud::RefuseConnections(bool refuse) { impl_->RefuseConnections(refuse); }
 
 std::vector<RecordedRequest> Cloud::requests() const { return impl_->log.requests(); }
 

@@ -31,22 +31,37 @@ inline bool IsSecret(const std::string& name) {
   return name == "access_token" || name == "refresh_token" || name == "friend_auth_code";
 }
 
+inline void Fill(const Unwritten& unwritten, std::string* text) { *text = unwritten.text; }
+inline void Fill(const Unwritten& unwritten, std::vector<std::string>* texts) {
+  if (!unwritten.text.empty()) *texts = {unwritten.text};
+}
+inline void Fill(const Unwritten& /*unwritten*/, int* /*number*/) {}
+inline void Fill(const Unwritten& unwritten, bool* flag) { *flag = unwritten.flag; }
+
 struct OutputCollector {
   bool success;
+  const Unwritten& unwritten;
   std::vector<Field>* fields;
 
   void Add(const std::string& name, const std::string& value) {
-    if (success || !value.empty()) fields->push_back(Field{name, {value}, IsSecret(name)});
+    if (success || value != unwritten.text) Put(name, {value});
   }
   void Add(const std::string& name, const std::vector<std::string>& values) {
-    if (success) fields->push_back(Field{name, values, false});
+    std::vector<std::string> before;
+    Fill(unwritten, &before);
+    if (success || values != before) Put(name, values);
   }
   void Add(const std::string& name, int value) {
-    if (success) Add(name, std::to_string(value));
+    if (success) Put(name, {std::to_string(value)});
   }
   // The one flag of the interface says why an operation failed and is not written on success.
   void Add(const std::string& name, bool value) {
-    if (!success) Add(name, std::string(value ? "true" : "false"));
+    if (!success || value != unwritten.flag) Put(name, {value ? "true" : "false"});
+  }
+
+ private:
+  void Put(const std::string& name, const std::vector<std::string>& values) {
+    fields->push_back(Field{name, values, IsSecret(name)});
   }
 };
 
@@ -75,8 +90,12 @@ struct Caller<kMethod> {
                    const std::vector<std::string>& names, Answer* answer, std::string* error) {
     std::tuple<Slot<Parameters>...> slots{};
     WordReader reader{words, 0, ""};
-    Visit(slots, [&reader]<typename Parameter>(Slot<Parameter>& slot) {
-      if constexpr (!std::is_pointer_v<Parameter>) reader.Read(&slot);
+    Visit(slots, [&reader, answer]<typename Parameter>(Slot<Parameter>& slot) {
+      if constexpr (std::is_pointer_v<Parameter>) {
+        Fill(answer->unwritten, &slot);
+      } else {
+        reader.Read(&slot);
+      }
     });
     if (!reader.error.empty()) {
       *error = reader.error;
@@ -85,7 +104,7 @@ struct Caller<kMethod> {
     answer->code = std::apply(
         [&accounts](auto&... slot) { return (accounts.*kMethod)(Pass<Parameters>(slot)...); },
         slots);
-    OutputCollector collector{answer->code == kAccountSuccess, &answer->outputs};
+    OutputCollector collector{answer->code == kAccountSuccess, answer->unwritten, &answer->outputs};
     size_t next = 0;
     Visit(slots, [&]<typename Parameter>(Slot<Parameter>& slot) {
       if constexpr (std::is_pointer_v<Parameter>) collector.Add(names[next++], slot);

@@ -10,12 +10,19 @@
 
 namespace gateway {
 
+// What the outputs hold before a call, for a caller that looks which of them were written.
+struct Unwritten {
+  std::string text;  // in every text and, unless it is empty, as the one entry of every list
+  bool flag = false;
+};
+
 // What an operation answered.
 struct Answer {
+  Unwritten unwritten;  // set before the call
   int code = kAccountSuccess;
   // A state rather than a result: any value of it is a good answer.
   bool is_status = false;
-  // What was written: all outputs on success; on failure those that hold something.
+  // All outputs on success; on failure those that were written, and the flag.
   std::vector<Field> outputs;
 };
 

@@ -36,6 +36,9 @@ TerminalLineSource::TerminalLineSource(const StopSignals& signals, Printer* prin
 LineSource::Result TerminalLineSource::Next(std::string* line) {
   if (signals_.WaitForStop(std::chrono::milliseconds(0))) return Result::kStopped;
   int count = 0;
+  // el_gets would draw the prompt first and take the terminal over after it: keys that are typed
+  // in between would be lost.
+  el_set(editor_.get(), EL_PREP_TERM, 1);
   printer_->PromptShown(redraw_.get());
   const char* text = el_gets(editor_.get(), &count);
   printer_->PromptHidden();

@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <stdio.h>
@@ -18,7 +19,7 @@ class Program {
  public:
   explicit Program(std::vector<std::string> arguments) {
     int ends[2];
-    EXPECT_EQ(pipe(ends), 0);
+    EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
     std::vector<char*> argv;
     arguments.insert(arguments.begin(), QORN_DEVCLOUD_PROGRAM);
     for (std::string& argument : arguments) argv.push_back(argument.data());
@@ -33,7 +34,13 @@ class Program {
     close(ends[1]);
     output_ = fdopen(ends[0], "r");
   }
-  ~Program() { fclose(output_); }
+  ~Program() {
+    fclose(output_);
+    if (is_running_) {
+      kill(pid_, SIGKILL);
+      waitpid(pid_, nullptr, 0);
+    }
+  }
 
   std::string ReadLine() {
     std::string line;
@@ -45,8 +52,10 @@ class Program {
 
   void Signal(int number) { kill(pid_, number); }
 
-  // The exit status, or -1 when it did not exit by itself.
+  // The exit status, or -1 when it did not exit by itself. What it still writes is dropped.
   int Wait() {
+    while (fgetc(output_) != EOF) continue;
+    is_running_ = false;
     int status = 0;
     waitpid(pid_, &status, 0);
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
@@ -55,6 +64,7 @@ class Program {
  private:
   pid_t pid_;
   FILE* output_;
+  bool is_running_ = true;
 };
 
 TEST(ProgramTest, PrintsItsUrlsAndRunsUntilASignal) {

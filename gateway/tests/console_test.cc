@@ -6,6 +6,7 @@
 #include <memory>
 #include <set>
 #include <sstream>
+#include <utility>
 
 #include "gateway/result_names.h"
 #include "gateway/tests/fake_account_manager.h"
@@ -120,10 +121,7 @@ TEST_F(ConsoleTest, TreatsTheNetworkStatusAsAStateAndNotAsAResult) {
 }
 
 TEST_F(ConsoleTest, NamesWhatACommandExpected) {
-  const struct {
-    const char* line;
-    const char* error;
-  } cases[] = {
+  const std::pair<const char*, const char*> cases[] = {
       {"sign-in a", "sign-in expects USER_ID CODE, got 1 argument"},
       {"sign-in a b c", "sign-in expects USER_ID CODE, got 3 arguments"},
       {"do-factory-reset now", "do-factory-reset expects no argument, got 1 argument"},
@@ -148,7 +146,7 @@ TEST_F(ConsoleTest, NamesWhatACommandExpected) {
       {"request-code nobody", "request-code: answer-to-nobody"},
       {"expect success request-code nobody", "request-code: answer-to-nobody"},
   };
-  for (const auto& c : cases) EXPECT_EQ(Run(c.line), std::string("error: ") + c.error);
+  for (const auto& [line, error] : cases) EXPECT_EQ(Run(line), std::string("error: ") + error);
   EXPECT_TRUE(accounts_.calls.empty());
 }
 
@@ -232,17 +230,10 @@ TEST(ResultNames, HaveTheInterfacesMessages) {
   } cases[] = {
       {"success", 1, "Success"},
       {"kAccountSuccess", 1, "Success"},
-      {"kAccountUserGuidMismatch", 7,
-       "User GUID in the account DB is different with the user GUID in the ZEP server"},
-      {"kAccountNoFriendWithFriendId", 8,
-       "There is no friend who has this friend ID and is connected with this user UUID in the "
-       "account DB"},
       {"10", 10, "This friend auth code is not vaild."},
       {"kAccountDuplicatedUserId", 12, "Duplicated user ID in the account DB"},
-      {"kAccountRemoteAccessFailure", 18, "Failure for Remote Access module"},
       {"kAccountFailure", 19, "Failure for certain reason"},
       {"20", 20, "Undefined Error code"},
-      {"-1", -1, "Undefined Error code"},
   };
   for (const auto& c : cases) {
     int code = 99;

@@ -7,19 +7,14 @@
 
 #include "core_fw/account/include/account_manager.h"
 #include "evt/event_manager.h"
+#include "gateway/tests/publish.h"
 
 namespace gateway {
 namespace {
 
-void PublishAndWait(int type, const std::vector<std::string>& strings) {
-  Pickle payload;
-  for (const std::string& text : strings) payload.WriteString(text);
-  evt::EventManager* bus = evt::EventManager::GetInstance();
-  evt::Event* event = bus->CreateEvent(type);
-  event->SetData(payload);
-  bus->Publish(event);
-  bus->ReleaseEvent(event);
-  bus->Flush();
+void PublishAndWait(int type, const std::vector<std::string>& texts) {
+  Publish(type, texts);
+  evt::EventManager::GetInstance()->Flush();
 }
 
 // The lines with a blank instead of each line break.

@@ -2,24 +2,12 @@
 #include <fstream>
 #include <iterator>
 #include <thread>
-#include <vector>
 
-#include "base/pickle.h"
 #include "core_fw/runtime/component.h"
-#include "evt/event_manager.h"
 #include "gateway/tests/fake_account_manager.h"
+#include "gateway/tests/publish.h"
 
 namespace {
-
-void Publish(int type, const std::vector<std::string>& texts) {
-  Pickle payload;
-  for (const std::string& text : texts) payload.WriteString(text);
-  evt::EventManager* bus = evt::EventManager::GetInstance();
-  evt::Event* event = bus->CreateEvent(type);
-  event->SetData(payload);
-  bus->Publish(event);
-  bus->ReleaseEvent(event);
-}
 
 // Returns once the writer of the named pipe has closed it.
 void WaitForPipe(const std::string& pipe) {
@@ -36,7 +24,7 @@ class Accounts : public gateway::FakeAccountManager {
   // Publishes what the real operation publishes.
   AccountResult CreateUser(Text user_id, Text code, Out user_uuid) override {
     const AccountResult answer = FakeAccountManager::CreateUser(user_id, code, user_uuid);
-    Publish(kEventAccountCreateUser, {*user_uuid, user_id, code});
+    gateway::Publish(kEventAccountCreateUser, {*user_uuid, user_id, code});
     return answer;
   }
 
@@ -50,7 +38,7 @@ class Accounts : public gateway::FakeAccountManager {
   AccountResult SignOut(Text pipe) override {
     worker_ = std::thread([pipe] {
       WaitForPipe(pipe);
-      Publish(kEventAccountSignOut, {"user", "id", "ended"});
+      gateway::Publish(kEventAccountSignOut, {"user", "id", "ended"});
     });
     return kAccountSuccess;
   }

@@ -125,19 +125,16 @@ class TerminalTest : public ProgramTest {
 };
 
 TEST_F(TerminalTest, EditsLinesKeepsHistoryAndGoesOnAfterAFailure) {
-  const struct {
-    const char* keys;
-    const char* shown;
-  } steps[] = {
+  const std::pair<const char*, const char*> steps[] = {
       // One digit taken back.
       {"check-session-validation 22\b\n", "answered 2 (Invalid Session ID)"},
       {"say \xc3\xa9\xed\x95\x9c\n", "\né한\r\n"},
       // Two lines up, and another digit.
       {"\x10\x10\x7f\x35\n", "check-session-validation answered 5"},
   };
-  for (const auto& step : steps) {
-    program_.Type(step.keys);
-    ASSERT_TRUE(program_.WaitFor(step.shown));
+  for (const auto& [keys, shown] : steps) {
+    program_.Type(keys);
+    ASSERT_TRUE(program_.WaitFor(shown));
     ASSERT_TRUE(program_.WaitFor("qorn> "));
   }
   program_.Type("\x04");

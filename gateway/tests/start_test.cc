@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <utility>
 #include <vector>
 
 #include "gateway/tests/program.h"
@@ -32,10 +33,8 @@ TEST(Start, NamesWhatIsWrongInOneLineAndExitsWith2) {
   const std::string wrong_root = folder.Write("root.xml", "<settings/>");
   const std::string no_library = folder.Write("text.so", "no library");
   const std::string nowhere = folder.Path("nowhere");
-  const struct {
-    std::string arguments;
-    std::vector<std::string> words;  // what the line names
-  } cases[] = {
+  // Arguments, and what the line names.
+  const std::pair<std::string, std::vector<std::string>> cases[] = {
       {"--config " + nowhere, {nowhere}},
       {"--config " + broken, {broken, "2"}},
       {"--config " + wrong_root, {wrong_root, "config"}},
@@ -50,13 +49,13 @@ TEST(Start, NamesWhatIsWrongInOneLineAndExitsWith2) {
       {"--bogus", {"--bogus"}},
       {"script.qorn", {"script.qorn"}},
   };
-  for (const auto& c : cases) {
-    const Ended ended = RunProgram(c.arguments);
-    EXPECT_EQ(ended.status, 2) << c.arguments;
+  for (const auto& [arguments, words] : cases) {
+    const Ended ended = RunProgram(arguments);
+    EXPECT_EQ(ended.status, 2) << arguments;
     EXPECT_EQ(ended.output, "");
     EXPECT_EQ(ended.errors.find("qorn-gateway: "), 0U) << ended.errors;
     EXPECT_EQ(std::count(ended.errors.begin(), ended.errors.end(), '\n'), 1) << ended.errors;
-    for (const std::string& word : c.words) {
+    for (const std::string& word : words) {
       EXPECT_NE(ended.errors.find(word), std::string::npos) << word << ": " << ended.errors;
     }
   }

@@ -2,19 +2,18 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "gateway/variables.h"
 
 namespace gateway {
 namespace {
 
 TEST(ShortenSecret, ShowsFourCharactersAtMost) {
-  const struct {
-    const char* secret;
-    const char* shown;
-  } cases[] = {
+  const std::pair<const char*, const char*> cases[] = {
       {"", ""},          {"a", "…"}, {"abcd", "…"}, {"abcde", "abcd…"}, {"4/0AbCdEfGh", "4/0A…"},
       {"äöüßé", "äöüß…"}};
-  for (const auto& c : cases) EXPECT_EQ(ShortenSecret(c.secret), c.shown) << c.secret;
+  for (const auto& [secret, shown] : cases) EXPECT_EQ(ShortenSecret(secret), shown) << secret;
 }
 
 TEST(Visible, WritesControlCharactersAsHex) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 namespace gateway {
 namespace {
 
@@ -16,10 +18,7 @@ Variables SomeVariables() {
 }
 
 TEST(SplitWords, FollowsTheShellsQuotes) {
-  const struct {
-    std::string line;
-    Words words;
-  } cases[] = {
+  const std::pair<std::string, Words> cases[] = {
       {"", {}},
       {" \t ", {}},
       {"# all of it", {}},
@@ -38,19 +37,16 @@ TEST(SplitWords, FollowsTheShellsQuotes) {
       {"$ a$ $1 \"$\"", {"$", "a$", "$1", "$"}},
       {"\xc3\xa9\xed\x95\x9c", {"é한"}},
   };
-  for (const auto& c : cases) {
+  for (const auto& [line, expected] : cases) {
     Words words;
     std::string error;
-    EXPECT_TRUE(SplitWords(c.line, SomeVariables(), &words, &error)) << c.line << ": " << error;
-    EXPECT_EQ(words, c.words) << c.line;
+    EXPECT_TRUE(SplitWords(line, SomeVariables(), &words, &error)) << line << ": " << error;
+    EXPECT_EQ(words, expected) << line;
   }
 }
 
 TEST(SplitWords, RefusesALineThatItCannotRead) {
-  const struct {
-    std::string line;
-    const char* error;
-  } cases[] = {
+  const std::pair<std::string, const char*> cases[] = {
       {"a 'b", "a single quote is not closed"},
       {"a \"b", "a double quote is not closed"},
       {"a \"b\\", "a double quote is not closed"},
@@ -64,11 +60,11 @@ TEST(SplitWords, RefusesALineThatItCannotRead) {
       {"a b\x7f", "control characters are not taken in an argument: b\\x7f"},
       {"a $bad", "control characters are not taken in an argument: a\\x0ab"},
   };
-  for (const auto& c : cases) {
+  for (const auto& [line, expected] : cases) {
     Words words = {"untouched"};
     std::string error;
-    EXPECT_FALSE(SplitWords(c.line, SomeVariables(), &words, &error)) << c.line;
-    EXPECT_EQ(error, c.error);
+    EXPECT_FALSE(SplitWords(line, SomeVariables(), &words, &error)) << line;
+    EXPECT_EQ(error, expected);
     EXPECT_EQ(words, Words{"untouched"});
   }
 }

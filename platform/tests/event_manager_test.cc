@@ -3,9 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <future>
-#include <memory>
-#include <string>
-#include <vector>
 
 #include "tests/test_support.h"
 
@@ -32,8 +29,6 @@ class EventManagerTest : public testing::Test {
   }
   void Publish(int type, const std::string& text = "") {
     evt::Event* const event = bus_->CreateEvent(type);
-    ASSERT_NE(event, nullptr);
-    EXPECT_EQ(event->type(), type);
     Pickle data;
     data.WriteString(text);
     event->SetData(data);
@@ -47,16 +42,15 @@ class EventManagerTest : public testing::Test {
 };
 
 TEST_F(EventManagerTest, KnowsEightTypesAndRefusesOnDemand) {
-  for (int type = -1; type <= 10; ++type) {
-    evt::Event* const event = bus_->CreateEvent(type);
-    EXPECT_EQ(event != nullptr, type >= 1 && type <= 8) << type;
-    bus_->ReleaseEvent(event);
+  for (int refused = 3; refused <= 4; ++refused) {
+    bus_->RefuseForTest(refused, true);
+    for (int type = -1; type <= 10; ++type) {
+      evt::Event* const event = bus_->CreateEvent(type);
+      EXPECT_EQ(event != nullptr, type >= 1 && type <= 8 && type != refused) << type;
+      bus_->ReleaseEvent(event);
+    }
+    bus_->RefuseForTest(refused, false);
   }
-  bus_->RefuseForTest(3, true);
-  EXPECT_EQ(bus_->CreateEvent(3), nullptr);
-  Publish(4);
-  bus_->RefuseForTest(3, false);
-  Publish(3);
 }
 
 TEST_F(EventManagerTest, DeliversInTheOrderOfPublishing) {
@@ -118,20 +112,6 @@ TEST_F(EventManagerTest, RemoveWaitsForTheRunningCall) {
   Publish(5);
   bus_->Flush();
   EXPECT_EQ(heard_, "ran ");
-}
-
-TEST_F(EventManagerTest, TakesEventsOfManyThreads) {
-  int count = 0;
-  Listen(8, [&count](int, const Pickle&) { ++count; });
-  const auto publish = [this] {
-    for (int i = 0; i < 200; ++i) Publish(8);
-    bus_->Flush();
-  };
-  {
-    TestThread first(publish);
-    TestThread second(publish);
-  }
-  EXPECT_EQ(count, 400);
 }
 
 }  // namespace

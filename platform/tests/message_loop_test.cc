@@ -3,44 +3,30 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <memory>
-#include <string>
 
 #include "tests/test_support.h"
 
 namespace {
 
-TEST(MessageLoop, RunsTasksInOrderAlsoThoseOfBeforeRun) {
+TEST(MessageLoop, RunsTasksInOrderUntilTheQueueOfQuitIsDone) {
   EXPECT_EQ(MessageLoop::current(), nullptr);
   MessageLoop loop;
   EXPECT_EQ(MessageLoop::current(), &loop);
   std::string order;
   const auto add = [&order](const std::string& text) { order += text; };
-  for (const char* text : {"a", "b", "c"}) loop.PostTask(FROM_HERE, base::Bind(add, text));
-  loop.PostTask(FROM_HERE, [&] {
-    loop.PostTask(FROM_HERE, base::Bind(add, "e"));
-    loop.PostTask(FROM_HERE, base::Bind(&MessageLoop::Quit, base::Unretained(&loop)));
-    add("d");
-  });
-  loop.Run();
-  EXPECT_EQ(order, "abcde");
-}
-
-TEST(MessageLoop, QuitLetsTheQueuedTasksRunAndNoOthers) {
-  std::string order;
-  MessageLoop loop;
   loop.Quit();  // Outside Run: nothing.
+  loop.PostTask(FROM_HERE, base::Bind(add, "a"));
   loop.PostTask(FROM_HERE, [&] {
     loop.Quit();
     loop.Quit();
-    loop.PostTask(FROM_HERE, [&] { order += "late "; });
+    loop.PostTask(FROM_HERE, base::Bind(add, "late"));
   });
-  loop.PostTask(FROM_HERE, [&] { order += "queued "; });
+  loop.PostTask(FROM_HERE, base::Bind(add, "b"));
   loop.Run();
-  EXPECT_EQ(order, "queued ");
-  loop.PostTask(FROM_HERE, [&] { loop.Quit(); });
+  EXPECT_EQ(order, "ab");
+  loop.PostTask(FROM_HERE, base::Bind(&MessageLoop::Quit, base::Unretained(&loop)));
   loop.Run();
-  EXPECT_EQ(order, "queued late ");
+  EXPECT_EQ(order, "ablate");
 }
 
 TEST(MessageLoop, DestroysWhatIsLeftWithoutRunningIt) {
@@ -69,24 +55,12 @@ TEST(MessageLoop, MayEndWhileItsLastTaskIsPosted) {
   }
 }
 
-TEST(MessageLoop, TakesTasksOfManyThreads) {
-  constexpr int kThreads = 4;
-  constexpr int kTasks = 500;
-  MessageLoop loop;
-  int runs = 0;  // Without a lock: tasks run on this thread alone.
-  const auto post = [&] {
-    for (int i = 0; i < kTasks; ++i) {
-      loop.PostTask(FROM_HERE, [&] {
-        if (++runs == kThreads * kTasks) loop.Quit();
-      });
-    }
-  };
-  std::vector<std::unique_ptr<TestThread<decltype(post)>>> threads;
-  for (int i = 0; i < kThreads; ++i) {
-    threads.push_back(std::make_unique<TestThread<decltype(post)>>(post));
+TEST(SimpleThread, IsNamedToTheKernel) {
+  std::string name;
+  {
+    TestThread thread([&] { name = ReadFile("/proc/thread-self/comm"); }, "AccountCheckThread");
   }
-  loop.Run();
-  EXPECT_EQ(runs, kThreads * kTasks);
+  EXPECT_EQ(name, "AccountCheckThr\n");
 }
 
 }  // namespace

@@ -1,8 +1,10 @@
-// A component for tests of the runtime. It logs every call, and the configuration tells it what to
-// fail: the key "alpha" or "beta", by its name, is the step that goes wrong.
+// A component for tests of the runtime. It logs every call, and the configuration's key of its
+// name, "alpha" or "beta", names the step that goes wrong.
 #include "base/logging.h"
 #include "core_fw/runtime/component.h"
 #include "runtime/runtime.h"
+
+extern "C" Component* GetComponent();
 
 namespace {
 
@@ -39,9 +41,7 @@ TestComponent::~TestComponent() {
 
 }  // namespace
 
-extern "C" Component* GetComponent();
-
-extern "C" __attribute__((visibility("default"))) Component* GetComponent() {
+extern "C" Component* GetComponent() {
   if (!Succeeds("GetComponent")) return nullptr;
   if (g_component == nullptr) g_component = new TestComponent;
   return g_component;

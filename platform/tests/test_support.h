@@ -10,7 +10,6 @@
 #include <memory>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "base/lock.h"
 #include "base/logging.h"
@@ -51,7 +50,7 @@ class LogCapture {
     logging::SetLogMessageHandler(
         [kept = kept_](int, const char*, int, size_t message_start, const std::string& text) {
           base::AutoLock hold(kept->lock);
-          kept->texts.push_back(text.substr(message_start));
+          kept->text += text.substr(message_start);
           return true;
         });
   }
@@ -59,16 +58,16 @@ class LogCapture {
   LogCapture(const LogCapture&) = delete;
   LogCapture& operator=(const LogCapture&) = delete;
 
-  // The texts of the lines since the last call, line breaks included.
-  std::vector<std::string> Take() {
+  // The texts of the lines since the last call, one behind the other.
+  std::string TakeText() {
     base::AutoLock hold(kept_->lock);
-    return std::exchange(kept_->texts, {});
+    return std::exchange(kept_->text, {});
   }
 
  private:
   struct Kept {
     base::Lock lock;
-    std::vector<std::string> texts GUARDED_BY(lock);
+    std::string text GUARDED_BY(lock);
   };
 
   const std::shared_ptr<Kept> kept_ = std::make_shared<Kept>();

@@ -3,10 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <memory>
-#include <vector>
 
 #include "base/message_loop.h"
+#include "base/platform_thread.h"
 #include "base/test_clock.h"
 #include "tests/test_support.h"
 
@@ -14,50 +13,47 @@ namespace {
 
 using base::TimeDelta;
 
-constexpr int kPeriodSeconds = 60;
-const TimeDelta kPeriod = TimeDelta::FromSeconds(kPeriodSeconds);
+const TimeDelta kInstant = TimeDelta::FromMicroseconds(1);
+const TimeDelta kPeriod = TimeDelta::FromSeconds(60);
+const TimeDelta kTenPeriods = TimeDelta::FromSeconds(600);
 
 // A loop whose tasks are the steps of a test. Due timers run between two steps.
 class TimerTest : public testing::Test {
  protected:
   void Then(base::Closure step) { loop_.PostTask(FROM_HERE, std::move(step)); }
-  void ThenAdvance(TimeDelta delta) {
+  void ThenAdvance(TimeDelta delta, int expected_runs) {
     Then([this, delta] { clock_.Advance(delta); });
-  }
-  void ThenExpectRuns(int runs) {
-    Then([this, runs] { EXPECT_EQ(runs_, runs); });
+    Then([this, expected_runs] { EXPECT_EQ(runs_, expected_runs); });
   }
   void RunSteps() {
     Then([this] { loop_.Quit(); });
     loop_.Run();
   }
-  base::Closure CountRun() {
-    return [this] { ++runs_; };
-  }
 
   base::TestClock clock_;
   MessageLoop loop_;
   int runs_ = 0;
+  const base::Closure count_run_ = [this] { ++runs_; };
 };
 
 TEST_F(TimerTest, RunsByTheClock) {
-  const TimeDelta almost = kPeriod - TimeDelta::FromMicroseconds(1);
-  const TimeDelta rest = TimeDelta::FromMicroseconds(1);
-  const TimeDelta ten_periods = TimeDelta::FromSeconds(10 * kPeriodSeconds);
   const struct {
     TimeDelta advance;
-    int repeating_runs;
-  } kSteps[] = {
-      {almost, 0}, {rest, 1}, {almost, 1}, {rest, 2}, {ten_periods, 3}, {almost, 3}, {rest, 4},
-  };
+    int runs;
+  } kSteps[] = {{kPeriod - kInstant, 0},
+                {kInstant, 1},
+                {kPeriod - kInstant, 1},
+                {kInstant, 2},
+                {kTenPeriods, 3},
+                {kPeriod - kInstant, 3},
+                {kInstant, 4}};
   for (const bool is_repeating : {true, false}) {
     runs_ = 0;
     base::Timer timer(true, is_repeating);
-    timer.Start(FROM_HERE, kPeriod, CountRun());
+    timer.Start(FROM_HERE, kPeriod, count_run_);
     EXPECT_TRUE(timer.IsRunning());
     for (const auto& step : kSteps) {
-      ThenAdvance(step.advance);
-      ThenExpectRuns(is_repeating ? step.repeating_runs : std::min(step.repeating_runs, 1));
+      ThenAdvance(step.advance, is_repeating ? step.runs : std::min(step.runs, 1));
     }
     RunSteps();
     EXPECT_EQ(timer.IsRunning(), is_repeating);
@@ -67,39 +63,31 @@ TEST_F(TimerTest, RunsByTheClock) {
 TEST_F(TimerTest, ASlowTaskIsFollowedByOneRun) {
   base::Timer timer(true, true);
   timer.Start(FROM_HERE, kPeriod, [this] {
-    if (++runs_ == 1) clock_.Advance(TimeDelta::FromSeconds(10 * kPeriodSeconds));
+    if (++runs_ == 1) clock_.Advance(kTenPeriods);
   });
-  ThenAdvance(kPeriod);
-  Then([] {});
-  ThenExpectRuns(2);
-  ThenAdvance(kPeriod);
-  ThenExpectRuns(3);
+  ThenAdvance(kPeriod, 1);
+  ThenAdvance(TimeDelta(), 2);
+  ThenAdvance(kPeriod, 3);
   RunSteps();
 }
 
-TEST_F(TimerTest, StopAndResetGoByTheRetainedTask) {
+TEST_F(TimerTest, ResetStartsARetainedTaskAnew) {
   for (const bool retain : {true, false}) {
-    runs_ = 0;
     base::Timer timer(retain, true);
-    timer.Reset();  // No task yet.
-    EXPECT_FALSE(timer.IsRunning());
-    timer.Start(FROM_HERE, kPeriod, CountRun());
+    timer.Start(FROM_HERE, kPeriod, count_run_);
     timer.Stop();
-    EXPECT_FALSE(timer.IsRunning());
-    ThenAdvance(kPeriod);
-    ThenExpectRuns(0);
+    ThenAdvance(kPeriod, 0);
     Then([&timer] { timer.Reset(); });
-    ThenAdvance(kPeriod - TimeDelta::FromSeconds(1));
+    ThenAdvance(kPeriod - kInstant, 0);
     Then([&timer] { timer.Reset(); });
-    ThenAdvance(TimeDelta::FromSeconds(1));
-    ThenExpectRuns(0);
-    ThenAdvance(kPeriod);
-    ThenExpectRuns(retain ? 1 : 0);
+    ThenAdvance(kInstant, 0);
+    ThenAdvance(kPeriod, retain ? 1 : 0);
     RunSteps();
+    runs_ = 0;
   }
 }
 
-TEST_F(TimerTest, TheTaskMayStopRestartOrDestroyIt) {
+TEST_F(TimerTest, TheTaskMayRestartOrDestroyIt) {
   auto timer = std::make_unique<base::Timer>(false, true);
   timer->Start(FROM_HERE, kPeriod, [&] {
     ++runs_;
@@ -108,60 +96,46 @@ TEST_F(TimerTest, TheTaskMayStopRestartOrDestroyIt) {
       timer.reset();
     });
   });
-  for (const int runs : {1, 2, 2}) {
-    ThenAdvance(kPeriod);
-    ThenExpectRuns(runs);
-  }
+  for (const int runs : {1, 2, 2}) ThenAdvance(kPeriod, runs);
   RunSteps();
-  EXPECT_EQ(timer, nullptr);
 }
 
 TEST_F(TimerTest, NeverRunsAfterQuit) {
   base::Timer timer(true, true);
-  timer.Start(FROM_HERE, kPeriod, CountRun());
-  Then([this] {
-    loop_.Quit();
-    clock_.Advance(kPeriod);
-  });
-  Then([] {});
-  ThenExpectRuns(0);
+  timer.Start(FROM_HERE, kPeriod, count_run_);
+  Then([this] { loop_.Quit(); });
+  ThenAdvance(kPeriod, 0);
   loop_.Run();
   EXPECT_EQ(runs_, 0);
 }
 
-TEST(Timer, MayOutliveItsLoopOrHaveNone) {
-  base::Timer timer(true, true);
-  timer.Start(FROM_HERE, kPeriod, [] {});
-  EXPECT_FALSE(timer.IsRunning());
-  {
-    MessageLoop loop;
-    timer.Reset();
-    EXPECT_TRUE(timer.IsRunning());
-  }
-  EXPECT_FALSE(timer.IsRunning());
-  timer.Stop();
-}
-
-TEST(TestClock, MovesTheTimersOfOtherThreads) {
-  base::TestClock clock;
+TEST(TestClock, MovesTimersAndSleepersOfOtherThreads) {
+  auto clock = std::make_unique<base::TestClock>();
+  const base::Time start = base::Time::Now();
   std::atomic<int> runs{0};
   std::atomic<MessageLoop*> loop{nullptr};
-  TestThread thread([&] {
+  TestThread with_timer([&] {
     MessageLoop own;
     base::Timer timer(true, true);
     timer.Start(FROM_HERE, kPeriod, [&] { ++runs; });
     loop = &own;
     own.Run();
   });
-  const base::Time start = base::Time::Now();
-  for (int i = 0; i < 3; ++i) {
-    clock.WaitForSleepers(1);
-    EXPECT_EQ(runs, i);
-    clock.Advance(kPeriod);
+  TestThread asleep([&] {
+    base::PlatformThread::Sleep(kPeriod + kPeriod);
+    runs += 10;
+    // The real clock ends this one.
+    base::PlatformThread::Sleep(kInstant);
+  });
+  for (const int expected : {0, 1}) {
+    clock->WaitForSleepers(2);
+    EXPECT_EQ(runs, expected);
+    clock->Advance(kPeriod);
   }
-  clock.WaitForSleepers(1);
-  EXPECT_EQ(runs, 3);
-  EXPECT_EQ(base::Time::Now() - start, TimeDelta::FromSeconds(3 * kPeriodSeconds));
+  clock->WaitForSleepers(2);
+  EXPECT_EQ(runs, 12);
+  EXPECT_EQ(base::Time::Now() - start, kPeriod + kPeriod);
+  clock.reset();
   loop.load()->PostTask(FROM_HERE, [] { MessageLoop::current()->Quit(); });
 }
 
