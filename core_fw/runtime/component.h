@@ -24,7 +24,8 @@ class Component {
   virtual bool Start();
   // The component's name, which it keeps; "" here.
   virtual const char* GetName();
-  // Ends the component's work. True when no thread of it runs any more.
+  // Ends the component's work; true when that succeeded. A component that was never asked for an
+  // interface may keep its threads.
   virtual bool Finalize() = 0;
   // 0 here.
   virtual int QueryState();

@@ -19,7 +19,8 @@
 // that takes them from a person refuses control characters itself.
 //
 // Errors: an operation answers 1 (kAccountSuccess) or the code of the step that failed. The codes
-// that each can give are listed with it; any of them answers 19 (kAccountFailure) when memory ends.
+// that each can give are listed with it. When memory ends, one that answers a code answers 19
+// (kAccountFailure), with its outputs unspecified.
 // No exception leaves an operation. A write that fails while it runs (a full disk, a database that
 // stays locked) is not reported: the operation answers 1 and the row is as it was.
 //
@@ -90,8 +91,8 @@ class AccountManager {
  public:
   // Exchanges the authorisation code for tokens, registers the user with the User Portal and
   // stores it. Publishes kEventAccountCreateUser.
-  // 1, 3, 4, 12, 13, 15, 16; 19 when the bus gave no event (the user is stored all the same).
-  // `user_uuid` is also written when 19 is answered.
+  // 1, 3, 4, 12, 13, 15, 16; 19 when the bus gave no event. The user is stored, and `user_uuid`
+  // written, with that 19 too, and with a 3 or 4 of the list that is read afterwards.
   virtual AccountResult CreateUser(const std::string& user_id, const std::string& auth_code,
                                    std::string* user_uuid) = 0;
 
@@ -102,7 +103,8 @@ class AccountManager {
 
   // Removes `target_user_id` at the User Portal, then its row, then its friends; `user_id` is the
   // user who asks, whose token authorises it. Publishes kEventAccountRemoveUser.
-  // 1, 3, 4, 5, 16 (nothing removed here); 19 when the bus gave no event (the user is gone).
+  // 1, 3, 4, 5, 6, 16 (nothing removed here); 3 or 4 may also come after the row went, and 19 when
+  // the bus gave no event (the user is gone).
   virtual AccountResult RemoveUser(const std::string& user_id,
                                    const std::string& target_user_id) = 0;
 

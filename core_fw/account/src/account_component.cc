@@ -1,27 +1,40 @@
 #include "core_fw/account/src/account_component.h"
 
+#include <atomic>
 #include <new>
 #include <utility>
 
+#include "base/location.h"
 #include "core_fw/account/src/account_config.h"
 #include "core_fw/account/src/account_log.h"
 #include "core_fw/account/src/account_manager_impl.h"
+#include "core_fw/account/src/account_result.h"
 
 namespace account {
 namespace {
 
 Component* g_component = nullptr;
 AccountManagerImpl* g_service = nullptr;
-bool g_interface_handed_out = false;
+std::atomic<bool> g_interface_handed_out{false};
 
 // The service lives here and is never destroyed: others may hold a pointer to it until the
 // library is unmapped.
 alignas(AccountManagerImpl) unsigned char g_service_storage[sizeof(AccountManagerImpl)];
 
-AccountManagerImpl* GetService() {
-  if (g_service == nullptr) {
-    g_service = new (g_service_storage) AccountManagerImpl;
-    g_service->Init();
+// Null, logged, when memory or threads end while it is made; the next call tries again.
+AccountManagerImpl* GetService() noexcept {
+  if (g_service != nullptr) return g_service;
+  auto* service = new (g_service_storage) AccountManagerImpl;
+  try {
+    service->Init();
+    g_service = service;
+  } catch (...) {
+    service->Shutdown();
+    service->~AccountManagerImpl();
+    try {
+      LogFailure(FROM_HERE, "Init", AccountResultMessage(kAccountFailure));
+    } catch (...) {  // The line is lost too.
+    }
   }
   return g_service;
 }
@@ -49,6 +62,8 @@ Component* GetOrMakeComponent() {
 
 AccountComponent::~AccountComponent() {
   AccountComponent::Finalize();
+  // A component that the still mapped library makes after this one starts its service afresh.
+  if (g_interface_handed_out) g_service = nullptr;
   // Taken before it is destroyed, so that a destructor entered from here finds nothing to do.
   Component* named = std::exchange(g_component, nullptr);
   if (named != this) delete named;
@@ -63,7 +78,10 @@ bool AccountComponent::QueryInterface(const std::string& name, void** out) {
 }
 
 bool AccountComponent::Init(void* runtime_object) {
-  ReadLogLevel();
+  try {
+    ReadLogLevel();
+  } catch (...) {  // Memory ended; the level stays.
+  }
   runtime = runtime_object;
   GetService();
   return true;
@@ -73,7 +91,8 @@ const char* AccountComponent::GetName() { return "account"; }
 
 bool AccountComponent::Finalize() {
   if (!g_interface_handed_out) return true;
-  return GetService()->Shutdown();
+  AccountManagerImpl* service = GetService();
+  return service == nullptr || service->Shutdown();
 }
 
 }  // namespace account

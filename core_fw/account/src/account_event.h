@@ -5,6 +5,7 @@
 #include <string>
 
 #include "base/location.h"
+#include "core_fw/account/include/account_manager.h"
 
 namespace account {
 
@@ -13,6 +14,17 @@ struct EventType {
   int number;
   const char* name;
 };
+
+inline constexpr EventType kAddFriendEvent{kEventAccountAddFriend, "kEventAccountAddFriend"};
+inline constexpr EventType kCreateUserEvent{kEventAccountCreateUser, "kEventAccountCreateUser"};
+inline constexpr EventType kRemoveFriendEvent{kEventAccountRemoveFriend,
+                                              "kEventAccountRemoveFriend"};
+inline constexpr EventType kRemoveUserEvent{kEventAccountRemoveUser, "kEventAccountRemoveUser"};
+inline constexpr EventType kSetUserInformationEvent{kEventAccountSetUserInformation,
+                                                    "kEventAccountSetUserInformation"};
+inline constexpr EventType kSignInEvent{kEventAccountSignIn, "kEventAccountSignIn"};
+inline constexpr EventType kSignInAltEvent{kEventAccountSignInAlt, "kEventAccountSignInAlt"};
+inline constexpr EventType kSignOutEvent{kEventAccountSignOut, "kEventAccountSignOut"};
 
 // Publishes an event whose payload is `strings` in their order. False, with a line logged under
 // `function`, when the bus gives no event object. Success is logged by the caller, since one

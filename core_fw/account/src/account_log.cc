@@ -11,21 +11,20 @@ namespace {
 
 std::atomic<int> g_component_log_level{2};
 
-}  // namespace
+bool Admits(int severity) {
+  return logging::GetMinLogLevel() <= severity &&
+         g_component_log_level.load(std::memory_order_relaxed) <= severity;
+}
 
-int GetComponentLogLevel() { return g_component_log_level.load(std::memory_order_relaxed); }
+}  // namespace
 
 void SetComponentLogLevel(int level) {
   g_component_log_level.store(level, std::memory_order_relaxed);
 }
 
-bool LogAdmits(int severity) {
-  return logging::GetMinLogLevel() <= severity && GetComponentLogLevel() <= severity;
-}
-
 void Log(const tracked_objects::Location& from, int severity, std::string_view function,
          std::initializer_list<std::string_view> parts) {
-  if (!LogAdmits(severity)) return;
+  if (!Admits(severity)) return;
   std::string text = " #account#";
   text.append(function).append("#  ");
   for (std::string_view part : parts) text.append(part);

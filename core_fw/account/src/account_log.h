@@ -16,13 +16,9 @@ inline constexpr int kSeverityProgress = 2;
 inline constexpr int kSeverityFailure = 4;
 
 // The component's own level, 2 at load. Any thread.
-int GetComponentLogLevel();
 void SetComponentLogLevel(int level);
 
-// Whether a line of this severity is written at all.
-bool LogAdmits(int severity);
-
-// Writes one line made of `parts` if its severity is admitted.
+// Writes one line made of `parts` if both levels are at most its severity.
 void Log(const tracked_objects::Location& from, int severity, std::string_view function,
          std::initializer_list<std::string_view> parts);
 

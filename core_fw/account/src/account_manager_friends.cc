@@ -12,13 +12,6 @@
 #include "core_fw/account/src/account_result.h"
 
 namespace account {
-namespace {
-
-constexpr EventType kAddFriend{kEventAccountAddFriend, "kEventAccountAddFriend"};
-constexpr EventType kRemoveFriend{kEventAccountRemoveFriend, "kEventAccountRemoveFriend"};
-
-}  // namespace
-
 AccountResult AccountManagerImpl::GetFriendUUIDFromFriendIDAndFriendPeerID(
     const std::string& user_uuid, const std::string& friend_id, const std::string& friend_peer_id,
     std::string* friend_uuid) {
@@ -43,11 +36,11 @@ AccountResult AccountManagerImpl::AddFriendToDB(
     added.friendQorDevicePeerId = friend_peer_id;
     const AccountResult result = controller->AddFriendToStore(user_uuid, added, friend_uuid);
     if (result != kAccountSuccess) return result;
-    if (!PublishEvent(FROM_HERE, "AddFriendToDB", kAddFriend,
+    if (!PublishEvent(FROM_HERE, "AddFriendToDB", kAddFriendEvent,
                       {&user_uuid, friend_uuid, &friend_id, &friend_peer_id})) {
       return kAccountFailure;
     }
-    LogPublished(FROM_HERE, "AddFriendToDB", kAddFriend);
+    LogPublished(FROM_HERE, "AddFriendToDB", kAddFriendEvent);
     return kAccountSuccess;
   });
 }
@@ -90,7 +83,7 @@ AccountResult AccountManagerImpl::RemoveFriendFromDB(const std::string& user_uui
         controller->RemoveFriendFromStore(user_uuid, friend_id, friend_peer_id);
     if (result != kAccountSuccess) return result;
     // Deliberate: this event has no line of success.
-    return PublishEvent(FROM_HERE, "RemoveFriendFromDB", kRemoveFriend,
+    return PublishEvent(FROM_HERE, "RemoveFriendFromDB", kRemoveFriendEvent,
                         {&user_uuid, &friend_id, &friend_peer_id})
                ? kAccountSuccess
                : kAccountFailure;

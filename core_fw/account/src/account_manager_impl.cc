@@ -1,12 +1,95 @@
 #include "core_fw/account/src/account_manager_impl.h"
 
 #include <cassert>
+#include <utility>
 
+#include "base/bind.h"
 #include "base/location.h"
+#include "base/time.h"
 #include "core_fw/account/src/account_config.h"
+#include "core_fw/account/src/account_event.h"
 #include "core_fw/account/src/account_log.h"
+#include "core_fw/account/src/account_result.h"
 
 namespace account {
+
+AccountChecker::AccountChecker()
+    : controller(AccountController::GetInstance()),
+      sessionTable(SessionTable::GetInstance()),
+      timer(true, true) {}
+
+void AccountChecker::StartRepeat() {
+  try {
+    controller->InitNetworkSetting();
+  } catch (...) {  // Memory ended; the next tick tries again.
+  }
+  timer.Start(FROM_HERE, base::TimeDelta::FromMicroseconds(60000000),
+              base::Bind(&AccountChecker::AddAndCheckCount, base::Unretained(this)));
+}
+
+void AccountChecker::StopRepeat() { timer.Stop(); }
+
+void AccountChecker::AddAndCheckCount() {
+  try {
+    if (controller->GetNetworkSettingStatus() != 1) controller->InitNetworkSetting();
+    std::vector<std::string> session_ids;
+    const AccountResult result = sessionTable->GetAllSessionIds(&session_ids);
+    if (result != kAccountSuccess) {
+      Fail(result);
+      return;
+    }
+    for (const std::string& session_id : session_ids) {
+      if (!EndIfIdle(session_id)) return;
+    }
+  } catch (...) {  // Memory ended.
+    try {
+      Fail(kAccountFailure);
+    } catch (...) {  // The line is lost too.
+    }
+  }
+}
+
+bool AccountChecker::Fail(AccountResult result) {
+  LogFailure(FROM_HERE, "AddAndCheckCount", AccountResultMessage(result));
+  return false;
+}
+
+bool AccountChecker::EndIfIdle(const std::string& session_id) {
+  bool expired = false;
+  sessionTable->CountAndCheckExpiry(session_id, &expired);
+  if (!expired) return true;
+  std::string user_id;
+  AccountResult result = sessionTable->GetSessionUserId(session_id, &user_id);
+  if (result != kAccountSuccess) return Fail(result);
+  result = sessionTable->RemoveSession(session_id);
+  if (result != kAccountSuccess) return Fail(result);
+  std::string user_uuid;
+  result = controller->GetUserUUIDFromUserID(user_id, &user_uuid);
+  if (result != kAccountSuccess) return Fail(result);
+  if (!PublishEvent(FROM_HERE, "AddAndCheckCount", kSignOutEvent,
+                    {&user_uuid, &user_id, &session_id})) {
+    return false;
+  }
+  LogPublished(FROM_HERE, "AddAndCheckCount", kSignOutEvent);
+  return true;
+}
+
+AccountCheckThread::AccountCheckThread() : SimpleThread("AccountCheckThread") {}
+
+void AccountCheckThread::Run() {
+  MessageLoop loop;
+  messageLoop.store(&loop);
+  messageLoop.notify_one();
+  AccountChecker checker;
+  checker.StartRepeat();
+  MessageLoop::current()->Run();
+  checker.StopRepeat();
+}
+
+void AccountCheckThread::ExitThread(AccountCheckThread* thread) {
+  thread->messageLoop.wait(nullptr);
+  thread->messageLoop.load()->PostTask(FROM_HERE, [] { MessageLoop::current()->Quit(); });
+}
 
 AccountManagerImpl::AccountManagerImpl() = default;
 AccountManagerImpl::~AccountManagerImpl() = default;
@@ -16,8 +99,9 @@ bool AccountManagerImpl::Init() {
   useSession = !ReadConfigOption("account_use_session", &session_mode) || session_mode == "on";
   controller = AccountController::GetInstance();
   sessionTable = SessionTable::GetInstance();
-  checkThread = std::make_unique<AccountCheckThread>();
-  checkThread->Start();
+  auto thread = std::make_unique<AccountCheckThread>();
+  thread->Start();  // Kept only once it runs: Shutdown waits for it.
+  checkThread = std::move(thread);
   return true;
 }
 

@@ -1,17 +1,59 @@
 #ifndef QORN_CORE_FW_ACCOUNT_SRC_ACCOUNT_MANAGER_IMPL_H_
 #define QORN_CORE_FW_ACCOUNT_SRC_ACCOUNT_MANAGER_IMPL_H_
 
+#include <atomic>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "base/message_loop.h"
+#include "base/simple_thread.h"
+#include "base/timer.h"
 #include "core_fw/account/include/account_manager.h"
-#include "core_fw/account/src/account_checker.h"
 #include "core_fw/account/src/account_controller.h"
 #include "core_fw/account/src/account_message.h"
 #include "core_fw/account/src/session_table.h"
 
 namespace account {
+
+// Fetches the network setting and ends idle sessions, once a minute. Worker thread only.
+class AccountChecker {
+ public:
+  AccountChecker();
+  AccountChecker(const AccountChecker&) = delete;
+  AccountChecker& operator=(const AccountChecker&) = delete;
+
+  // Tries the network setting and starts the timer: the first tick comes 60 seconds later.
+  void StartRepeat();
+  // One tick. The first failure is logged and ends it; the sessions behind wait for the next.
+  void AddAndCheckCount();
+  void StopRepeat();
+
+ private:
+  // Counts the tick for one session and signs it out if that was its last. False ends the tick.
+  bool EndIfIdle(const std::string& session_id);
+  // Logs and answers false.
+  bool Fail(AccountResult result);
+
+  AccountController* controller;
+  SessionTable* sessionTable;
+  base::Timer timer;
+};
+
+// The service's worker thread: runs the checker in a message loop. Run belongs to the thread
+// itself, all else to the one that starts and ends the service.
+class AccountCheckThread : public base::SimpleThread {
+ public:
+  AccountCheckThread();
+  void Run() override;
+
+  // Makes the thread leave its loop, also when it has not made it yet. Once, between Start and
+  // Join.
+  static void ExitThread(AccountCheckThread* thread);
+
+ private:
+  std::atomic<MessageLoop*> messageLoop{nullptr};  // On the thread's own stack.
+};
 
 // The service behind the interface: traces, events and sessions around the controller's steps.
 //
@@ -107,6 +149,7 @@ class AccountManagerImpl : public AccountManager {
 
   // Two more virtual operations behind the interface's; the component shell calls them.
   // Init reads the session mode, makes controller and session table and starts the worker thread.
+  // Once, or again after Shutdown; throws when memory or threads end.
   // Shutdown waits for the worker thread, a request that it is in included, and ends the two; safe
   // at any moment after Init, and again. Both always answer true.
   virtual bool Init();

@@ -9,14 +9,6 @@
 #include "core_fw/account/src/account_records.h"
 
 namespace account {
-namespace {
-
-constexpr EventType kSignIn{kEventAccountSignIn, "kEventAccountSignIn"};
-constexpr EventType kSignInAlt{kEventAccountSignInAlt, "kEventAccountSignInAlt"};
-constexpr EventType kSignOut{kEventAccountSignOut, "kEventAccountSignOut"};
-
-}  // namespace
-
 AccountResult AccountManagerImpl::SignIn(const std::string& user_id, const std::string& auth_code,
                                          std::string* user_uuid, std::string* session_id,
                                          bool* connection_failed) {
@@ -27,11 +19,11 @@ AccountResult AccountManagerImpl::SignIn(const std::string& user_id, const std::
     if (result != kAccountSuccess) return result;
     result = sessionTable->AddSession(user_id, session_id);
     if (result != kAccountSuccess) return result;
-    if (!PublishEvent(FROM_HERE, "SignIn", kSignIn,
+    if (!PublishEvent(FROM_HERE, "SignIn", kSignInEvent,
                       {user_uuid, &user_id, &auth_code, session_id})) {
       return kAccountFailure;
     }
-    LogPublished(FROM_HERE, "SignIn", kSignIn);
+    LogPublished(FROM_HERE, "SignIn", kSignInEvent);
     return kAccountSuccess;
   });
 }
@@ -50,10 +42,10 @@ AccountResult AccountManagerImpl::SignInAlt(const std::string& user_id, const st
     }
     const AccountResult result = sessionTable->AddSession(user_id, session_id);
     if (result != kAccountSuccess) return result;
-    if (!PublishEvent(FROM_HERE, "SignInAlt", kSignInAlt, {user_uuid, &user_id, session_id})) {
+    if (!PublishEvent(FROM_HERE, "SignInAlt", kSignInAltEvent, {user_uuid, &user_id, session_id})) {
       return kAccountFailure;
     }
-    LogPublished(FROM_HERE, "SignInAlt", kSignInAlt);
+    LogPublished(FROM_HERE, "SignInAlt", kSignInAltEvent);
     return kAccountSuccess;
   });
 }
@@ -70,10 +62,10 @@ AccountResult AccountManagerImpl::SignOut(const std::string& session_id) {
     std::string user_uuid;
     result = GetUserUUIDFromUserID(user_id, &user_uuid);
     if (result != kAccountSuccess) return result;  // The session is gone all the same.
-    if (!PublishEvent(FROM_HERE, "SignOut", kSignOut, {&user_uuid, &user_id, &session_id})) {
+    if (!PublishEvent(FROM_HERE, "SignOut", kSignOutEvent, {&user_uuid, &user_id, &session_id})) {
       return kAccountFailure;
     }
-    LogPublished(FROM_HERE, "SignOut", kSignOut);
+    LogPublished(FROM_HERE, "SignOut", kSignOutEvent);
     return kAccountSuccess;
   });
 }

@@ -14,9 +14,6 @@
 namespace account {
 namespace {
 
-constexpr EventType kSetUserInformation{kEventAccountSetUserInformation,
-                                        "kEventAccountSetUserInformation"};
-
 // The field that a type code reads; null for the sign-in state and for codes that are none.
 const std::string* FieldOfType(const UserInfo& user, int type) {
   switch (type) {
@@ -158,11 +155,11 @@ AccountResult AccountManagerImpl::SetUserInfoByType(const std::string& user_uuid
     // type rewrites the row all the same. Readers of the dates expect no other form.
     result = controller->ModifyUser(user);
     if (result != kAccountSuccess) return result;
-    if (!PublishEvent(FROM_HERE, "SetUserInfoByType", kSetUserInformation,
+    if (!PublishEvent(FROM_HERE, "SetUserInfoByType", kSetUserInformationEvent,
                       {&user_uuid, &user.userId, &user.userName})) {
       return kAccountFailure;
     }
-    LogPublished(FROM_HERE, "SetUserInfoByType", kSetUserInformation);
+    LogPublished(FROM_HERE, "SetUserInfoByType", kSetUserInformationEvent);
     return kAccountSuccess;
   });
 }

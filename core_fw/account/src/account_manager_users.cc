@@ -8,23 +8,17 @@
 #include "core_fw/account/src/account_manager_impl.h"
 
 namespace account {
-namespace {
-
-constexpr EventType kCreateUser{kEventAccountCreateUser, "kEventAccountCreateUser"};
-constexpr EventType kRemoveUser{kEventAccountRemoveUser, "kEventAccountRemoveUser"};
-
-}  // namespace
-
 AccountResult AccountManagerImpl::CreateUser(const std::string& user_id,
                                              const std::string& auth_code, std::string* user_uuid) {
   assert(user_uuid != nullptr);
   return RunOperation(FROM_HERE, "CreateUser", [&]() -> AccountResult {
     const AccountResult result = controller->CreateAccount(user_id, auth_code, user_uuid);
     if (result != kAccountSuccess) return result;
-    if (!PublishEvent(FROM_HERE, "CreateUser", kCreateUser, {user_uuid, &user_id, &auth_code})) {
+    if (!PublishEvent(FROM_HERE, "CreateUser", kCreateUserEvent,
+                      {user_uuid, &user_id, &auth_code})) {
       return kAccountFailure;
     }
-    LogPublished(FROM_HERE, "CreateUser", kCreateUser);
+    LogPublished(FROM_HERE, "CreateUser", kCreateUserEvent);
     return kAccountSuccess;
   });
 }
@@ -40,11 +34,11 @@ AccountResult AccountManagerImpl::RemoveUser(const std::string& user_id,
     if (result != kAccountSuccess) return result;
     result = controller->RemoveAccount(user_id, target_user_id);
     if (result != kAccountSuccess) return result;
-    if (!PublishEvent(FROM_HERE, "RemoveUser", kRemoveUser,
+    if (!PublishEvent(FROM_HERE, "RemoveUser", kRemoveUserEvent,
                       {&target_uuid, &target_user_id, &user_id})) {
       return kAccountFailure;
     }
-    LogPublished(FROM_HERE, "RemoveUser", kRemoveUser);
+    LogPublished(FROM_HERE, "RemoveUser", kRemoveUserEvent);
     return kAccountSuccess;
   });
 }

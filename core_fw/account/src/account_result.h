@@ -10,7 +10,7 @@ namespace account {
 // that is none. The view refers to static storage.
 std::string_view AccountResultMessage(int code);
 
-// The same as a string of the caller's own.
+// The same as a string of the caller's own; the log takes the view, which costs no copy.
 std::string AccountResultToString(int code);
 
 }  // namespace account

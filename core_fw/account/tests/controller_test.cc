@@ -3,7 +3,6 @@
 
 #include "core_fw/account/src/account_controller.h"
 #include "core_fw/account/tests/test_support.h"
-#include "runtime/runtime.h"
 
 namespace account {
 
@@ -26,9 +25,7 @@ class AccountControllerPeer {
 
 namespace {
 
-using testing::Each;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 constexpr const char* kKeys[] = {
     "OAuth_AsClient_app_name",  "OAuth_AsClient_app_id",   "OAuth_AsClient_app_secret",
@@ -42,13 +39,7 @@ std::string Missing(const std::string& key) {
               "Account Component Initialization failed as there is no " + key + " in config.xml");
 }
 
-class ControllerTest : public AccountTest {
- protected:
-  void Restart() {
-    runtime::Runtime::Destroy();
-    StartRuntime();
-  }
-};
+class ControllerTest : public AccountTest {};
 
 TEST_F(ControllerTest, InitStopsAtTheFirstMissingKey) {
   for (const char* key : kKeys) config_[key] = std::string("v-") + key;
@@ -58,7 +49,7 @@ TEST_F(ControllerTest, InitStopsAtTheFirstMissingKey) {
       config_ = all;
       config_.erase(kKeys[missing]);
       if (present_but_empty) config_[kKeys[missing]] = "";
-      Restart();
+      StartRuntime();
       AccountController controller;
       EXPECT_FALSE(controller.Init());
       EXPECT_THAT(log_.Take(), ElementsAre(Missing(kKeys[missing])));
@@ -79,7 +70,7 @@ TEST_F(ControllerTest, TheNetworkSwitchIsOptionalAndExact) {
   for (const auto& c : cases) {
     config_.erase(kNetworkKey);
     if (c.value != nullptr) config_[kNetworkKey] = c.value;
-    Restart();
+    StartRuntime();
     AccountController controller;
     EXPECT_TRUE(controller.Init());
     EXPECT_EQ(AccountControllerPeer::Configuration(controller).back(),
@@ -99,7 +90,7 @@ TEST_F(ControllerTest, ASecondInitKeepsWhatIsAbsentAndForgetsTheCandidates) {
   ASSERT_EQ(AccountControllerPeer::Candidates(controller), 1u);
   config_.erase("OAuth_AsClient_app_id");
   config_["OAuth_AsClient_app_secret"] = "other";
-  Restart();
+  StartRuntime();
   EXPECT_TRUE(controller.Init());
   EXPECT_EQ(AccountControllerPeer::Candidates(controller), 0u);
   EXPECT_EQ(AccountControllerPeer::Configuration(controller)[1], "app-id");
@@ -116,80 +107,6 @@ TEST_F(ControllerTest, AFailedInitIsTolerated) {
   EXPECT_EQ(controller->SignInLocalUser("nobody", &uuid), 5);  // The store is there.
   AccountController::DestroyInstance();
   AccountController::DestroyInstance();
-}
-
-// The network setting, against a cloud.
-class NetworkSettingTest : public ServiceTest {
- protected:
-  void Open() {
-    StartRuntime();
-    controller_ = AccountController::GetInstance();
-    cloud_->AddGateway(kGatewayAddress);
-  }
-  ~NetworkSettingTest() override { AccountController::DestroyInstance(); }
-
-  std::vector<std::string> Network() {
-    std::vector<std::string> s(6);
-    EXPECT_EQ(controller_->GetNTSServerInfoAndPeerID(&s[0], &s[1], &s[2], &s[3], &s[4], &s[5]), 1);
-    return s;
-  }
-
-  AccountController* controller_ = nullptr;
-};
-
-TEST_F(NetworkSettingTest, DisabledItAsksNobody) {
-  Open();
-  controller_->InitNetworkSetting();
-  EXPECT_EQ(controller_->GetNetworkSettingStatus(), 0);
-  EXPECT_THAT(Network(), Each(""));
-  EXPECT_THAT(cloud_->requests(), IsEmpty());
-  EXPECT_THAT(log_.Take(), IsEmpty());
-}
-
-TEST_F(NetworkSettingTest, TriesUntilItHasAllAndThenNeverAgain) {
-  config_[kNetworkKey] = "on";
-  Open();
-  const std::string failure = Line(4, "InitNetworkSetting", "Failure for User Portal server");
-  devcloud::Fault fault;
-  fault.status = 500;
-  fault.path = "/device/getuserdevice";
-  cloud_->AddFault(fault);
-  controller_->InitNetworkSetting();
-  EXPECT_THAT(log_.Take(),
-              ElementsAre(Line(4, "GetPeerIDFromUserPortal",
-                               "GetPeerIDFromUserPortal Error (SendRequest response error)"),
-                          failure));
-  EXPECT_THAT(Network(), Each(""));
-
-  fault.path = "/device/getntsserverinfo";
-  cloud_->AddFault(fault);
-  controller_->InitNetworkSetting();
-  EXPECT_THAT(log_.Take(),
-              ElementsAre(Line(4, "GetNTSServerInfoFromUserPortal",
-                               "GetNTSServerInfoFromUserPortal Error (SendRequest response error)"),
-                          failure));
-  EXPECT_EQ(controller_->GetNetworkSettingStatus(), 0);
-  const std::string peer_id = cloud_->PeerId(kGatewayAddress);
-  EXPECT_THAT(Network(), ElementsAre("", "", "", "", "", peer_id));
-
-  for (int i = 0; i < 3; ++i) controller_->InitNetworkSetting();
-  EXPECT_EQ(controller_->GetNetworkSettingStatus(), 1);
-  const devcloud::NtsServers nts;
-  EXPECT_THAT(Network(), ElementsAre(nts.presence_server, nts.stun_server, nts.turn_server,
-                                     nts.connection_port, nts.domain, peer_id));
-  EXPECT_EQ(cloud_->requests().size(), 1u + 2u + 2u);
-  EXPECT_THAT(log_.Take(), IsEmpty());
-}
-
-TEST_F(NetworkSettingTest, WithoutADatabaseItSaysWhy) {
-  config_[kNetworkKey] = "on";
-  config_.erase("account_db_path");
-  Open();
-  log_.Take();
-  controller_->InitNetworkSetting();
-  EXPECT_THAT(log_.Take(),
-              ElementsAre(Line(4, "InitNetworkSetting", "Failure to connect to the account DB")));
-  EXPECT_THAT(cloud_->requests(), IsEmpty());
 }
 
 }  // namespace

@@ -17,12 +17,7 @@ using testing::StartsWith;
 
 class HttpsRequestTest : public testing::Test {
  protected:
-  HttpsRequestTest() {
-    StartTransport();
-    std::string error;
-    cloud_ = devcloud::Cloud::Start({}, &error);
-    EXPECT_NE(cloud_, nullptr) << error;
-  }
+  HttpsRequestTest() { StartTransport(); }
   ~HttpsRequestTest() override { StopTransport(); }
 
   std::string Post(const std::string& url) {
@@ -39,7 +34,7 @@ class HttpsRequestTest : public testing::Test {
   }
 
   LogCapture log_;
-  std::unique_ptr<devcloud::Cloud> cloud_;
+  const std::unique_ptr<devcloud::Cloud> cloud_ = StartCloud();
   HttpResult result_ = kHttpOtherStatus;
 };
 

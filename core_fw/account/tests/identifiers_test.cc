@@ -10,6 +10,7 @@
 #include "core_fw/account/include/account_manager.h"
 #include "core_fw/account/src/account_records.h"
 #include "core_fw/account/src/account_result.h"
+#include "core_fw/account/tests/test_support.h"
 
 namespace account {
 namespace {
@@ -69,32 +70,8 @@ TEST(Records, NameIsWhatStandsBeforeTheFirstAt) {
   EXPECT_EQ(NameFromId("ann", "Default"), "Default");
 }
 
-TEST(AccountResult, CodesAndMessagesAreFixed) {
-  const char* const messages[] = {
-      "Undefined Error code",
-      "Success",
-      "Invalid Session ID",
-      "Failure to connect to the account DB",
-      "Failure to execute DB statement",
-      "There is no user who has this user ID in the account DB",
-      "There is no user who has this user UUID in the account DB",
-      "User GUID in the account DB is different with the user GUID in the ZEP server",
-      "There is no friend who has this friend ID and is connected with this user UUID in the "
-      "account DB",
-      "There is no friend who has this friend UUID in the account DB",
-      "This friend auth code is not vaild.",
-      "There is no user in the account DB",
-      "Duplicated user ID in the account DB",
-      "Duplicated user GUID in the account DB",
-      "Duplicated friend ID in the account DB",
-      "Failure for ZEP server",
-      "Failure for User Portal server",
-      "Internal Server Error",
-      "Failure for Remote Access module",
-      "Failure for certain reason",
-      "Undefined Error code"};
-  for (int code = 0; code <= 20; ++code) EXPECT_EQ(AccountResultToString(code), messages[code]);
-  EXPECT_EQ(AccountResultToString(-1), "Undefined Error code");
+TEST(AccountResult, NumbersAndMessagesAreFixed) {
+  for (int code = -1; code <= 20; ++code) EXPECT_EQ(AccountResultToString(code), Message(code));
   const int codes[] = {kAccountSuccess,
                        kAccountInvalidSessionId,
                        kAccountDbConnectFailure,
@@ -115,6 +92,11 @@ TEST(AccountResult, CodesAndMessagesAreFixed) {
                        kAccountRemoteAccessFailure,
                        kAccountFailure};
   for (int i = 0; i < 19; ++i) EXPECT_EQ(codes[i], i + 1);
+  const int events[] = {kEventAccountAddFriend,          kEventAccountCreateUser,
+                        kEventAccountRemoveFriend,       kEventAccountRemoveUser,
+                        kEventAccountSetUserInformation, kEventAccountSignIn,
+                        kEventAccountSignInAlt,          kEventAccountSignOut};
+  EXPECT_THAT(events, testing::ElementsAre(1, 2, 3, 4, 5, 6, 7, 8));
 }
 
 }  // namespace

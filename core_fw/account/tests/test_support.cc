@@ -47,14 +47,6 @@ std::vector<std::string> LogCapture::Take() {
   return std::exchange(lines_, {});
 }
 
-std::vector<std::string> LogCapture::TakeFailures() {
-  std::vector<std::string> failures;
-  for (std::string& line : Take()) {
-    if (line[0] >= '4') failures.push_back(std::move(line));
-  }
-  return failures;
-}
-
 void LogCapture::OnLine(std::function<void(const std::string&)> action) {
   const std::lock_guard<std::mutex> guard(mutex_);
   action_ = std::move(action);
@@ -64,8 +56,34 @@ std::string Line(int severity, const std::string& function, const std::string& t
   return std::to_string(severity) + " #account#" + function + "#  " + text;
 }
 
+std::string Message(int code) {
+  static constexpr const char* kMessages[] = {
+      "Undefined Error code",
+      "Success",
+      "Invalid Session ID",
+      "Failure to connect to the account DB",
+      "Failure to execute DB statement",
+      "There is no user who has this user ID in the account DB",
+      "There is no user who has this user UUID in the account DB",
+      "User GUID in the account DB is different with the user GUID in the ZEP server",
+      "There is no friend who has this friend ID and is connected with this user UUID in the "
+      "account DB",
+      "There is no friend who has this friend UUID in the account DB",
+      "This friend auth code is not vaild.",
+      "There is no user in the account DB",
+      "Duplicated user ID in the account DB",
+      "Duplicated user GUID in the account DB",
+      "Duplicated friend ID in the account DB",
+      "Failure for ZEP server",
+      "Failure for User Portal server",
+      "Internal Server Error",
+      "Failure for Remote Access module",
+      "Failure for certain reason"};
+  return kMessages[code >= 1 && code <= 19 ? code : 0];
+}
+
 EventCapture::EventCapture() {
-  for (int type = kEventAccountAddFriend; type <= kEventAccountSignOut; ++type) {
+  for (int type = 1; type <= 8; ++type) {
     listeners_.push_back(
         evt::EventManager::GetInstance()->AddListener(type, [this](int number, const Pickle& data) {
           std::string event = std::to_string(number);
@@ -90,6 +108,13 @@ std::vector<std::string> EventCapture::Take() {
   return std::exchange(events_, {});
 }
 
+std::unique_ptr<devcloud::Cloud> StartCloud() {
+  std::string error;
+  auto cloud = devcloud::Cloud::Start({}, &error);
+  EXPECT_NE(cloud, nullptr) << error;
+  return cloud;
+}
+
 AccountTest::AccountTest()
     : config_{{"qorn_storage_path", folder_.path() + "/"},
               {"account_db_path", "account.db"},
@@ -108,10 +133,11 @@ AccountTest::AccountTest()
 
 AccountTest::~AccountTest() {
   runtime::Runtime::Destroy();
-  EXPECT_THAT(log_.TakeFailures(), testing::IsEmpty());
+  EXPECT_THAT(log_.Take(), testing::Each(testing::Lt("4")));
 }
 
 void AccountTest::StartRuntime() {
+  runtime::Runtime::Destroy();
   const std::string file = folder_.path() + "/config.xml";
   {
     std::ofstream out(file);
@@ -137,51 +163,10 @@ std::vector<std::string> AccountTest::Sql(const std::string& statement) const {
     static_cast<std::vector<std::string>*>(data)->push_back(row);
     return 0;
   };
-  EXPECT_EQ(sqlite3_exec(database, statement.c_str(), add, &rows, nullptr), SQLITE_OK);
+  EXPECT_EQ(sqlite3_exec(database, statement.c_str(), add, &rows, nullptr), SQLITE_OK)
+      << sqlite3_errmsg(database);
   sqlite3_close(database);
   return rows;
-}
-
-ServiceTest::ServiceTest() {
-  std::string error;
-  cloud_ = devcloud::Cloud::Start({}, &error);
-  EXPECT_NE(cloud_, nullptr) << error;
-  config_["account_zep_auth_url"] = cloud_->http_url();
-  config_["account_user_portal_url"] = cloud_->http_url();
-}
-
-ServiceTest::~ServiceTest() { StopService(); }
-
-void ServiceTest::StartService() {
-  StartRuntime();
-  events_ = std::make_unique<EventCapture>();
-  service_ = std::make_unique<AccountManagerImpl>();
-  ASSERT_TRUE(service_->Init());
-}
-
-void ServiceTest::StopService() {
-  if (service_ != nullptr) service_->Shutdown();
-  service_.reset();
-  events_.reset();
-}
-
-std::string ServiceTest::MakeUser(const std::string& user_id) {
-  std::string user_uuid;
-  EXPECT_EQ(service_->CreateUser(user_id, cloud_->IssueCode(user_id), &user_uuid), kAccountSuccess);
-  EXPECT_THAT(log_.TakeFailures(), testing::IsEmpty());
-  events_->Take();
-  cloud_->ClearRequests();
-  return user_uuid;
-}
-
-std::string ServiceTest::MakeSession(const std::string& user_id) {
-  std::string user_uuid;
-  std::string session_id;
-  EXPECT_EQ(service_->SignInAlt(user_id, kSystemAccountPassword, &user_uuid, &session_id),
-            kAccountSuccess);
-  EXPECT_THAT(log_.TakeFailures(), testing::IsEmpty());
-  events_->Take();
-  return session_id;
 }
 
 }  // namespace account

@@ -13,7 +13,6 @@
 #include <string>
 #include <vector>
 
-#include "core_fw/account/src/account_manager_impl.h"
 #include "devcloud/cloud.h"
 
 namespace account {
@@ -38,8 +37,6 @@ class LogCapture {
 
   // All lines so far; the capture is empty then.
   std::vector<std::string> Take();
-  // The same, failures (severity 4 and more) only.
-  std::vector<std::string> TakeFailures();
   // Runs on the thread that writes, before the line is kept.
   void OnLine(std::function<void(const std::string&)> action);
 
@@ -51,6 +48,9 @@ class LogCapture {
 
 // The account component's line: severity, function, text.
 std::string Line(int severity, const std::string& function, const std::string& text);
+
+// What the log calls a result code.
+std::string Message(int code);
 
 // Keeps every event of the bus as "NUMBER first|second|...".
 class EventCapture {
@@ -66,6 +66,8 @@ class EventCapture {
   std::vector<int> listeners_;
 };
 
+std::unique_ptr<devcloud::Cloud> StartCloud();
+
 inline constexpr char kGatewayAddress[] = "AABBCC";
 
 // A runtime without components. Error lines that a test does not take fail it.
@@ -74,6 +76,7 @@ class AccountTest : public testing::Test {
   AccountTest();
   ~AccountTest() override;
 
+  // Ends a runtime that is there.
   void StartRuntime();
   std::string database_path() const { return folder_.path() + "/account.db"; }
   // Runs SQL on the database from outside and gives the rows, columns joined by "|".
@@ -82,25 +85,6 @@ class AccountTest : public testing::Test {
   TempFolder folder_;
   LogCapture log_;
   std::map<std::string, std::string> config_;  // Keys for StartRuntime; complete from the start.
-};
-
-// A running service with a development cloud.
-class ServiceTest : public AccountTest {
- protected:
-  ServiceTest();
-  ~ServiceTest() override;
-
-  void StartService();
-  void StopService();
-
-  // Makes a user through cloud and service, drops the lines and events of it, gives its UUID.
-  std::string MakeUser(const std::string& user_id);
-  // Signs in locally, drops lines and events, gives the session ID.
-  std::string MakeSession(const std::string& user_id);
-
-  std::unique_ptr<devcloud::Cloud> cloud_;
-  std::unique_ptr<EventCapture> events_;
-  std::unique_ptr<AccountManagerImpl> service_;
 };
 
 }  // namespace account
