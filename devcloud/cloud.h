@@ -25,7 +25,8 @@ struct Options {
   NtsServers nts;
   std::chrono::seconds access_token_lifetime = std::chrono::hours(1);
   // A file that keeps accounts, tokens and registrations; empty: memory only. A file that is not
-  // there yet is made at the first change.
+  // there yet is made at the first change. When it cannot be written, IssueCode and AddGateway
+  // throw std::runtime_error and requests get status 500.
   std::string state_file;
 };
 

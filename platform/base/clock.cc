@@ -19,9 +19,14 @@ TimeDelta ReadClock() {
 
 class RealClock : public Clock {
  public:
+  explicit RealClock(TimeDelta uptime)
+      : start_uptime_(uptime), start_(ReadClock<std::chrono::steady_clock>()) {}
+
   Time Now() const override { return Time::UnixEpoch() + ReadClock<std::chrono::system_clock>(); }
 
-  TimeDelta Uptime() const override { return ReadClock<std::chrono::steady_clock>(); }
+  TimeDelta Uptime() const override {
+    return start_uptime_ + (ReadClock<std::chrono::steady_clock>() - start_);
+  }
 
   void WaitUntil(Lock& lock, ConditionVariable& changed, TimeDelta deadline) const override
       EXCLUSIVE_LOCKS_REQUIRED(lock) {
@@ -30,12 +35,15 @@ class RealClock : public Clock {
     const TimeDelta wait = std::min(deadline - Uptime(), longest);
     changed.WaitFor(lock, std::chrono::microseconds(wait.InMicroseconds()));
   }
+
+ private:
+  const TimeDelta start_uptime_;
+  const TimeDelta start_;
 };
 
 struct CurrentClock {
   Lock lock;
-  const std::shared_ptr<const Clock> real = std::make_shared<RealClock>();
-  std::shared_ptr<const Clock> clock GUARDED_BY(lock) = real;
+  std::shared_ptr<const Clock> clock GUARDED_BY(lock) = std::make_shared<RealClock>(TimeDelta());
 };
 
 CurrentClock& GetCurrentClock() {
@@ -58,7 +66,9 @@ void Clock::Replace(std::shared_ptr<const Clock> clock) {
   CurrentClock& current = GetCurrentClock();
   {
     AutoLock hold(current.lock);
-    current.clock = clock ? std::move(clock) : current.real;
+    // The uptime goes on from where it stands, so that a sleep under way keeps its length.
+    if (!clock) clock = std::make_shared<RealClock>(current.clock->Uptime());
+    current.clock = std::move(clock);
   }
   Sleeper::LookAgain();
 }

@@ -28,7 +28,8 @@ class Clock {
   // The clock in use, never null. It stays valid as long as the pointer is held, also when another
   // takes its place meanwhile.
   static std::shared_ptr<const Clock> Get();
-  // Puts `clock`, or the real one for null, in place. Threads that wait go on by the new clock.
+  // Puts `clock`, or the real one for null, in place. Threads that wait go on by the new clock, so
+  // its uptime must not lie behind that of the one before; the real one sees to it.
   static void Replace(std::shared_ptr<const Clock> clock);
 };
 

@@ -11,18 +11,21 @@
 // before the component is finalised.
 //
 // Threads: every operation may be called from any thread. Operations that use the cloud block
-// until the exchange is over: five seconds at most to connect, without a limit after that.
+// until the exchange is over: five seconds at most for each connection, without a limit after that.
+// A database that another process holds is waited for up to 5.5 seconds a statement, and other
+// callers that need the database wait behind it.
 //
 // Arguments: byte strings that hold UTF-8. Inputs come first, then outputs. An output pointer is
 // never null. Outputs are written on success only, except where an operation says otherwise;
 // lists are appended to and never cleared. Values go into cloud requests as they are: a caller
-// that takes them from a person refuses control characters itself.
+// that takes them from a person refuses control characters itself. An output is none of the inputs.
 //
 // Errors: an operation answers 1 (kAccountSuccess) or the code of the step that failed. The codes
 // that each can give are listed with it. When memory ends, one that answers a code answers 19
 // (kAccountFailure), with its outputs unspecified.
 // No exception leaves an operation. A write that fails while it runs (a full disk, a database that
-// stays locked) is not reported: the operation answers 1 and the row is as it was.
+// stays locked) is not reported: the operation answers 1 and the row is as it was. A read that
+// fails while it runs finds no row: 5, 6, 8 or 9, or 1 with a shorter list.
 //
 // Binary contract: Itanium C++ ABI, libstdc++ with the new std::string (_GLIBCXX_USE_CXX11_ABI=1),
 // built by the same major compiler as the caller. The order of the virtual operations, the result
@@ -35,7 +38,7 @@
 
 typedef int AccountResult;
 
-// Part of the binary contract; never renumber. There is no code 0.
+// Part of the binary contract; never renumber. There is no code 0; 11, 17 and 18 are reserved.
 enum : AccountResult {
   kAccountSuccess = 1,
   kAccountInvalidSessionId = 2,
@@ -91,7 +94,8 @@ class AccountManager {
  public:
   // Exchanges the authorisation code for tokens, registers the user with the User Portal and
   // stores it. Publishes kEventAccountCreateUser.
-  // 1, 3, 4, 12, 13, 15, 16; 19 when the bus gave no event. The user is stored, and `user_uuid`
+  // 1, 3, 4, 12, 13, 15, 16; 19 when the bus gave no event. The portal's registration stays with 3,
+  // 4, 12 and 13. The user is stored, and `user_uuid`
   // written, with that 19 too, and with a 3 or 4 of the list that is read afterwards.
   virtual AccountResult CreateUser(const std::string& user_id, const std::string& auth_code,
                                    std::string* user_uuid) = 0;
@@ -102,7 +106,8 @@ class AccountManager {
                                                const std::string& second) = 0;
 
   // Removes `target_user_id` at the User Portal, then its row, then its friends; `user_id` is the
-  // user who asks, whose token authorises it. Publishes kEventAccountRemoveUser.
+  // user who asks, whose token authorises it. Publishes kEventAccountRemoveUser. Sessions of the
+  // removed user stay open until they are signed out or idle.
   // 1, 3, 4, 5, 6, 16 (nothing removed here); 3 or 4 may also come after the row went, and 19 when
   // the bus gave no event (the user is gone).
   virtual AccountResult RemoveUser(const std::string& user_id,
@@ -112,11 +117,12 @@ class AccountManager {
   virtual AccountResult RemoveUserRequest(const std::string& first, const std::string& second) = 0;
   virtual AccountResult SearchUser(const std::string& first, const std::string& second) = 0;
 
-  // 1, 3, 4, 5. "qornsystem", the system account, is its own UUID and needs no database.
+  // Looks a user up. 1, 3, 4, 5. "qornsystem", the system account, is its own UUID and needs no
+  // database.
   virtual AccountResult GetUserUUIDFromUserID(const std::string& user_id,
                                               std::string* user_uuid) = 0;
 
-  // 1, 3, 4; 8 when the user has no friend with this ID and peer ID.
+  // Looks a friend up. 1, 3, 4; 8 when the user has no friend with this ID and peer ID.
   virtual AccountResult GetFriendUUIDFromFriendIDAndFriendPeerID(const std::string& user_uuid,
                                                                  const std::string& friend_id,
                                                                  const std::string& friend_peer_id,
@@ -126,7 +132,7 @@ class AccountManager {
   // kEventAccountSignIn.
   // 1, 3, 4, 5, 15; 7 when the code belongs to another account; 19 when the bus gave no event (the
   // session is open, both IDs are written). `connection_failed` is written with 15 only: true when
-  // the account server could not be reached, false when it refused.
+  // no complete answer came, false when one came that gives no tokens.
   virtual AccountResult SignIn(const std::string& user_id, const std::string& auth_code,
                                std::string* user_uuid, std::string* session_id,
                                bool* connection_failed) = 0;
@@ -147,20 +153,23 @@ class AccountManager {
   // "account_default_value" follows. 1, 3, 4.
   virtual AccountResult GetAllUsersUUID(std::vector<std::string>* user_uuids) = 0;
 
-  // 1, 3, 4, 6; 2 when a session ended while the sign-in state was read. A `type` that is none of
-  // 100 to 108 answers 1 and leaves `value` alone; that is deliberate.
+  // Reads one item of a user. 1, 3, 4, 6; 2 when a session ended while the sign-in state was read.
+  // A `type` that is none of 100 to 108 answers 1 and leaves `value` alone; that is deliberate.
   virtual AccountResult GetUserInfoByType(const std::string& user_uuid, int type,
                                           std::string* value) = 0;
 
-  // Changes the user ID (200: open sessions follow, and no other user's ID is looked at) or the
-  // user name (201). Publishes kEventAccountSetUserInformation. Any other `type` rewrites the
-  // unchanged row and publishes; that is deliberate.
+  // Changes the user ID (200: open sessions follow; two users may then share an ID, and a look-up
+  // by ID answers one of them) or the user name (201). Publishes kEventAccountSetUserInformation.
+  // Two things are deliberate: any other `type` rewrites the unchanged row and publishes; and the
+  // dates that a call does not set are stored as they are shown, after which they read as a moment
+  // in 1970.
   // 1, 3, 4, 6; 2 when a session ended meanwhile; 19 when the bus gave no event (the row is
-  // written).
+  // written). With 2, 3 and 4 the row is unchanged, while sessions may follow the new ID already.
   virtual AccountResult SetUserInfoByType(const std::string& user_uuid, int type,
                                           const std::string& value) = 0;
 
-  // 1, 3, 4, 6; 2 when a session ended meanwhile: ID, name and "Off" are then written already.
+  // Reads all of a user. 1, 3, 4, 6; 2 when a session ended meanwhile: ID, name and "Off" are then
+  // written already.
   virtual AccountResult GetUserInformation(const std::string& user_uuid, std::string* user_id,
                                            std::string* user_name, std::string* sign_in_state,
                                            std::string* user_guid, std::string* access_token,
@@ -180,7 +189,8 @@ class AccountManager {
 
   // Invites a friend: gives the friend auth code that the friend must present. It does not expire
   // before the component starts again, and works more than once.
-  // 1; 14 when the friend is stored already.
+  // 1; 14 when a friend with this ID and peer ID is stored already. A store that fails counts as
+  // "not stored", and the user UUID is not looked at.
   virtual AccountResult AddFriendCandidate(const std::string& user_uuid,
                                            const std::string& friend_id,
                                            const std::string& friend_peer_id,
@@ -189,7 +199,8 @@ class AccountManager {
   // Completes an invitation with the friend's code and an authorisation code of the friend's own
   // account, registers both at the User Portal and stores the friend under `friend_id`.
   // 1, 3, 4, 6, 14, 15, 16; 10 for an unknown friend auth code; 19 when the friend's peer ID is not
-  // the invited one, or when the bus gave no event.
+  // the invited one (nothing stored), or when the bus gave no event (stored, `friend_uuid`
+  // written). Registrations at the portal that were made by then stay.
   virtual AccountResult AddFriendRequest(const std::string& friend_id,
                                          const std::string& friend_auth_code,
                                          const std::string& oauth_auth_code,
@@ -205,7 +216,8 @@ class AccountManager {
                                            const std::string& friend_peer_id) = 0;
 
   // Removes both registrations at the User Portal, then does what RemoveFriendFromDB does.
-  // 1, 3, 4, 6, 8, 9, 16 (the friend stays), 19.
+  // 1, 3, 4, 6, 8, 9; 16 (the friend stays, though the first registration may be gone); 19 when the
+  // bus gave no event (the friend is gone).
   virtual AccountResult RemoveFriendRequest(const std::string& user_uuid,
                                             const std::string& friend_id,
                                             const std::string& friend_peer_id) = 0;
@@ -214,15 +226,16 @@ class AccountManager {
   virtual AccountResult GetAllFriendsUUID(const std::string& user_uuid,
                                           std::vector<std::string>* friend_uuids) = 0;
 
-  // 1, 3, 4, 9.
+  // Reads all of a friend. 1, 3, 4, 9.
   virtual AccountResult GetFriendInformation(const std::string& friend_uuid, std::string* friend_id,
                                              std::string* friend_name, std::string* friend_guid,
                                              std::string* friend_device_name,
                                              std::string* friend_device_physical_address_text,
                                              std::string* friend_peer_id) = 0;
 
-  // Deletes all users and friends, then drops all sessions without an event. The cloud is not told.
-  // 1; 3 or 4 with all sessions kept.
+  // Deletes all users and friends, then drops all sessions without an event. The cloud is not told,
+  // and friend auth codes that were handed out stay known.
+  // 1; 3 or 4 with all sessions kept, and with 4 what was deleted by then stays deleted.
   virtual AccountResult DoFactoryReset() = 0;
 
   // The user ID that a session belongs to. 1, 2.
@@ -251,11 +264,13 @@ class AccountManager {
                                                   std::string* connection_port, std::string* domain,
                                                   std::string* peer_id) = 0;
 
-  // Handles a JSON message of another module: "AddFriend" or "RemoveFriend".
-  // 1, 3, 4, 5, 8, 14; 19 for anything that is not such a message.
+  // Handles a JSON message of another module, "AddFriend" or "RemoveFriend", as AddFriendToDB and
+  // RemoveFriendFromDB do, with their events.
+  // 1, 3, 4, 5, 8, 14; 19 for anything that is not such a message, and when the bus gave no event.
   virtual AccountResult ParseAccountMessage(const std::string& message) = 0;
 
-  // Renews a user's tokens with the stored refresh token. 1, 19.
+  // Renews a user's tokens with the stored refresh token. 1, 19. An unknown user asks with an empty
+  // token; a store that fails is not reported.
   virtual AccountResult RefreshAccessToken(const std::string& user_id) = 0;
 
   virtual ~AccountManager() = default;

@@ -10,6 +10,7 @@
 namespace account {
 namespace {
 
+// Plain pointers: nothing of the library is destroyed behind the host's back when it ends.
 AccountDBWrapper* g_store = nullptr;
 AccountController* g_controller = nullptr;
 

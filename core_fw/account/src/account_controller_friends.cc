@@ -78,8 +78,10 @@ AccountResult AccountController::SendAddFriendMessage(
   *user_uuid = candidate.userUuid;
   *friend_peer_id = peer_id;
   // Composed and not delivered: nothing carries messages to the remote-access module yet.
+  // Until the status is 1 the worker thread may be writing this gateway's peer ID.
+  const std::string own_peer_id = GetNetworkSettingStatus() == 1 ? peer_id_ : std::string();
   ComposeAddFriendMessage({candidate.friendId, user.userId, user.userGuid, device_name_,
-                           device_physical_address_text_, peer_id_});
+                           device_physical_address_text_, own_peer_id});
   return kAccountSuccess;
 }
 

@@ -64,7 +64,7 @@ class AccountDBWrapper {
  private:
   using Values = std::initializer_list<const std::string*>;
 
-  // Prepares and binds. 1, or 3 or 4 with the failure logged under `function`.
+  // Prepares and binds. 1, 3, or 4 with the failure logged under `function`.
   AccountResult Prepare(const char* function, const char* sql, Values values,
                         sql::Statement* statement) EXCLUSIVE_LOCKS_REQUIRED(lock_);
   AccountResult Write(const char* function, const char* sql, Values values)

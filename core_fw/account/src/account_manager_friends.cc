@@ -12,6 +12,7 @@
 #include "core_fw/account/src/account_result.h"
 
 namespace account {
+
 AccountResult AccountManagerImpl::GetFriendUUIDFromFriendIDAndFriendPeerID(
     const std::string& user_uuid, const std::string& friend_id, const std::string& friend_peer_id,
     std::string* friend_uuid) {
@@ -136,11 +137,11 @@ AccountResult AccountManagerImpl::ParseAccountMessage(const std::string& message
     FriendMessage read;
     const MessageKind kind = ParseFriendMessage(message, &read);
     result = HandleFriendMessage(kind, read);
-    // Deliberate: a well-formed message with a request that is not known is no failure of ours.
+    // Deliberate: a request that is not known answers 19, but its line is one of progress.
     if (kind == MessageKind::kUnknownRequest || result == kAccountSuccess) {
       severity = kSeverityProgress;
     }
-  } catch (...) {
+  } catch (...) {  // Memory ended.
     result = kAccountFailure;
   }
   try {  // One line, none on entry.

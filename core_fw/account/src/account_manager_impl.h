@@ -156,9 +156,11 @@ class AccountManagerImpl : public AccountManager {
   virtual bool Shutdown();
 
  private:
-  // "On" while a session belongs to the user ID, else "Off".
+  // "On" while a session belongs to the user ID, else "Off". 2, output untouched, when a session
+  // ends meanwhile.
   AccountResult ReadSignInState(const std::string& user_id, std::string* state);
-  // Makes the sessions of one user ID belong to another.
+  // Makes the sessions of one user ID belong to another. 2 when a session ends meanwhile; those
+  // already moved stay.
   AccountResult RepointSessions(const std::string& user_id, const std::string& new_user_id);
   AccountResult HandleFriendMessage(MessageKind kind, const FriendMessage& message);
 

@@ -9,6 +9,7 @@
 #include "core_fw/account/src/account_records.h"
 
 namespace account {
+
 AccountResult AccountManagerImpl::SignIn(const std::string& user_id, const std::string& auth_code,
                                          std::string* user_uuid, std::string* session_id,
                                          bool* connection_failed) {

@@ -56,16 +56,17 @@ AccountResult AccountManagerImpl::GetAllUsersUUID(std::vector<std::string>* user
 }
 
 AccountResult AccountManagerImpl::ReadSignInState(const std::string& user_id, std::string* state) {
-  *state = "Off";
   std::vector<std::string> session_ids;
   AccountResult result = sessionTable->GetAllSessionIds(&session_ids);
   if (result != kAccountSuccess) return result;
+  bool signed_in = false;
   for (const std::string& session_id : session_ids) {
     std::string session_user;
     result = sessionTable->GetSessionUserId(session_id, &session_user);
     if (result != kAccountSuccess) return result;
-    if (session_user == user_id) *state = "On";
+    if (session_user == user_id) signed_in = true;
   }
+  *state = signed_in ? "On" : "Off";
   return kAccountSuccess;
 }
 
@@ -76,13 +77,7 @@ AccountResult AccountManagerImpl::GetUserInfoByType(const std::string& user_uuid
     UserInfo user;
     const AccountResult result = controller->GetUserInfo(user_uuid, &user);
     if (result != kAccountSuccess) return result;
-    if (type == kUserInfoGetSignInState) {
-      std::string state;
-      const AccountResult read = ReadSignInState(user.userId, &state);
-      if (read != kAccountSuccess) return read;
-      *value = state;
-      return kAccountSuccess;
-    }
+    if (type == kUserInfoGetSignInState) return ReadSignInState(user.userId, value);
     // Deliberate: a type that is none succeeds and leaves the output alone.
     const std::string* field = FieldOfType(user, type);
     if (field != nullptr) *value = *field;
@@ -101,15 +96,13 @@ AccountResult AccountManagerImpl::GetUserInformation(
   assert(last_info_changed_date != nullptr);
   return RunOperation(FROM_HERE, "GetUserInformation", [&]() -> AccountResult {
     UserInfo user;
-    const AccountResult result = controller->GetUserInfo(user_uuid, &user);
+    AccountResult result = controller->GetUserInfo(user_uuid, &user);
     if (result != kAccountSuccess) return result;
     *user_id = user.userId;
     *user_name = user.userName;
     *sign_in_state = "Off";  // Stays so when a session ends while the state is read.
-    std::string state;
-    const AccountResult read = ReadSignInState(user.userId, &state);
-    if (read != kAccountSuccess) return read;
-    *sign_in_state = state;
+    result = ReadSignInState(user.userId, sign_in_state);
+    if (result != kAccountSuccess) return result;
     *user_guid = user.userGuid;
     *access_token = user.accessToken;
     *refresh_token = user.refreshToken;
@@ -151,8 +144,8 @@ AccountResult AccountManagerImpl::SetUserInfoByType(const std::string& user_uuid
       user.userName = value;
       user.lastInfoChangedDate = CurrentTimestamp();
     }
-    // Deliberate: the other dates go back in the form in which they are handed out, and any other
-    // type rewrites the row all the same. Readers of the dates expect no other form.
+    // Deliberate: the other dates go back in the form in which they are handed out, and then read
+    // as a moment in 1970; any other type rewrites the row all the same.
     result = controller->ModifyUser(user);
     if (result != kAccountSuccess) return result;
     if (!PublishEvent(FROM_HERE, "SetUserInfoByType", kSetUserInformationEvent,

@@ -8,6 +8,7 @@
 #include "core_fw/account/src/account_manager_impl.h"
 
 namespace account {
+
 AccountResult AccountManagerImpl::CreateUser(const std::string& user_id,
                                              const std::string& auth_code, std::string* user_uuid) {
   assert(user_uuid != nullptr);

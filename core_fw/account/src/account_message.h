@@ -6,7 +6,7 @@
 
 namespace account {
 
-// The parameters of a message. "RemoveFriend" has user_id, friend_id and peer_id alone.
+// The parameters of a message. "RemoveFriend" has user_id, friend_id and device_peer_id alone.
 struct FriendMessage {
   std::string user_id;
   std::string friend_id;
@@ -27,8 +27,8 @@ enum class MessageKind {
 // array, of which the first element counts.
 MessageKind ParseFriendMessage(const std::string& text, FriendMessage* message);
 
-// Compose outgoing texts. Their "param_list" is deliberately an object: that is what the
-// remote-access module takes, though it sends an array.
+// Compose outgoing texts. Their "param_list" is deliberately an object, while an incoming one is an
+// array.
 std::string ComposeAddFriendMessage(const FriendMessage& message);
 std::string ComposeRemoveFriendMessage(const FriendMessage& message);
 

@@ -8,6 +8,7 @@
 namespace account {
 namespace {
 
+// A plain pointer: nothing of the library is destroyed behind the host's back when it ends.
 SessionTable* g_session_table = nullptr;
 
 }  // namespace

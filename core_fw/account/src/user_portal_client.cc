@@ -2,6 +2,8 @@
 
 #include <tinyxml.h>
 
+#include <cstring>
+
 #include "base/location.h"
 #include "core_fw/account/src/account_log.h"
 #include "core_fw/account/src/identifiers.h"
@@ -46,9 +48,12 @@ const char* ParseAnswer(HttpResult http_result, const std::string& response,
   if (response.empty()) return "response empty";
   const std::size_t start = response.find(kXmlStart);
   if (start == std::string::npos) return "output_xml empty";
-  const std::string xml = response.substr(start);
+  std::string xml = response.substr(start);
+  xml.resize(std::strlen(xml.c_str()));  // The XML library stops at a zero byte.
   // A document that breaks off counts as far as it was parsed; one nested too deep is left empty.
   if (!XmlNestsDeeperThan(xml, kDeepestAnswer)) {
+    // The library steps over up to three bytes behind a UTF-8 lead byte that ends the text.
+    xml.append(3, '\0');
     document->Parse(xml.c_str(), nullptr, TIXML_DEFAULT_ENCODING);
   }
   return nullptr;

@@ -50,8 +50,8 @@ std::string MakeDeleteUserBody(const std::string& user_guid,
 std::string MakeGetDeviceBody(const std::string& user_guid, const std::string& device_type_code);
 std::string MakeGetNtsBody(const std::string& user_guid, const std::string& server_type);
 
-// Read an answer, header blocks included. False, with one line logged under `operation`, when it
-// is not what the request needs.
+// Read an answer, header blocks included. Any thread, each with outputs of its own. False, with one
+// line logged under `operation`, when it is not what the request needs.
 bool ReadResultAnswer(const char* operation, HttpResult http_result, const std::string& response);
 // The first peer ID that holds `physical_address_text`; without one, an ID that `peer_id` already
 // holds is deliberately good enough.

@@ -6,9 +6,9 @@
 namespace account {
 
 // Whether parsing `xml` could nest elements deeper than `limit`. Never false for a text that does;
-// true also for one with over `limit` elements whose markup cannot be followed with certainty (a
-// second declaration, or one that is not plain). The XML library recurses once a level and has no
-// limit of its own.
+// true also for one with over `limit` elements whose markup cannot be followed with certainty: a
+// declaration that is not plain, a character reference without its end, bytes that are no UTF-8.
+// The XML library recurses once a level and has no limit of its own. Any thread.
 bool XmlNestsDeeperThan(std::string_view xml, int limit);
 
 }  // namespace account

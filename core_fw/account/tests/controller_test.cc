@@ -39,7 +39,7 @@ std::string Missing(const std::string& key) {
               "Account Component Initialization failed as there is no " + key + " in config.xml");
 }
 
-class ControllerTest : public AccountTest {};
+using ControllerTest = AccountTest;
 
 TEST_F(ControllerTest, InitStopsAtTheFirstMissingKey) {
   for (const char* key : kKeys) config_[key] = std::string("v-") + key;
@@ -62,22 +62,17 @@ TEST_F(ControllerTest, InitStopsAtTheFirstMissingKey) {
 }
 
 TEST_F(ControllerTest, TheNetworkSwitchIsOptionalAndExact) {
-  const struct {
-    const char* value;
-    bool enabled;
-  } cases[] = {{"on", true}, {"On", false},  {"ON", false},    {"yes", false},
-               {"1", false}, {"off", false}, {nullptr, false}, {"", false}};
-  for (const auto& c : cases) {
-    config_.erase(kNetworkKey);
-    if (c.value != nullptr) config_[kNetworkKey] = c.value;
+  for (const std::string value : {"on", "On", "ON", "yes", "1", "off", "", "absent"}) {
+    config_[kNetworkKey] = value;
+    if (value == "absent") config_.erase(kNetworkKey);
     StartRuntime();
     AccountController controller;
     EXPECT_TRUE(controller.Init());
     EXPECT_EQ(AccountControllerPeer::Configuration(controller).back(),
-              c.enabled ? "enabled" : "disabled");
-    const bool empty = c.value == nullptr || *c.value == '\0';
-    EXPECT_EQ(log_.Take(),
-              empty ? std::vector<std::string>{Missing(kNetworkKey)} : std::vector<std::string>{});
+              value == "on" ? "enabled" : "disabled");
+    std::vector<std::string> lines;
+    if (value.empty() || value == "absent") lines = {Missing(kNetworkKey)};
+    EXPECT_EQ(log_.Take(), lines);
   }
 }
 

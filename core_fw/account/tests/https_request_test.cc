@@ -15,7 +15,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-class HttpsRequestTest : public testing::Test {
+class HttpsRequestTest : public AccountTest {
  protected:
   HttpsRequestTest() { StartTransport(); }
   ~HttpsRequestTest() override { StopTransport(); }
@@ -23,6 +23,14 @@ class HttpsRequestTest : public testing::Test {
   std::string Post(const std::string& url) {
     result_ = kHttpOtherStatus;
     return SendRequest({"Accept: application/json"}, url, 1, "body=1", &result_);
+  }
+  std::string PostToServer(const std::string& query = "") {
+    return Post(cloud_->http_url() + "/token" + query);
+  }
+  // Where the cloud answers so, once.
+  std::string PostAndMeet(const Fault& fault) {
+    cloud_->AddFault(fault);
+    return PostToServer();
   }
 
   // The two lines of a failed transfer.
@@ -33,8 +41,6 @@ class HttpsRequestTest : public testing::Test {
                             StartsWith(Line(4, "SendRequest", "error buffer = "))));
   }
 
-  LogCapture log_;
-  const std::unique_ptr<devcloud::Cloud> cloud_ = StartCloud();
   HttpResult result_ = kHttpOtherStatus;
 };
 
@@ -46,16 +52,13 @@ TEST_F(HttpsRequestTest, ClassifiesTheStatusAndReturnsTheWholeAnswer) {
                {400, kHttpBadRequest}, {401, kHttpOtherStatus}, {403, kHttpForbidden},
                {404, kHttpNotFound},   {500, kHttpOtherStatus}, {503, kHttpOtherStatus}};
   for (const auto& c : cases) {
-    Fault fault;
-    fault.status = c.status;
-    fault.body = c.status == 204 ? "" : "the body";
-    fault.header_lines = {"X-Mark: here"};
-    cloud_->AddFault(fault);
-    const std::string response = Post(cloud_->http_url() + "/token");
+    const std::string body = c.status == 204 ? "" : "the body";
+    const std::string response =
+        PostAndMeet({.status = c.status, .body = body, .header_lines = {"X-Mark: here"}});
     EXPECT_EQ(result_, c.result) << c.status;
     EXPECT_THAT(response, StartsWith("HTTP/1.1 " + std::to_string(c.status)));
     EXPECT_THAT(response, HasSubstr("\r\nX-Mark: here\r\n"));
-    EXPECT_THAT(response, HasSubstr("\r\n\r\n" + fault.body));
+    EXPECT_THAT(response, HasSubstr("\r\n\r\n" + body));
   }
   EXPECT_THAT(log_.Take(), IsEmpty());
 }
@@ -66,12 +69,9 @@ TEST_F(HttpsRequestTest, ChecksNoCertificateWhereTheUrlHoldsHttps) {
   EXPECT_TRUE(cloud_->requests().at(0).tls);
   // Through a redirect from a plain URL the certificate is checked, unless "https" stands anywhere.
   for (const bool marked : {false, true}) {
-    Fault fault;
-    fault.kind = Fault::Kind::kRedirect;
-    fault.status = 307;
-    fault.location = cloud_->https_url() + "/token";
-    cloud_->AddFault(fault);
-    Post(cloud_->http_url() + "/token" + (marked ? "?https" : ""));
+    const std::string location = cloud_->https_url() + "/token";
+    cloud_->AddFault({.kind = Fault::Kind::kRedirect, .status = 307, .location = location});
+    PostToServer(marked ? "?https" : "");
     if (marked) {
       EXPECT_EQ(result_, kHttpBadRequest);
     } else {
@@ -81,57 +81,35 @@ TEST_F(HttpsRequestTest, ChecksNoCertificateWhereTheUrlHoldsHttps) {
 }
 
 TEST_F(HttpsRequestTest, FollowsRedirectsAndKeepsEveryHeaderBlock) {
-  const struct {
-    int status;
-    const char* body;  // What still goes to the last server.
-  } cases[] = {{302, ""}, {307, "body=1"}};
-  for (const auto& c : cases) {
+  for (const int status : {302, 307}) {
     cloud_->ClearRequests();
-    Fault fault;
-    fault.kind = Fault::Kind::kRedirect;
-    fault.status = c.status;
-    fault.times = 3;
-    cloud_->AddFault(fault);
-    const std::string response = Post(cloud_->http_url() + "/token");
+    const std::string response =
+        PostAndMeet({.times = 3, .kind = Fault::Kind::kRedirect, .status = status});
     EXPECT_EQ(result_, kHttpBadRequest);
-    const std::string status = "HTTP/1.1 " + std::to_string(c.status);
-    EXPECT_THAT(response, StartsWith(status));
+    EXPECT_THAT(response, StartsWith("HTTP/1.1 " + std::to_string(status)));
     EXPECT_THAT(response, HasSubstr("HTTP/1.1 400"));
     ASSERT_EQ(cloud_->requests().size(), 4u);
     EXPECT_EQ(cloud_->requests()[3].method, "POST");
-    EXPECT_EQ(cloud_->requests()[3].body, c.body);
+    EXPECT_EQ(cloud_->requests()[3].body, status == 307 ? "body=1" : "");
   }
 }
 
 TEST_F(HttpsRequestTest, FailedTransfersAreTransportErrors) {
-  const std::string url = cloud_->http_url() + "/token";
-  Fault fault;
-  fault.kind = Fault::Kind::kResetAfter;
-  fault.bytes = 20;
-  cloud_->AddFault(fault);
-  EXPECT_EQ(Post(url), "");
+  EXPECT_EQ(PostAndMeet({.kind = Fault::Kind::kResetAfter, .bytes = 20}), "");
   ExpectTransportError(CURLE_RECV_ERROR);
-
-  fault.kind = Fault::Kind::kRaw;
-  fault.body = "HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nhalf";
-  cloud_->AddFault(fault);
-  EXPECT_EQ(Post(url), "");
+  const std::string half = "HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nhalf";
+  EXPECT_EQ(PostAndMeet({.kind = Fault::Kind::kRaw, .body = half}), "");
   ExpectTransportError(CURLE_PARTIAL_FILE);
-
   EXPECT_EQ(Post(""), "");
   ExpectTransportError(CURLE_URL_MALFORMAT);
-
   cloud_->RefuseConnections(true);
-  EXPECT_EQ(Post(url), "");
+  EXPECT_EQ(PostToServer(), "");
   ExpectTransportError(CURLE_COULDNT_CONNECT);
 }
 
 TEST_F(HttpsRequestTest, BareLineFeedsReachTheCaller) {
-  Fault fault;
-  fault.kind = Fault::Kind::kRaw;
-  fault.body = "HTTP/1.1 200 OK\n\n{}";
-  cloud_->AddFault(fault);
-  EXPECT_EQ(Post(cloud_->http_url() + "/token"), "HTTP/1.1 200 OK\n\n{}");
+  const std::string answer = "HTTP/1.1 200 OK\n\n{}";
+  EXPECT_EQ(PostAndMeet({.kind = Fault::Kind::kRaw, .body = answer}), answer);
   EXPECT_EQ(result_, kHttpOk);
 }
 

@@ -1,28 +1,23 @@
 // The built library, loaded as the runtime loads it: exports, table of operations, life cycle.
 #include <dlfcn.h>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <array>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <memory>
-#include <mutex>
 #include <utility>
 
 #include "base/logging.h"
 #include "core_fw/account/include/account_manager.h"
+#include "core_fw/account/tests/test_support.h"
 #include "core_fw/runtime/component.h"
 #include "runtime/runtime.h"
 
+namespace account {
 namespace {
 
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::Not;
 
 std::string LibraryPath() {
@@ -35,35 +30,12 @@ std::string Maps() {
   return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
-class LibraryTest : public testing::Test {
+class LibraryTest : public AccountTest {
  protected:
-  LibraryTest() {
-    std::string name =
-        std::string(std::filesystem::is_directory("/dev/shm") ? "/dev/shm" : "/tmp") +
-        "/qorn-library-XXXXXX";
-    if (mkdtemp(name.data()) == nullptr) std::abort();
-    folder_ = name;
-    logging::SetLogMessageHandler(
-        [this](int severity, const char* file, int, size_t start, const std::string& text) {
-          const std::lock_guard<std::mutex> guard(mutex_);
-          lines_.push_back(std::to_string(severity) + " " + file + text.substr(start));
-          return true;
-        });
-  }
   ~LibraryTest() override {
     if (component_ != nullptr) Unload();
     runtime::Runtime::Destroy();
-    logging::SetLogMessageHandler(nullptr);
-    std::filesystem::remove_all(folder_);
-  }
-
-  void StartRuntime(const std::string& more_keys = "") {
-    const std::string file = folder_ + "/config.xml";
-    std::ofstream(file) << "<config><qorn_storage_path>" << folder_
-                        << "/</qorn_storage_path><account_db_path>a.db</account_db_path>"
-                        << more_keys << "</config>";
-    std::string error;
-    ASSERT_NE(runtime::Runtime::Create(file, &error), nullptr) << error;
+    log_.Take();
   }
 
   // The component as the runtime gets it.
@@ -72,36 +44,47 @@ class LibraryTest : public testing::Test {
     EXPECT_NE(handle_, nullptr) << dlerror();
     get_component_ = reinterpret_cast<Component* (*)()>(dlsym(handle_, "GetComponent"));
     EXPECT_NE(get_component_, nullptr);
-    component_ = get_component_();
-    return component_;
+    return component_ = get_component_();
+  }
+
+  // The service, asked for as others do.
+  AccountManager* Ask() {
+    void* found = nullptr;
+    EXPECT_TRUE(component_->QueryInterface("account_interface", &found));
+    return static_cast<AccountManager*>(found);
   }
 
   // Ends worker and component, as a runtime does that handed the interface out, and unmaps.
   void Unload() {
-    void* found = nullptr;
-    component_->QueryInterface("account_interface", &found);
+    Ask();
     delete std::exchange(component_, nullptr);
     EXPECT_EQ(dlclose(handle_), 0);
   }
 
-  // The lines whose text holds `part`.
+  // The lines that hold `part`.
   std::vector<std::string> Lines(const std::string& part) {
-    const std::lock_guard<std::mutex> guard(mutex_);
     std::vector<std::string> found;
-    for (const std::string& line : std::exchange(lines_, {})) {
+    for (const std::string& line : log_.Take()) {
       if (line.find(part) != std::string::npos) found.push_back(line);
     }
     return found;
   }
 
-  std::string folder_;
+  // Whether the place of the table holds the operation of that name.
+  template <typename... Parameters>
+  void CheckSlot(std::size_t slot, const std::string& name,
+                 AccountResult (AccountManager::*operation)(Parameters...));
+  template <typename... Operations>
+  void CheckSlots(const std::pair<const char*, Operations>&... operations) {
+    std::size_t slot = 0;
+    (CheckSlot(slot++, operations.first, operations.second), ...);
+  }
+
   Component* (*get_component_)() = nullptr;
 
  private:
   void* handle_ = nullptr;
   Component* component_ = nullptr;
-  std::mutex mutex_;
-  std::vector<std::string> lines_;
 };
 
 TEST_F(LibraryTest, ExportsGetComponentAlone) {
@@ -113,80 +96,62 @@ TEST_F(LibraryTest, ExportsGetComponentAlone) {
   EXPECT_THAT(symbols, ElementsAre("GetComponent\n"));
 }
 
-using S = const std::string&;
-using O = std::string*;
-using L = std::vector<std::string>*;
+// Something to pass for a parameter: "x", 100, or a place that outlives the call.
+template <typename Parameter>
+Parameter Argument() {
+  static std::remove_cvref_t<std::remove_pointer_t<Parameter>> value{};
+  if constexpr (std::is_pointer_v<Parameter>) {
+    return &value;
+  } else {
+    if constexpr (std::is_same_v<Parameter, int>) value = 100;
+    if constexpr (std::is_same_v<Parameter, const std::string&>) value = "x";
+    return value;
+  }
+}
 
-// Calls what stands at a place of the object's table, not what the compiler believes to be there.
-template <typename... Args>
-int CallSlot(AccountManager* service, std::size_t slot, Args... args) {
+// Calls what stands in the object's table, not what the compiler believes to be there.
+template <typename... Parameters>
+void LibraryTest::CheckSlot(std::size_t slot, const std::string& name,
+                            AccountResult (AccountManager::* /*operation*/)(Parameters...)) {
+  AccountManager* const service = Ask();
   void* const* const table = *reinterpret_cast<void***>(service);
-  auto* const function = reinterpret_cast<int (*)(AccountManager*, Args...)>(table[slot]);
-  return function(service, args...);
+  auto* const call = reinterpret_cast<int (*)(AccountManager*, Parameters...)>(table[slot]);
+  log_.Take();
+  const int result = call(service, Argument<Parameters>()...);
+  const std::vector<std::string> lines = log_.Take();
+  ASSERT_FALSE(lines.empty()) << slot << " " << name;
+  EXPECT_THAT(lines.front(), HasSubstr("#" + name + "#  ")) << slot;
+  EXPECT_TRUE(name == "GetNetworkSettingStatus" ? result == 0 : result >= 1 && result <= 19)
+      << name << " " << result;
 }
 
 TEST_F(LibraryTest, OperationsStandAtTheirPlaces) {
   StartRuntime();
   Component* component = Load();
   ASSERT_TRUE(component->Init(runtime::Runtime::GetInstance()));
-  void* found = nullptr;
-  ASSERT_TRUE(component->QueryInterface("account_interface", &found));
-  auto* const service = static_cast<AccountManager*>(found);
-  const std::string s = "x";
-  std::string o;
-  std::vector<std::string> l;
-  bool flag = false;
-  int number = 0;
-  const auto slot = [&](std::size_t index, const std::string& name, int result) {
-    EXPECT_THAT(Lines("#" + name + "#  " + name), Not(IsEmpty())) << index << " " << name;
-    EXPECT_TRUE(result >= 1 && result <= 19) << name << " " << result;
-  };
-  Lines("");
-  slot(0, "CreateUser", CallSlot<S, S, O>(service, 0, s, s, &o));
-  slot(1, "CreateUserRequest", CallSlot<S, S>(service, 1, s, s));
-  slot(2, "GetUserCreationRequest", CallSlot<S, S>(service, 2, s, s));
-  slot(3, "RemoveUser", CallSlot<S, S>(service, 3, s, s));
-  slot(4, "RemoveUserRequest", CallSlot<S, S>(service, 4, s, s));
-  slot(5, "SearchUser", CallSlot<S, S>(service, 5, s, s));
-  slot(6, "GetUserUUIDFromUserID", CallSlot<S, O>(service, 6, s, &o));
-  slot(7, "GetFriendUUIDFromFriendIDAndFriendPeerID",
-       CallSlot<S, S, S, O>(service, 7, s, s, s, &o));
-  slot(8, "SignIn", CallSlot<S, S, O, O, bool*>(service, 8, s, s, &o, &o, &flag));
-  slot(9, "SignInAlt", CallSlot<S, S, O, O>(service, 9, s, s, &o, &o));
-  slot(10, "SignOut", CallSlot<S>(service, 10, s));
-  slot(11, "GetAllUsersUUID", CallSlot<L>(service, 11, &l));
-  slot(12, "GetUserInfoByType", CallSlot<S, int, O>(service, 12, s, 100, &o));
-  slot(13, "SetUserInfoByType", CallSlot<S, int, S>(service, 13, s, 201, s));
-  slot(14, "GetUserInformation",
-       CallSlot<S, O, O, O, O, O, O, O, O, O>(service, 14, s, &o, &o, &o, &o, &o, &o, &o, &o, &o));
-  slot(15, "AddFriendToDB", CallSlot<S, S, S, S, S, S, O>(service, 15, s, s, s, s, s, s, &o));
-  slot(16, "AddFriendCandidate", CallSlot<S, S, S, O>(service, 16, s, s, s, &o));
-  slot(17, "AddFriendRequest", CallSlot<S, S, S, S, S, S, O>(service, 17, s, s, s, s, s, s, &o));
-  slot(18, "RemoveFriendFromDB", CallSlot<S, S, S>(service, 18, s, s, s));
-  slot(19, "RemoveFriendRequest", CallSlot<S, S, S>(service, 19, s, s, s));
-  slot(20, "GetAllFriendsUUID", CallSlot<S, L>(service, 20, s, &l));
-  slot(21, "GetFriendInformation",
-       CallSlot<S, O, O, O, O, O, O>(service, 21, s, &o, &o, &o, &o, &o, &o));
-  slot(22, "DoFactoryReset", CallSlot<>(service, 22));
-  slot(23, "GetSessionInfo", CallSlot<S, O>(service, 23, s, &o));
-  slot(24, "CheckSessionValidation", CallSlot<S>(service, 24, s));
-  slot(25, "ResetCountForSessionMaintenance", CallSlot<S>(service, 25, s));
-  slot(26, "GetSessionLifetime", CallSlot<int*>(service, 26, &number));
-  slot(27, "SetSessionLifetime", CallSlot<int>(service, 27, 30));
-  EXPECT_EQ(CallSlot<>(service, 28), 0);
-  EXPECT_THAT(Lines("#GetNetworkSettingStatus#"), Not(IsEmpty()));
-  slot(29, "GetNTSServerInfoAndPeerID",
-       CallSlot<O, O, O, O, O, O>(service, 29, &o, &o, &o, &o, &o, &o));
-  EXPECT_EQ(CallSlot<S>(service, 30, s), 19);
-  EXPECT_THAT(Lines("#ParseAccountMessage#  Failure"), Not(IsEmpty()));
-  slot(31, "RefreshAccessToken", CallSlot<S>(service, 31, s));
+#define OPERATION(name) std::pair(#name, &AccountManager::name)
+  CheckSlots(OPERATION(CreateUser), OPERATION(CreateUserRequest), OPERATION(GetUserCreationRequest),
+             OPERATION(RemoveUser), OPERATION(RemoveUserRequest), OPERATION(SearchUser),
+             OPERATION(GetUserUUIDFromUserID), OPERATION(GetFriendUUIDFromFriendIDAndFriendPeerID),
+             OPERATION(SignIn), OPERATION(SignInAlt), OPERATION(SignOut),
+             OPERATION(GetAllUsersUUID), OPERATION(GetUserInfoByType), OPERATION(SetUserInfoByType),
+             OPERATION(GetUserInformation), OPERATION(AddFriendToDB), OPERATION(AddFriendCandidate),
+             OPERATION(AddFriendRequest), OPERATION(RemoveFriendFromDB),
+             OPERATION(RemoveFriendRequest), OPERATION(GetAllFriendsUUID),
+             OPERATION(GetFriendInformation), OPERATION(DoFactoryReset), OPERATION(GetSessionInfo),
+             OPERATION(CheckSessionValidation), OPERATION(ResetCountForSessionMaintenance),
+             OPERATION(GetSessionLifetime), OPERATION(SetSessionLifetime),
+             OPERATION(GetNetworkSettingStatus), OPERATION(GetNTSServerInfoAndPeerID),
+             OPERATION(ParseAccountMessage), OPERATION(RefreshAccessToken));
+#undef OPERATION
   // Two places belong to the destructor; the shell's two operations follow.
+  AccountManager* const service = Ask();
   auto* const table = *reinterpret_cast<void***>(service);
-  auto* const shutdown = reinterpret_cast<bool (*)(AccountManager*)>(table[35]);
-  auto* const init = reinterpret_cast<bool (*)(AccountManager*)>(table[34]);
-  EXPECT_TRUE(shutdown(service));
-  EXPECT_TRUE(init(service));
-  EXPECT_EQ(service->GetSessionLifetime(&number), 1);
+  EXPECT_TRUE(reinterpret_cast<bool (*)(AccountManager*)>(table[35])(service));  // Shutdown
+  EXPECT_TRUE(reinterpret_cast<bool (*)(AccountManager*)>(table[34])(service));  // Init
+  int lifetime = 0;
+  EXPECT_EQ(service->GetSessionLifetime(&lifetime), 1);
+  EXPECT_EQ(lifetime, 30);
   EXPECT_TRUE(component->Finalize());
 }
 
@@ -204,14 +169,11 @@ TEST_F(LibraryTest, OneComponentAndOneService) {
     EXPECT_FALSE(component->QueryInterface(name, &out));
     EXPECT_EQ(out, &marker);
   }
-  void* again = nullptr;
-  EXPECT_TRUE(component->QueryInterface("account_interface", &out));
-  EXPECT_TRUE(component->QueryInterface("account_interface", &again));
-  EXPECT_EQ(out, again);
+  const AccountManager* service = Ask();
+  EXPECT_EQ(Ask(), service);
   EXPECT_TRUE(component->Finalize());
   EXPECT_TRUE(component->Finalize());
-  EXPECT_TRUE(component->QueryInterface("account_interface", &again));
-  EXPECT_EQ(out, again);
+  EXPECT_EQ(Ask(), service);
 }
 
 TEST_F(LibraryTest, WithoutARuntimeItStartsAndSaysWhatIsMissing) {
@@ -220,10 +182,8 @@ TEST_F(LibraryTest, WithoutARuntimeItStartsAndSaysWhatIsMissing) {
   EXPECT_THAT(Lines("failed as there is no"),
               ElementsAre(HasSubstr("no db file name in config.xml"),
                           HasSubstr("no OAuth_AsClient_app_name in config.xml")));
-  void* found = nullptr;
-  ASSERT_TRUE(component->QueryInterface("account_interface", &found));
   std::vector<std::string> list;
-  EXPECT_EQ(static_cast<AccountManager*>(found)->GetAllUsersUUID(&list), 3);
+  EXPECT_EQ(Ask()->GetAllUsersUUID(&list), 3);
   EXPECT_TRUE(component->Finalize());
 }
 
@@ -242,8 +202,7 @@ TEST_F(LibraryTest, FinalizeKeepsTheWorkerWhileNobodyAskedForTheInterface) {
   };
   EXPECT_TRUE(component->Finalize());
   EXPECT_THAT(threads(), HasSubstr("AccountCheckThr;"));  // Cut to the kernel's 15 characters.
-  void* found = nullptr;
-  component->QueryInterface("account_interface", &found);
+  Ask();
   EXPECT_TRUE(component->Finalize());
   EXPECT_THAT(threads(), Not(HasSubstr("AccountCheckThr;")));
 }
@@ -264,16 +223,14 @@ TEST_F(LibraryTest, TheLogLevelIsReadFromTheConfiguration) {
                {"log_error", false, false},  // Matches none: the level stays.
                {"", false, false}};
   Component* component = Load();
-  void* found = nullptr;
-  component->QueryInterface("account_interface", &found);
-  auto* const service = static_cast<AccountManager*>(found);
+  AccountManager* const service = Ask();
   for (const auto& c : cases) {
-    runtime::Runtime::Destroy();
-    StartRuntime("<account_log_level>" + std::string(c.value) + "</account_log_level>");
+    config_["account_log_level"] = c.value;
+    StartRuntime();
     component->Init(runtime::Runtime::GetInstance());
-    Lines("");
+    log_.Take();
     service->SignOut("x");
-    const std::vector<std::string> lines = Lines("#SignOut#");
+    const std::vector<std::string> lines = log_.Take();
     EXPECT_EQ(testing::Value(lines, Contains(HasSubstr("SignOutStart"))), c.progress) << c.value;
     EXPECT_EQ(testing::Value(lines, Contains(HasSubstr("SignOutEnd"))), c.failures) << c.value;
   }
@@ -281,24 +238,19 @@ TEST_F(LibraryTest, TheLogLevelIsReadFromTheConfiguration) {
 }
 
 TEST_F(LibraryTest, ItIsDestroyedOnceAndUnmapped) {
-  for (int round = 0; round < 2; ++round) {
-    // The last line obeys the platform's level alone.
-    StartRuntime("<account_log_level>LOG_FATAL</account_log_level>");
-    Component* component = Load();
-    component->Init(runtime::Runtime::GetInstance());
-    logging::SetMinLogLevel(round == 0 ? 4 : 5);
-    Lines("");
+  // The last line obeys the platform's level alone.
+  config_["account_log_level"] = "LOG_FATAL";
+  for (const int level : {4, 5}) {
+    StartRuntime();
+    Load()->Init(runtime::Runtime::GetInstance());
+    logging::SetMinLogLevel(level);
+    log_.Take();
     EXPECT_THAT(Maps(), HasSubstr(QORN_ACCOUNT_LIBRARY));
     Unload();
     EXPECT_THAT(Maps(), Not(HasSubstr(QORN_ACCOUNT_LIBRARY)));
-    const std::vector<std::string> lines = Lines(": COMPONENT_DESTROY is called");
-    EXPECT_EQ(lines.size(), round == 0 ? 1u : 0u);
-    if (round == 0) {
-      EXPECT_THAT(lines.at(0), testing::StartsWith(
-                                   "4 core_fw/runtime/component.cc: COMPONENT_DESTROY is called"));
-    }
+    EXPECT_EQ(Lines("4: COMPONENT_DESTROY is called").size(), level == 4 ? 1u : 0u);
+    EXPECT_EQ(log_.file(), "core_fw/runtime/component.cc");
     logging::SetMinLogLevel(0);
-    runtime::Runtime::Destroy();
   }
 }
 
@@ -311,9 +263,10 @@ TEST_F(LibraryTest, TheRuntimeLoadsAndEndsIt) {
   std::vector<std::string> list;
   EXPECT_EQ(static_cast<AccountManager*>(found)->GetAllUsersUUID(&list), 1);
   EXPECT_THAT(list, ElementsAre("qornsystem"));
-  Lines("");
+  log_.Take();
   runtime::Runtime::Destroy();
   EXPECT_EQ(Lines("COMPONENT_DESTROY").size(), 1u);
 }
 
 }  // namespace
+}  // namespace account

@@ -6,7 +6,9 @@
 namespace account {
 namespace {
 
-TEST_F(AccountTest, ShutdownRightAfterInitWaitsForTheWorker) {
+using ServiceTest = AccountTest;
+
+TEST_F(ServiceTest, ShutdownRightAfterInitWaitsForTheWorker) {
   StartRuntime();
   for (int i = 0; i < 50; ++i) {
     AccountManagerImpl service;

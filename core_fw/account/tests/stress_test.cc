@@ -13,6 +13,7 @@
 
 #include "base/test_clock.h"
 #include "base/time.h"
+#include "core_fw/account/src/account_manager_impl.h"
 #include "core_fw/account/tests/test_support.h"
 
 namespace account {
@@ -25,7 +26,7 @@ std::string StableUser(unsigned number) {
   return "stable" + std::to_string(number % kStableUsers) + "@x";
 }
 
-class StressTest : public ServiceTest {
+class StressTest : public AccountTest {
  protected:
   struct Session {
     bool before_reset_ended = false;  // Its sign-in began before the reset was over.
@@ -45,7 +46,7 @@ class StressTest : public ServiceTest {
   }
 
   void SignOut(const std::string& session_id) {
-    const AccountResult result = service_->SignOut(session_id);
+    const AccountResult result = service_.SignOut(session_id);
     const std::lock_guard<std::mutex> guard(mutex_);
     if (result == 1) ++sessions_[session_id].signed_out;
   }
@@ -53,7 +54,7 @@ class StressTest : public ServiceTest {
   void MakeStableUsers() {
     for (unsigned i = 0; i < kStableUsers; ++i) {
       std::string uuid;
-      service_->CreateUser(StableUser(i), cloud_->IssueCode(StableUser(i)), &uuid);
+      service_.CreateUser(StableUser(i), cloud_->IssueCode(StableUser(i)), &uuid);
     }
   }
 
@@ -61,6 +62,8 @@ class StressTest : public ServiceTest {
   void Step(unsigned number, const std::string& own, bool* removed);
   void ReadSomething(unsigned number, const std::string& user);
 
+  EventCapture events_;
+  AccountManagerImpl service_;
   std::mutex mutex_;
   std::map<std::string, Session> sessions_;
   std::vector<std::string> session_ids_;
@@ -73,23 +76,23 @@ void StressTest::ReadSomething(unsigned number, const std::string& user) {
   std::string uuid, s[9];
   std::vector<std::string> list;
   int lifetime = 0;
-  service_->GetUserUUIDFromUserID(user, &uuid);
-  service_->GetUserInfoByType(uuid, 100 + static_cast<int>(number % 9), &s[0]);
-  service_->GetUserInformation(uuid, &s[0], &s[1], &s[2], &s[3], &s[4], &s[5], &s[6], &s[7], &s[8]);
-  service_->GetAllUsersUUID(&list);
-  service_->GetAllFriendsUUID(uuid, &list);
-  service_->GetFriendInformation(list.back(), &s[0], &s[1], &s[2], &s[3], &s[4], &s[5]);
-  service_->GetFriendUUIDFromFriendIDAndFriendPeerID(uuid, "f", "p", &s[0]);
-  service_->GetNTSServerInfoAndPeerID(&s[0], &s[1], &s[2], &s[3], &s[4], &s[5]);
-  EXPECT_EQ(service_->GetNetworkSettingStatus(), 1);
-  service_->GetSessionInfo(AnySession(number), &s[0]);
-  service_->CheckSessionValidation(AnySession(number));
-  service_->ResetCountForSessionMaintenance(AnySession(number));
-  service_->GetSessionLifetime(&lifetime);
-  service_->CreateUserRequest(s[0], s[1]);
-  service_->GetUserCreationRequest(s[0], s[1]);
-  service_->RemoveUserRequest(s[0], s[1]);
-  service_->SearchUser(s[0], s[1]);
+  service_.GetUserUUIDFromUserID(user, &uuid);
+  service_.GetUserInfoByType(uuid, 100 + static_cast<int>(number % 9), &s[0]);
+  service_.GetUserInformation(uuid, &s[0], &s[1], &s[2], &s[3], &s[4], &s[5], &s[6], &s[7], &s[8]);
+  service_.GetAllUsersUUID(&list);
+  service_.GetAllFriendsUUID(uuid, &list);
+  service_.GetFriendInformation(list.back(), &s[0], &s[1], &s[2], &s[3], &s[4], &s[5]);
+  service_.GetFriendUUIDFromFriendIDAndFriendPeerID(uuid, "f", "p", &s[0]);
+  service_.GetNTSServerInfoAndPeerID(&s[0], &s[1], &s[2], &s[3], &s[4], &s[5]);
+  EXPECT_EQ(service_.GetNetworkSettingStatus(), 1);
+  service_.GetSessionInfo(AnySession(number), &s[0]);
+  service_.CheckSessionValidation(AnySession(number));
+  service_.ResetCountForSessionMaintenance(AnySession(number));
+  service_.GetSessionLifetime(&lifetime);
+  service_.CreateUserRequest(s[0], s[1]);
+  service_.GetUserCreationRequest(s[0], s[1]);
+  service_.RemoveUserRequest(s[0], s[1]);
+  service_.SearchUser(s[0], s[1]);
 }
 
 void StressTest::Step(unsigned number, const std::string& own, bool* removed) {
@@ -99,20 +102,20 @@ void StressTest::Step(unsigned number, const std::string& own, bool* removed) {
   bool flag = false;
   switch (number % 12) {
     case 0:
-      if (service_->CreateUser(own, cloud_->IssueCode(own), &uuid) == 1) *removed = false;
+      if (service_.CreateUser(own, cloud_->IssueCode(own), &uuid) == 1) *removed = false;
       break;
     case 1:
-      if (service_->RemoveUser(own, own) == 1) *removed = true;
+      if (service_.RemoveUser(own, own) == 1) *removed = true;
       break;
     case 2:
-      if (service_->SignIn(user, cloud_->IssueCode(user), &uuid, &session, &flag) == 1) {
+      if (service_.SignIn(user, cloud_->IssueCode(user), &uuid, &session, &flag) == 1) {
         Opened(session, before);
       }
       break;
     case 3:
     case 4:
-      if (service_->SignInAlt(number & 64 ? user : "qornsystem", kSystemAccountPassword, &uuid,
-                              &session) == 1) {
+      if (service_.SignInAlt(number & 64 ? user : "qornsystem", kSystemAccountPassword, &uuid,
+                             &session) == 1) {
         Opened(session, before);
       }
       break;
@@ -121,27 +124,27 @@ void StressTest::Step(unsigned number, const std::string& own, bool* removed) {
       SignOut(AnySession(number >> 4));
       break;
     case 7:
-      service_->GetUserUUIDFromUserID(user, &uuid);
-      service_->SetUserInfoByType(uuid, number & 64 ? 201 : 300, "Name");
-      service_->SetSessionLifetime(2 + static_cast<int>(number >> 4 & 3));
+      service_.GetUserUUIDFromUserID(user, &uuid);
+      service_.SetUserInfoByType(uuid, number & 64 ? 201 : 300, "Name");
+      service_.SetSessionLifetime(2 + static_cast<int>(number >> 4 & 3));
       break;
     case 8:
-      service_->RefreshAccessToken(user);
+      service_.RefreshAccessToken(user);
       break;
     case 9:
-      service_->GetUserUUIDFromUserID(user, &uuid);
-      service_->AddFriendCandidate(uuid, "f@x", cloud_->PeerId(kGatewayAddress), &code);
-      service_->AddFriendRequest("f@x", code, cloud_->IssueCode("f@x"), "m", "d", "DDEEFF", &uuid);
+      service_.GetUserUUIDFromUserID(user, &uuid);
+      service_.AddFriendCandidate(uuid, "f@x", cloud_->PeerId(kGatewayAddress), &code);
+      service_.AddFriendRequest("f@x", code, cloud_->IssueCode("f@x"), "m", "d", "DDEEFF", &uuid);
       break;
     case 10:
-      service_->GetUserUUIDFromUserID(user, &uuid);
-      service_->RemoveFriendRequest(uuid, "f@x", cloud_->PeerId(kGatewayAddress));
-      service_->AddFriendToDB(uuid, "g@x", "g", "d", "a", "p", &code);
-      service_->ParseAccountMessage(
+      service_.GetUserUUIDFromUserID(user, &uuid);
+      service_.RemoveFriendRequest(uuid, "f@x", cloud_->PeerId(kGatewayAddress));
+      service_.AddFriendToDB(uuid, "g@x", "g", "d", "a", "p", &code);
+      service_.ParseAccountMessage(
           "{\"module_name\":\"account\",\"api_name\":\"RemoveFriend\",\"param_list\":[{"
           "\"user_id\":\"" +
           user + "\",\"friend_id\":\"g@x\",\"friend_qor_device_peer_id\":\"p\"}]}");
-      service_->RemoveFriendFromDB(uuid, "g@x", "p");
+      service_.RemoveFriendFromDB(uuid, "g@x", "p");
       break;
     default:
       ReadSomething(number >> 4, user);
@@ -155,9 +158,10 @@ TEST_F(StressTest, NothingIsLostOrCountedTwice) {
   config_["account_enable_MIRLO_network_setting"] = "on";
   cloud_->AddGateway(kGatewayAddress);
   base::TestClock clock;
-  StartService();
+  StartRuntime();
+  ASSERT_TRUE(service_.Init());
   clock.WaitForSleepers(1);  // The network setting is fetched: its strings may be read.
-  ASSERT_EQ(service_->GetNetworkSettingStatus(), 1);
+  ASSERT_EQ(service_.GetNetworkSettingStatus(), 1);
   MakeStableUsers();
 
   std::vector<std::thread> threads;
@@ -177,7 +181,7 @@ TEST_F(StressTest, NothingIsLostOrCountedTwice) {
     }
   });
   std::this_thread::sleep_for(half);
-  EXPECT_EQ(service_->DoFactoryReset(), 1);
+  EXPECT_EQ(service_.DoFactoryReset(), 1);
   reset_over_ = true;
   MakeStableUsers();
   std::this_thread::sleep_for(half);
@@ -185,13 +189,13 @@ TEST_F(StressTest, NothingIsLostOrCountedTwice) {
   for (std::thread& thread : threads) thread.join();
   clock.WaitForSleepers(1);
 
-  for (const std::string& event : events_->Take()) {
+  for (const std::string& event : events_.Take()) {
     const bool sign_out = event[0] == '8';
     if (sign_out) ++sessions_[event.substr(event.rfind('|') + 1)].events;
   }
   int twice = 0;
   for (const auto& [id, session] : sessions_) {
-    const bool open = service_->CheckSessionValidation(id) == 1;
+    const bool open = service_.CheckSessionValidation(id) == 1;
     // A sign-out and the tick may both find the session, and then each tells.
     const int by_tick = session.events - session.signed_out;
     EXPECT_TRUE(by_tick == 0 || by_tick == 1) << id;
@@ -203,7 +207,7 @@ TEST_F(StressTest, NothingIsLostOrCountedTwice) {
     }
   }
   std::vector<std::string> list;
-  EXPECT_EQ(service_->GetAllUsersUUID(&list), 1);
+  EXPECT_EQ(service_.GetAllUsersUUID(&list), 1);
   EXPECT_EQ(std::to_string(list.size() - 1), Sql("SELECT count(*) FROM Users").at(0));
   EXPECT_EQ(Sql("PRAGMA integrity_check").at(0), "ok");
   for (unsigned t = 0; t < kThreads; ++t) {
@@ -212,7 +216,7 @@ TEST_F(StressTest, NothingIsLostOrCountedTwice) {
       EXPECT_EQ(Sql("SELECT count(*) FROM Users WHERE userId='" + own + "'").at(0), "0");
     }
   }
-  EXPECT_TRUE(service_->Shutdown());
+  EXPECT_TRUE(service_.Shutdown());
   RecordProperty("steps", std::to_string(steps_.load()));
   RecordProperty("sessions", std::to_string(sessions_.size()));
   RecordProperty("told_twice", twice);

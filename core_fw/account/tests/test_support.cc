@@ -24,7 +24,7 @@ TempFolder::TempFolder() {
 TempFolder::~TempFolder() { std::filesystem::remove_all(path_); }
 
 LogCapture::LogCapture() {
-  logging::SetLogMessageHandler([this](int severity, const char* /*file*/, int /*line*/,
+  logging::SetLogMessageHandler([this](int severity, const char* file, int /*line*/,
                                        size_t message_start, const std::string& text) {
     std::string line = std::to_string(severity) + text.substr(message_start);
     if (!line.empty() && line.back() == '\n') line.pop_back();
@@ -36,6 +36,7 @@ LogCapture::LogCapture() {
     if (action) action(line);
     const std::lock_guard<std::mutex> guard(mutex_);
     lines_.push_back(std::move(line));
+    file_ = file;
     return true;
   });
 }
@@ -45,6 +46,11 @@ LogCapture::~LogCapture() { logging::SetLogMessageHandler(nullptr); }
 std::vector<std::string> LogCapture::Take() {
   const std::lock_guard<std::mutex> guard(mutex_);
   return std::exchange(lines_, {});
+}
+
+std::string LogCapture::file() {
+  const std::lock_guard<std::mutex> guard(mutex_);
+  return file_;
 }
 
 void LogCapture::OnLine(std::function<void(const std::string&)> action) {
@@ -108,13 +114,6 @@ std::vector<std::string> EventCapture::Take() {
   return std::exchange(events_, {});
 }
 
-std::unique_ptr<devcloud::Cloud> StartCloud() {
-  std::string error;
-  auto cloud = devcloud::Cloud::Start({}, &error);
-  EXPECT_NE(cloud, nullptr) << error;
-  return cloud;
-}
-
 AccountTest::AccountTest()
     : config_{{"qorn_storage_path", folder_.path() + "/"},
               {"account_db_path", "account.db"},
@@ -126,10 +125,14 @@ AccountTest::AccountTest()
               {"account_device_physical_address_text", kGatewayAddress},
               {"account_service", "ACCOUNT"},
               {"account_server_type", "NTS"},
-              {"account_zep_auth_url", "http://127.0.0.1:9"},
-              {"account_user_portal_url", "http://127.0.0.1:9"},
               {"account_qor_device_name", "Home"},
-              {"account_enable_MIRLO_network_setting", "off"}} {}
+              {"account_enable_MIRLO_network_setting", "off"}} {
+  std::string error;
+  cloud_ = devcloud::Cloud::Start({}, &error);
+  EXPECT_NE(cloud_, nullptr) << error;
+  config_["account_zep_auth_url"] = cloud_->http_url();
+  config_["account_user_portal_url"] = cloud_->http_url();
+}
 
 AccountTest::~AccountTest() {
   runtime::Runtime::Destroy();

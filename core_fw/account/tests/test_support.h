@@ -37,12 +37,15 @@ class LogCapture {
 
   // All lines so far; the capture is empty then.
   std::vector<std::string> Take();
+  // The source file that wrote the latest line.
+  std::string file();
   // Runs on the thread that writes, before the line is kept.
   void OnLine(std::function<void(const std::string&)> action);
 
  private:
   std::mutex mutex_;
   std::vector<std::string> lines_;
+  std::string file_;
   std::function<void(const std::string&)> action_;
 };
 
@@ -66,11 +69,10 @@ class EventCapture {
   std::vector<int> listeners_;
 };
 
-std::unique_ptr<devcloud::Cloud> StartCloud();
-
 inline constexpr char kGatewayAddress[] = "AABBCC";
 
-// A runtime without components. Error lines that a test does not take fail it.
+// A runtime without components and a cloud that its configuration names. Error lines that a test
+// does not take fail it.
 class AccountTest : public testing::Test {
  protected:
   AccountTest();
@@ -84,6 +86,7 @@ class AccountTest : public testing::Test {
 
   TempFolder folder_;
   LogCapture log_;
+  std::unique_ptr<devcloud::Cloud> cloud_;
   std::map<std::string, std::string> config_;  // Keys for StartRuntime; complete from the start.
 };
 

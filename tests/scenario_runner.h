@@ -1,0 +1,123 @@
+#ifndef QORN_TESTS_SCENARIO_RUNNER_H_
+#define QORN_TESTS_SCENARIO_RUNNER_H_
+
+#include <sqlite3.h>
+
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "base/test_clock.h"
+#include "core_fw/account/src/account_manager_impl.h"
+#include "core_fw/account/tests/test_support.h"
+#include "devcloud/recorded_request.h"
+#include "gateway/operations.h"
+#include "gateway/variables.h"
+
+namespace scenarios {
+
+struct Line {
+  int number;          // in the file, from 1
+  std::size_t indent;  // leading blanks
+  std::string text;    // without them
+};
+
+struct Scenario {
+  std::string file, suite, name;
+  std::vector<Line> lines;
+};
+
+using Words = std::vector<std::string>;
+
+[[noreturn]] void Fail(const std::string& found);
+// The text up to a blank, and what follows it.
+std::pair<std::string, std::string> CutFirst(const std::string& text);
+// Every `from` in the text replaced.
+std::string Replace(std::string text, const std::string& from, const std::string& to);
+// "4 SignOut SignOutEndInvalid Session ID" as it is in the log.
+std::string LogLine(const std::string& text);
+// The first and the last line of an operation.
+std::pair<std::string, std::string> StartAndEnd(const std::string& function, int code);
+// Takes the first of `found`, which must be `expected`.
+void TakeNext(std::deque<std::string>* found, const std::string& expected);
+
+// Runs one scenario on a service, a cloud, a folder and a clock of its own; README.md describes
+// the lines. The first line that fails ends it.
+class ScenarioRunner : public account::AccountTest {
+ public:
+  explicit ScenarioRunner(Scenario scenario);
+  ~ScenarioRunner() override;
+
+ private:
+  using Lines = std::vector<Line>::const_iterator;
+
+  // Words that a directive needs at least, or how the rest of its line is read instead: kText is
+  // one word as it stands, kNameAndText a word and what follows it.
+  enum Form { kText = -1, kNameAndText = -2 };
+  using Run = std::function<void(const Words& words)>;
+  struct Directive {
+    bool is_check;
+    int words;
+    Run run;
+  };
+
+  // A check looks at what the step before it left.
+  void Check(const std::string& name, int words, Run run) {
+    directives_[name] = {true, words, run};
+  }
+  void Step(const std::string& name, int words, Run run) {
+    directives_[name] = {false, words, run};
+  }
+  void AddChecks();
+  void AddLife();
+  void AddValues();
+  void AddCloud();
+  void AddTrouble();
+
+  void TestBody() override;
+  void RunLines(Lines begin, Lines end);
+  void RunLine(const std::string& text);
+  void RunOperation(const std::string& text);
+  // Takes the first and the last line of an operation, which are always the same.
+  void TakeTrace(const std::string& name, const gateway::Answer& answer);
+  void TakeOutputs(const gateway::Answer& answer);
+  // Takes what a step wrote and published.
+  void Collect();
+  // Ends a step: nothing may be left that no line has told.
+  void Settle();
+  void MoveClock(const std::string& seconds);
+
+  // The words of a console line; %NAME is a variable's bytes.
+  Words SplitWords(const std::string& text, int least) const;
+  // The text as it is, with its variables replaced.
+  std::string Text(const std::string& text) const;
+
+  std::map<std::string, Directive> directives_;
+  const Scenario scenario_;
+  const Line* line_ = nullptr;  // The one that runs.
+  base::TestClock clock_;
+  account::EventCapture bus_;
+  account::AccountManagerImpl service_;
+  bool running_ = false;
+  bool flag_ = false;  // What the flag of a sign-in holds before the call.
+  std::unique_ptr<sqlite3, int (*)(sqlite3*)> lock_{nullptr, sqlite3_close};
+  gateway::Variables variables_;
+
+  // What the latest step left.
+  std::deque<std::string> lines_, events_, rows_;
+  bool told_lines_ = false, told_events_ = false;
+  std::map<std::string, Words> outputs_;
+  std::set<std::string> written_;  // Outputs of a failure that no line has told.
+  std::vector<devcloud::RecordedRequest> requests_;
+  std::optional<std::string> raw_;  // The part of a request that no line has told.
+};
+
+}  // namespace scenarios
+
+#endif  // QORN_TESTS_SCENARIO_RUNNER_H_

@@ -1,0 +1,65 @@
+// Makes each scenario of the folder a test: "== A rename is told" in user_info.scenario is
+// UserInfo.ARenameIsTold.
+#include <gtest/gtest.h>
+
+#include <cctype>
+#include <filesystem>
+#include <fstream>
+
+#include "tests/scenario_runner.h"
+
+namespace scenarios {
+namespace {
+
+constexpr char kHeading[] = "== ";
+
+// The words run together, each with a capital first letter.
+std::string TestName(const std::string& text) {
+  std::string name;
+  bool first = true;
+  for (const char c : text) {
+    if (std::isalnum(static_cast<unsigned char>(c)) == 0) {
+      first = c == ' ' || c == '_';
+    } else {
+      name += first ? static_cast<char>(std::toupper(c)) : c;
+      first = false;
+    }
+  }
+  return name;
+}
+
+std::vector<Scenario> ReadScenarios(const std::filesystem::path& path) {
+  std::vector<Scenario> scenarios;
+  std::ifstream in(path);
+  std::string line;
+  for (int number = 1; std::getline(in, line); ++number) {
+    const std::size_t indent = line.find_first_not_of(' ');
+    if (indent == std::string::npos || line[indent] == '#') continue;
+    if (line.starts_with(kHeading)) {
+      scenarios.push_back({path.filename(), TestName(path.stem()), TestName(line), {}});
+    } else {
+      // A line before the first heading has no place: at() ends the program.
+      scenarios.at(scenarios.size() - 1).lines.push_back({number, indent, line.substr(indent)});
+    }
+  }
+  return scenarios;
+}
+
+void RegisterScenarios() {
+  for (const auto& entry : std::filesystem::directory_iterator(QORN_SCENARIO_FOLDER)) {
+    for (const Scenario& scenario : ReadScenarios(entry.path())) {
+      testing::RegisterTest(scenario.suite.c_str(), scenario.name.c_str(), nullptr, nullptr,
+                            __FILE__, __LINE__,
+                            [scenario] { return new ScenarioRunner(scenario); });
+    }
+  }
+}
+
+}  // namespace
+}  // namespace scenarios
+
+int main(int argc, char** argv) {
+  testing::InitGoogleTest(&argc, argv);
+  scenarios::RegisterScenarios();
+  return RUN_ALL_TESTS();
+}
