@@ -41,7 +41,9 @@ std::optional<std::vector<std::string>> ReadBody(const std::string& body,
                                                  std::initializer_list<const char*> names) {
   if (std::count(body.begin(), body.end(), '<') > kMaxTags) return std::nullopt;
   TiXmlDocument document;
-  document.Parse(body.c_str(), nullptr, TIXML_ENCODING_UTF8);
+  // The library steps over up to three bytes behind a UTF-8 lead byte that ends the text.
+  const std::string padded = body + std::string(3, '\0');
+  document.Parse(padded.c_str(), nullptr, TIXML_ENCODING_UTF8);
   const TiXmlElement* root = document.FirstChildElement("dpxDevice");
   if (document.Error() || root == nullptr) return std::nullopt;
   std::vector<std::string> texts;

@@ -28,13 +28,6 @@ std::string Unescape(const std::string& text) {
   return bytes;
 }
 
-bool Compare(const std::string& left, const std::string& how, const std::string& right) {
-  if (how == "=") return left == right;
-  if (how == "!=") return left != right;
-  if (how == "~") return std::regex_match(left, std::regex(right));
-  Fail("unknown comparison " + how);
-}
-
 // A SQLite authorizer that refuses the Nth statement which deletes from a table.
 std::string g_denied_table;
 int g_deletions_left = 0;
@@ -53,7 +46,7 @@ int InstallAuthorizer(sqlite3* database, char** /*error*/, const void* /*api*/) 
 using W = const Words&;
 
 void ScenarioRunner::AddChecks() {
-  Check("out", 1, [this](W w) {
+  Check("out", 1 + kOrMore, [this](W w) {
     if (outputs_[w[0]] != Words(w.begin() + 1, w.end())) {
       Fail("found: " + gateway::JoinWords(outputs_[w[0]]));
     }
@@ -77,8 +70,14 @@ void ScenarioRunner::AddChecks() {
   });
   Check("no-events", 0, [this](W) { told_events_ = true; });
   Check("row", kText, [this](W w) { TakeNext(&rows_, w[0]); });
+  Check("value", kNameAndText, [this](W w) {
+    const Words rows = Sql(w[1]);
+    if (rows.size() != 1) Fail(std::to_string(rows.size()) + " rows");
+    variables_.Set(w[0], rows[0]);
+  });
   Check("|", kText, [this](W w) {
-    const std::string text = raw_.value();
+    if (!raw_) Fail("nothing is left of the request");
+    const std::string text = *raw_;
     const std::size_t end = text.find("\r\n");
     if (text.substr(0, end) != w[0]) Fail("found: " + text.substr(0, end));
     raw_.reset();
@@ -87,7 +86,7 @@ void ScenarioRunner::AddChecks() {
 }
 
 void ScenarioRunner::AddLife() {
-  Step("config", 1, [this](W w) {
+  Step("config", 1 + kOrMore, [this](W w) {
     config_.erase(w[0]);
     if (w.size() > 1) config_[w[0]] = w[1];
   });
@@ -115,7 +114,8 @@ void ScenarioRunner::AddLife() {
     }
     done.get();
   });
-  Step("on-line", 3, [this](W w) {
+  Step("on-line", 3 + kOrMore, [this](W w) {
+    if (gateway::FindOperation(w[2]) == nullptr) Fail("unknown operation");
     const std::string awaited = Replace(LogLine(w[0]), "\\n", "\n");
     log_.OnLine([this, awaited, w](const std::string& line) {
       if (line != awaited) return;
@@ -149,16 +149,19 @@ void ScenarioRunner::AddValues() {
     variables_.Set(w[0], text);
   });
   Step("check", 3, [this](W w) {
-    if (!Compare(w[0], w[1], w[2])) Fail("found: " + gateway::JoinWords(w));
+    const bool equal = w[0] == w[2];
+    const bool good = w[1] == "="    ? equal
+                      : w[1] == "!=" ? !equal
+                                     : w[1] == "~" && std::regex_match(w[0], std::regex(w[2]));
+    if (!good) Fail("found: " + gateway::JoinWords(w));
   });
   Step("sql", kText, [this](W w) {
     for (const std::string& row : Sql(w[0])) rows_.push_back(row);
   });
-  Step("value", kNameAndText, [this](W w) { variables_.Set(w[0], Sql(w[1]).at(0)); });
 }
 
 void ScenarioRunner::AddCloud() {
-  Step("requests", 0, [this](W w) {
+  Step("requests", kOrMore, [this](W w) {
     requests_ = cloud_->requests();
     cloud_->ClearRequests();
     Words targets;
@@ -178,7 +181,6 @@ void ScenarioRunner::AddCloud() {
     if (!devcloud::ParseFault(w[0], &fault, &error)) Fail(error);
     cloud_->AddFault(fault);
   });
-  Step("no-faults", 0, [this](W) { cloud_->ClearFaults(); });
   Step("refuse-cloud", 1, [this](W w) { cloud_->RefuseConnections(OnOrOff(w[0])); });
   Step("gateway", 1, [this](W w) { cloud_->AddGateway(w[0]); });
   Step("registered", 3, [this](W w) {
@@ -190,7 +192,7 @@ void ScenarioRunner::AddCloud() {
 }
 
 void ScenarioRunner::AddTrouble() {
-  Step("flag", 1, [this](W w) { flag_ = OnOrOff(w[0]); });
+  Step("flag", 1, [this](W w) { flag_ = w[0] == "true"; });
   Step("refuse-event", 2, [this](W w) {
     evt::EventManager::GetInstance()->RefuseForTest(std::stoi(w[0]), OnOrOff(w[1]));
   });

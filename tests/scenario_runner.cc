@@ -74,8 +74,9 @@ ScenarioRunner::ScenarioRunner(Scenario scenario) : scenario_(std::move(scenario
   AddValues();
   AddCloud();
   AddTrouble();
-  variables_.Set("folder", folder_.path());
+  variables_.Set("folder", folder_);
   variables_.Set("host", cloud_->http_url().substr(sizeof("http://") - 1));
+  variables_.Set("https_host", cloud_->https_url().substr(sizeof("https://") - 1));
   variables_.Set("peer", cloud_->PeerId(account::kGatewayAddress));
   MoveClock("0");
 }
@@ -112,7 +113,7 @@ void ScenarioRunner::RunLines(Lines begin, Lines end) {
     }
     const Lines body = at;
     at = std::find_if(at, end, [&](const Line& next) { return next.indent <= line.indent; });
-    const Words words = SplitWords(rest, 2);
+    const Words words = SplitWords(rest, 2 + kOrMore);
     for (std::size_t i = 1; i < words.size(); ++i) {
       variables_.Set(words[0], words[i]);
       RunLines(body, at);
@@ -132,11 +133,13 @@ void ScenarioRunner::RunLine(const std::string& text) {
 }
 
 void ScenarioRunner::RunOperation(const std::string& text) {
-  const Words words = SplitWords(text, 2);
+  const Words words = SplitWords(text, 2 + kOrMore);
   const gateway::Operation* operation = gateway::FindOperation(words[1]);
   if (operation == nullptr) Fail("no directive and no operation");
+  if (!running_) Fail("the service is not started");
   const Words arguments(words.begin() + 2, words.end());
-  if (arguments.size() != SplitWords(operation->arguments, 0).size()) Fail(operation->arguments);
+  if (arguments.size() != SplitWords(operation->arguments, kOrMore).size())
+    Fail(operation->arguments);
   gateway::Answer answer;
   answer.unwritten = {kUntouched, flag_};
   std::string error;
@@ -144,32 +147,22 @@ void ScenarioRunner::RunOperation(const std::string& text) {
   Collect();
   if (std::to_string(answer.code) != words[0]) Fail("answered " + std::to_string(answer.code));
   if (answer.code != 1 && !events_.empty()) Fail("event of a failure: " + events_.front());
-  TakeTrace(words[1], answer);
-  TakeOutputs(answer);
-}
-
-void ScenarioRunner::TakeTrace(const std::string& name, const gateway::Answer& answer) {
-  if (name == "parse-account-message") return;  // Writes one line, at the end.
-  const std::string function = FunctionName(name);
-  if (answer.is_status) {
-    const std::string text = function + "End  network_setting_status = ";
-    return TakeNext(&lines_, account::Line(2, function, text + std::to_string(answer.code)));
-  }
-  const auto [start, end] = StartAndEnd(function, answer.code);
-  TakeNext(&lines_, start);
-  if (lines_.empty() || lines_.back() != end) Fail("the log does not end with: " + end);
-  lines_.pop_back();
-}
-
-void ScenarioRunner::TakeOutputs(const gateway::Answer& answer) {
+  // These two write one line of their own.
+  const bool alike = words[1] != "parse-account-message" && !answer.is_status;
+  if (alike) TakeTrace(words[1], answer.code);
   outputs_.clear();
   for (const gateway::Field& output : answer.outputs) {
     outputs_[output.name] = output.values;
     variables_.Set(output.name, gateway::JoinWords(output.values));
-    // The flag is among the outputs of any failure.
-    const bool same = output.name == "connection_failed" && (output.values[0] == "true") == flag_;
-    if (answer.code > 1 && !same) written_.insert(output.name);
+    if (answer.code != 1) written_.insert(output.name);
   }
+}
+
+void ScenarioRunner::TakeTrace(const std::string& operation, int code) {
+  const auto [start, end] = StartAndEnd(FunctionName(operation), code);
+  TakeNext(&lines_, start);
+  if (lines_.empty() || lines_.back() != end) Fail("the log does not end with: " + end);
+  lines_.pop_back();
 }
 
 void ScenarioRunner::Collect() {
@@ -193,15 +186,16 @@ void ScenarioRunner::Settle() {
 void ScenarioRunner::MoveClock(const std::string& seconds) {
   clock_.Advance(base::TimeDelta::FromMicroseconds(std::llround(std::stod(seconds) * 1e6)));
   if (running_) clock_.WaitForSleepers(1);
-  variables_.Set("now", std::to_string(std::llround(base::Time::Now().ToDoubleT() - 0.5)));
+  variables_.Set("now", std::to_string(static_cast<long long>(base::Time::Now().ToDoubleT())));
   Collect();
 }
 
-Words ScenarioRunner::SplitWords(const std::string& text, int least) const {
+Words ScenarioRunner::SplitWords(const std::string& text, int count) const {
   Words words;
   std::string error;
   if (!gateway::SplitWords(text, variables_, &words, &error)) Fail(error);
-  if (words.size() < static_cast<std::size_t>(least)) Fail("words are missing");
+  const auto least = static_cast<std::size_t>(count % kOrMore);
+  if (words.size() < least || (count < kOrMore && words.size() > least)) Fail("number of words");
   for (std::string& word : words) {
     const std::string* bytes = word.starts_with('%') ? variables_.Find(word.substr(1)) : nullptr;
     if (bytes != nullptr) word = *bytes;

@@ -57,9 +57,10 @@ class ScenarioRunner : public account::AccountTest {
  private:
   using Lines = std::vector<Line>::const_iterator;
 
-  // Words that a directive needs at least, or how the rest of its line is read instead: kText is
-  // one word as it stands, kNameAndText a word and what follows it.
-  enum Form { kText = -1, kNameAndText = -2 };
+  // The number of words that follow a directive, + kOrMore where it is only the least, or how the
+  // rest of the line is read instead: kText is one word as it stands, kNameAndText a word and what
+  // follows it.
+  enum Form { kText = -1, kNameAndText = -2, kOrMore = 100 };
   using Run = std::function<void(const Words& words)>;
   struct Directive {
     bool is_check;
@@ -84,9 +85,8 @@ class ScenarioRunner : public account::AccountTest {
   void RunLines(Lines begin, Lines end);
   void RunLine(const std::string& text);
   void RunOperation(const std::string& text);
-  // Takes the first and the last line of an operation, which are always the same.
-  void TakeTrace(const std::string& name, const gateway::Answer& answer);
-  void TakeOutputs(const gateway::Answer& answer);
+  // Takes the first and the last line of an operation.
+  void TakeTrace(const std::string& operation, int code);
   // Takes what a step wrote and published.
   void Collect();
   // Ends a step: nothing may be left that no line has told.
@@ -94,7 +94,7 @@ class ScenarioRunner : public account::AccountTest {
   void MoveClock(const std::string& seconds);
 
   // The words of a console line; %NAME is a variable's bytes.
-  Words SplitWords(const std::string& text, int least) const;
+  Words SplitWords(const std::string& text, int count) const;
   // The text as it is, with its variables replaced.
   std::string Text(const std::string& text) const;
 

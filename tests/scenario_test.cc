@@ -5,6 +5,7 @@
 #include <cctype>
 #include <filesystem>
 #include <fstream>
+#include <stdexcept>
 
 #include "tests/scenario_runner.h"
 
@@ -18,12 +19,10 @@ std::string TestName(const std::string& text) {
   std::string name;
   bool first = true;
   for (const char c : text) {
-    if (std::isalnum(static_cast<unsigned char>(c)) == 0) {
-      first = c == ' ' || c == '_';
-    } else {
+    if (std::isalnum(static_cast<unsigned char>(c)) != 0) {
       name += first ? static_cast<char>(std::toupper(c)) : c;
-      first = false;
     }
+    first = c == ' ' || c == '_';
   }
   return name;
 }
@@ -37,9 +36,10 @@ std::vector<Scenario> ReadScenarios(const std::filesystem::path& path) {
     if (indent == std::string::npos || line[indent] == '#') continue;
     if (line.starts_with(kHeading)) {
       scenarios.push_back({path.filename(), TestName(path.stem()), TestName(line), {}});
+    } else if (scenarios.empty()) {
+      throw std::runtime_error(path.string() + ": a line stands before the first heading");
     } else {
-      // A line before the first heading has no place: at() ends the program.
-      scenarios.at(scenarios.size() - 1).lines.push_back({number, indent, line.substr(indent)});
+      scenarios.back().lines.push_back({number, indent, line.substr(indent)});
     }
   }
   return scenarios;
@@ -47,6 +47,7 @@ std::vector<Scenario> ReadScenarios(const std::filesystem::path& path) {
 
 void RegisterScenarios() {
   for (const auto& entry : std::filesystem::directory_iterator(QORN_SCENARIO_FOLDER)) {
+    if (entry.path().extension() != ".scenario") continue;
     for (const Scenario& scenario : ReadScenarios(entry.path())) {
       testing::RegisterTest(scenario.suite.c_str(), scenario.name.c_str(), nullptr, nullptr,
                             __FILE__, __LINE__,

@@ -73,7 +73,12 @@ bool Parse(const std::string& text, TiXmlDocument* document, const char** end, F
     return false;
   }
   document->SetTabSize(1);
-  *end = document->Parse(text.c_str());
+  // The parser steps over up to three bytes behind a UTF-8 lead byte that ends the text.
+  const std::string padded = text + std::string(3, '\0');
+  const char* const stop = document->Parse(padded.c_str());
+  *end = stop == nullptr
+             ? nullptr
+             : text.c_str() + std::min(text.size(), static_cast<size_t>(stop - padded.c_str()));
   if (!document->Error()) return true;
   *fault = {document->ErrorRow(), document->ErrorCol(), document->ErrorDesc()};
   if (fault->line != 0) return false;

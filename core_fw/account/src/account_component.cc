@@ -62,11 +62,11 @@ Component* GetOrMakeComponent() {
 
 AccountComponent::~AccountComponent() {
   AccountComponent::Finalize();
-  // A component that the still mapped library makes after this one starts its service afresh.
-  if (g_interface_handed_out) g_service = nullptr;
   // Taken before it is destroyed, so that a destructor entered from here finds nothing to do.
   Component* named = std::exchange(g_component, nullptr);
   if (named != this) delete named;
+  // A component that the still mapped library makes after this one starts its service afresh.
+  if (g_interface_handed_out) g_service = nullptr;
 }
 
 bool AccountComponent::QueryInterface(const std::string& name, void** out) {

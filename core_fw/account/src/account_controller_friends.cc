@@ -77,9 +77,9 @@ AccountResult AccountController::SendAddFriendMessage(
   *friend_guid = tokens.user_guid;
   *user_uuid = candidate.userUuid;
   *friend_peer_id = peer_id;
-  // Composed and not delivered: nothing carries messages to the remote-access module yet.
   // Until the status is 1 the worker thread may be writing this gateway's peer ID.
   const std::string own_peer_id = GetNetworkSettingStatus() == 1 ? peer_id_ : std::string();
+  // Composed and not delivered: nothing carries messages to the remote-access module yet.
   ComposeAddFriendMessage({candidate.friendId, user.userId, user.userGuid, device_name_,
                            device_physical_address_text_, own_peer_id});
   return kAccountSuccess;

@@ -36,6 +36,7 @@ class AccountDBWrapper {
 
   // 12 when the user ID is stored already, else 13 when the GUID is.
   AccountResult AddUser(const UserInfo& user);
+  // Deliberately leaves the user's friends in place.
   AccountResult RemoveUser(const std::string& user_uuid);
   AccountResult ModifyUser(const UserInfo& user);
   // 14 when the owner has a friend with this ID, whatever its peer ID.

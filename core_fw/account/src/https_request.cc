@@ -3,7 +3,6 @@
 #include <curl/curl.h>
 
 #include <memory>
-#include <new>
 
 #include "base/location.h"
 #include "core_fw/account/src/account_log.h"
@@ -20,8 +19,8 @@ struct ListDeleter {
 using Handle = std::unique_ptr<CURL, HandleDeleter>;
 using HeaderList = std::unique_ptr<curl_slist, ListDeleter>;
 
-// libcurl's write callback. Answering less than it got ends the transfer as failed; no exception
-// may pass through libcurl.
+// libcurl's write callback, on the thread that sends. Answering less than it got ends the transfer
+// as failed; no exception may pass through libcurl.
 std::size_t AppendResponse(char* data, std::size_t size, std::size_t count, void* response) {
   if (response == nullptr) return 0;
   try {
@@ -32,15 +31,15 @@ std::size_t AppendResponse(char* data, std::size_t size, std::size_t count, void
   return size * count;
 }
 
-HeaderList MakeHeaderList(const std::vector<std::string>& headers) {
-  HeaderList list;
+// False when memory ends.
+bool MakeHeaderList(const std::vector<std::string>& headers, HeaderList* list) {
   for (const std::string& header : headers) {
-    curl_slist* longer = curl_slist_append(list.get(), header.c_str());
-    if (longer == nullptr) throw std::bad_alloc();
-    (void)list.release();
-    list.reset(longer);
+    curl_slist* longer = curl_slist_append(list->get(), header.c_str());
+    if (longer == nullptr) return false;
+    (void)list->release();
+    list->reset(longer);
   }
-  return list;
+  return true;
 }
 
 void SetOptions(CURL* handle, const std::string& url, const HeaderList& headers, unsigned post,
@@ -54,8 +53,8 @@ void SetOptions(CURL* handle, const std::string& url, const HeaderList& headers,
   curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headers.get());
   curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
   curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT, 5L);
-  // Deliberate, and deliberately a search through the whole URL: the cloud's certificates are the
-  // operator's own, and devices are shipped without its authority.
+  // Deliberate, and deliberately a search through the whole URL: the system reaches its cloud
+  // without checking certificates.
   if (url.find("https") != std::string::npos) {
     curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, 0L);
     curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, 0L);
@@ -93,9 +92,14 @@ std::string SendRequest(const std::vector<std::string>& headers, const std::stri
                         unsigned post, const std::string& body, HttpResult* result) {
   std::string response;
   Handle handle(curl_easy_init());
-  HeaderList list = MakeHeaderList(headers);
+  HeaderList list;
+  const bool complete = MakeHeaderList(headers, &list);
   if (handle == nullptr) {
     LogFailure(FROM_HERE, "SendRequest", "Cannot user CURL");  // Deliberate spelling.
+    return std::string();
+  }
+  if (!complete) {
+    *result = kHttpTransportError;
     return std::string();
   }
   char error_buffer[CURL_ERROR_SIZE] = "";

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <numeric>
+#include <vector>
 
 #include "base/test_clock.h"
 #include "base/time.h"
@@ -72,26 +74,17 @@ TEST(Records, NameIsWhatStandsBeforeTheFirstAt) {
 
 TEST(AccountResult, NumbersAndMessagesAreFixed) {
   for (int code = -1; code <= 20; ++code) EXPECT_EQ(AccountResultToString(code), Message(code));
-  const int codes[] = {kAccountSuccess,
-                       kAccountInvalidSessionId,
-                       kAccountDbConnectFailure,
-                       kAccountDbExecuteFailure,
-                       kAccountNoUserWithUserId,
-                       kAccountNoUserWithUserUuid,
-                       kAccountUserGuidMismatch,
-                       kAccountNoFriendWithFriendId,
-                       kAccountNoFriendWithFriendUuid,
-                       kAccountInvalidFriendAuthCode,
-                       kAccountNoUser,
-                       kAccountDuplicatedUserId,
-                       kAccountDuplicatedUserGuid,
-                       kAccountDuplicatedFriendId,
-                       kAccountZepServerFailure,
-                       kAccountUserPortalFailure,
-                       kAccountInternalServerError,
-                       kAccountRemoteAccessFailure,
-                       kAccountFailure};
-  for (int i = 0; i < 19; ++i) EXPECT_EQ(codes[i], i + 1);
+  std::vector<int> codes(19);
+  std::iota(codes.begin(), codes.end(), 1);
+  EXPECT_THAT(codes,
+              testing::ElementsAre(
+                  kAccountSuccess, kAccountInvalidSessionId, kAccountDbConnectFailure,
+                  kAccountDbExecuteFailure, kAccountNoUserWithUserId, kAccountNoUserWithUserUuid,
+                  kAccountUserGuidMismatch, kAccountNoFriendWithFriendId,
+                  kAccountNoFriendWithFriendUuid, kAccountInvalidFriendAuthCode, kAccountNoUser,
+                  kAccountDuplicatedUserId, kAccountDuplicatedUserGuid, kAccountDuplicatedFriendId,
+                  kAccountZepServerFailure, kAccountUserPortalFailure, kAccountInternalServerError,
+                  kAccountRemoteAccessFailure, kAccountFailure));
   const int events[] = {kEventAccountAddFriend,          kEventAccountCreateUser,
                         kEventAccountRemoveFriend,       kEventAccountRemoveUser,
                         kEventAccountSetUserInformation, kEventAccountSignIn,

@@ -14,19 +14,23 @@
 
 namespace account {
 
-TempFolder::TempFolder() {
+namespace {
+
+std::string MakeFolder() {
   const bool in_memory = std::filesystem::is_directory("/dev/shm");
   std::string name = std::string(in_memory ? "/dev/shm" : "/tmp") + "/qorn-account-XXXXXX";
   if (mkdtemp(name.data()) == nullptr) std::abort();
-  path_ = name;
+  return name;
 }
 
-TempFolder::~TempFolder() { std::filesystem::remove_all(path_); }
+}  // namespace
 
 LogCapture::LogCapture() {
   logging::SetLogMessageHandler([this](int severity, const char* file, int /*line*/,
                                        size_t message_start, const std::string& text) {
-    std::string line = std::to_string(severity) + text.substr(message_start);
+    const bool component = text.compare(message_start, 2, " #") == 0;
+    std::string line = std::to_string(severity) + (component ? "" : std::string(" ") + file) +
+                       text.substr(message_start);
     if (!line.empty() && line.back() == '\n') line.pop_back();
     std::function<void(const std::string&)> action;
     {
@@ -36,7 +40,6 @@ LogCapture::LogCapture() {
     if (action) action(line);
     const std::lock_guard<std::mutex> guard(mutex_);
     lines_.push_back(std::move(line));
-    file_ = file;
     return true;
   });
 }
@@ -46,11 +49,6 @@ LogCapture::~LogCapture() { logging::SetLogMessageHandler(nullptr); }
 std::vector<std::string> LogCapture::Take() {
   const std::lock_guard<std::mutex> guard(mutex_);
   return std::exchange(lines_, {});
-}
-
-std::string LogCapture::file() {
-  const std::lock_guard<std::mutex> guard(mutex_);
-  return file_;
 }
 
 void LogCapture::OnLine(std::function<void(const std::string&)> action) {
@@ -72,8 +70,8 @@ std::string Message(int code) {
       "There is no user who has this user ID in the account DB",
       "There is no user who has this user UUID in the account DB",
       "User GUID in the account DB is different with the user GUID in the ZEP server",
-      "There is no friend who has this friend ID and is connected with this user UUID in the "
-      "account DB",
+      ("There is no friend who has this friend ID and is connected with this user UUID in the "
+       "account DB"),
       "There is no friend who has this friend UUID in the account DB",
       "This friend auth code is not vaild.",
       "There is no user in the account DB",
@@ -115,18 +113,18 @@ std::vector<std::string> EventCapture::Take() {
 }
 
 AccountTest::AccountTest()
-    : config_{{"qorn_storage_path", folder_.path() + "/"},
-              {"account_db_path", "account.db"},
-              {"OAuth_AsClient_app_name", "name"},
-              {"OAuth_AsClient_app_id", "app-id"},
-              {"OAuth_AsClient_app_secret", "s3cret"},
-              {"account_device_type_code", "HGW"},
-              {"account_device_model_id", "QG-1"},
-              {"account_device_physical_address_text", kGatewayAddress},
-              {"account_service", "ACCOUNT"},
-              {"account_server_type", "NTS"},
-              {"account_qor_device_name", "Home"},
-              {"account_enable_MIRLO_network_setting", "off"}} {
+    : folder_(MakeFolder()), config_{{"qorn_storage_path", folder_ + "/"},
+                                     {"account_db_path", "account.db"},
+                                     {"OAuth_AsClient_app_name", "name"},
+                                     {"OAuth_AsClient_app_id", "app-id"},
+                                     {"OAuth_AsClient_app_secret", "s3cret"},
+                                     {"account_device_type_code", "HGW"},
+                                     {"account_device_model_id", "QG-1"},
+                                     {"account_device_physical_address_text", kGatewayAddress},
+                                     {"account_service", "ACCOUNT"},
+                                     {"account_server_type", "NTS"},
+                                     {"account_qor_device_name", "Home"},
+                                     {"account_enable_MIRLO_network_setting", "off"}} {
   std::string error;
   cloud_ = devcloud::Cloud::Start({}, &error);
   EXPECT_NE(cloud_, nullptr) << error;
@@ -137,11 +135,12 @@ AccountTest::AccountTest()
 AccountTest::~AccountTest() {
   runtime::Runtime::Destroy();
   EXPECT_THAT(log_.Take(), testing::Each(testing::Lt("4")));
+  std::filesystem::remove_all(folder_);
 }
 
 void AccountTest::StartRuntime() {
   runtime::Runtime::Destroy();
-  const std::string file = folder_.path() + "/config.xml";
+  const std::string file = folder_ + "/config.xml";
   {
     std::ofstream out(file);
     out << "<config>\n";

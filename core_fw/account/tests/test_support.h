@@ -17,19 +17,9 @@
 
 namespace account {
 
-// A folder in memory where there is one; gone with the object.
-class TempFolder {
- public:
-  TempFolder();
-  ~TempFolder();
-  const std::string& path() const { return path_; }
-
- private:
-  std::string path_;
-};
-
 // Keeps the log lines of the process instead of writing them. A line reads as its severity, a
-// blank and the text: "4 #account#SignOut#  SignOutEndInvalid Session ID".
+// blank and the text, "4 #account#SignOut#  SignOutEndInvalid Session ID"; the source file stands
+// between the two where it is not the component that writes.
 class LogCapture {
  public:
   LogCapture();
@@ -37,15 +27,12 @@ class LogCapture {
 
   // All lines so far; the capture is empty then.
   std::vector<std::string> Take();
-  // The source file that wrote the latest line.
-  std::string file();
   // Runs on the thread that writes, before the line is kept.
   void OnLine(std::function<void(const std::string&)> action);
 
  private:
   std::mutex mutex_;
   std::vector<std::string> lines_;
-  std::string file_;
   std::function<void(const std::string&)> action_;
 };
 
@@ -80,11 +67,11 @@ class AccountTest : public testing::Test {
 
   // Ends a runtime that is there.
   void StartRuntime();
-  std::string database_path() const { return folder_.path() + "/account.db"; }
+  std::string database_path() const { return folder_ + "/account.db"; }
   // Runs SQL on the database from outside and gives the rows, columns joined by "|".
   std::vector<std::string> Sql(const std::string& statement) const;
 
-  TempFolder folder_;
+  std::string folder_;  // In memory where there is one; gone with the test.
   LogCapture log_;
   std::unique_ptr<devcloud::Cloud> cloud_;
   std::map<std::string, std::string> config_;  // Keys for StartRuntime; complete from the start.
