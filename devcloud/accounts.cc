@@ -20,7 +20,7 @@ std::string Accounts::IssueCode(const std::string& user_id) {
   ForgetExpired();
   std::string& guid = records_.guids[user_id];
   if (guid.empty()) guid = NewGuid();
-  const std::string code = NewSecret("code-");
+  std::string code = NewSecret("code-");
   records_.codes[code] = {guid, clock_.Now() + kCodeLifetime};
   return code;
 }

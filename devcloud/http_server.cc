@@ -31,7 +31,7 @@ class Listener {
   Listener(asio::io_context& io, OnAccept on_accept)
       : holder_(io), acceptor_(io), pause_(io), on_accept_(std::move(on_accept)) {}
 
-  bool Hold(tcp::endpoint endpoint, error_code& error) {
+  bool Hold(const tcp::endpoint& endpoint, error_code& error) {
     holder_.open(endpoint.protocol(), error);
     if (!error) holder_.set_option(tcp::socket::reuse_address(true), error);
     if (!error) holder_.bind(endpoint, error);

@@ -48,7 +48,7 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
   const std::unique_ptr<Transport> transport_;
   RequestHandler& handler_;
   const std::function<void(const HttpSession*)> on_end_;
-  std::array<char, 64 * 1024> chunk_;
+  std::array<char, 65536> chunk_;
   std::string unread_;  // came, but not parsed yet
   std::unique_ptr<Parser> parser_;
   RecordedRequest request_;

@@ -79,7 +79,7 @@ class PlainTransport : public SocketTransport<boost::asio::ip::tcp::socket> {
 
  private:
   // Closing while bytes are still unread would reset the connection.
-  void Drain(Handler handler) {
+  void Drain(const Handler& handler) {
     Read(drained_.data(), drained_.size(), [this, handler](bool ok, std::size_t) {
       if (ok) {
         Drain(handler);

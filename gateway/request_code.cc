@@ -12,7 +12,7 @@ namespace {
 
 constexpr long kConnectSeconds = 5;
 constexpr long kTransferSeconds = 30;
-constexpr size_t kMaxAnswerBytes = 64 * 1024;
+constexpr size_t kMaxAnswerBytes = size_t{64} * 1024;
 
 struct CurlDeleter {
   void operator()(CURL* handle) const { curl_easy_cleanup(handle); }

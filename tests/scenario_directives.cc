@@ -148,7 +148,7 @@ void ScenarioRunner::AddValues() {
     for (int i = std::stoi(w[1]); i > 0; --i) text += w[2];
     variables_.Set(w[0], text);
   });
-  Step("check", 3, [this](W w) {
+  Step("check", 3, [](W w) {
     const bool equal = w[0] == w[2];
     const bool good = w[1] == "="    ? equal
                       : w[1] == "!=" ? !equal
@@ -193,7 +193,7 @@ void ScenarioRunner::AddCloud() {
 
 void ScenarioRunner::AddTrouble() {
   Step("flag", 1, [this](W w) { flag_ = w[0] == "true"; });
-  Step("refuse-event", 2, [this](W w) {
+  Step("refuse-event", 2, [](W w) {
     evt::EventManager::GetInstance()->RefuseForTest(std::stoi(w[0]), OnOrOff(w[1]));
   });
   Step("lock", 1, [this](W w) {
@@ -205,7 +205,7 @@ void ScenarioRunner::AddTrouble() {
     const int begun = sqlite3_exec(database, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr);
     if (begun != SQLITE_OK) Fail(sqlite3_errmsg(database));
   });
-  Step("deny-delete", 2, [this](W w) {
+  Step("deny-delete", 2, [](W w) {
     g_denied_table = w[0];
     g_deletions_left = std::stoi(w[1]);
     sqlite3_auto_extension(reinterpret_cast<void (*)()>(&InstallAuthorizer));

@@ -2,11 +2,6 @@
 
 #include <curl/curl.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
-#include <sys/stat.h>
-
-#include <filesystem>
-#include <fstream>
 
 #include "devcloud/tests/client.h"
 
@@ -79,13 +74,18 @@ TEST(CloudTest, UnknownPathsAndMethodsAreRefused) {
 TEST(CloudTest, RefusesConnectionsAndOpensTheSamePortsAgain) {
   const auto cloud = StartCloud();
   Connection idle(cloud->http_url());
-  for (int round = 0; round < 2; ++round) {
-    cloud->RefuseConnections(true);
+  const std::string faults = cloud->api_url() + "/api/faults";
+  for (const bool by_api : {false, true}) {
+    if (by_api) {
+      EXPECT_EQ(Send("POST", faults, "{\"kind\":\"refuse\"}").status, 200);
+    } else {
+      cloud->RefuseConnections(true);
+    }
     EXPECT_EQ(idle.ReadUntil(""), "");
     EXPECT_EQ(Send("GET", cloud->http_url() + "/authorize").error, CURLE_COULDNT_CONNECT);
     EXPECT_EQ(Send("GET", cloud->https_url() + "/authorize").error, CURLE_COULDNT_CONNECT);
     EXPECT_EQ(Send("GET", cloud->api_url() + "/api/state").status, 200);
-    cloud->RefuseConnections(false);
+    by_api ? (void)Send("DELETE", faults) : cloud->RefuseConnections(false);
     EXPECT_EQ(Send("GET", cloud->http_url() + "/authorize").status, 200);
     EXPECT_EQ(Send("GET", cloud->https_url() + "/authorize").status, 200);
   }
@@ -103,61 +103,6 @@ TEST(CloudTest, StopsWithConnectionsOpen) {
   ASSERT_TRUE(cloud->WaitForRequests(1));
   cloud = nullptr;
   EXPECT_EQ(stalled.ReadUntil("") + idle.ReadUntil("") + no_handshake.ReadUntil(""), "");
-}
-
-class StateFileTest : public testing::Test {
- protected:
-  StateFileTest() {
-    const bool has_shm = std::filesystem::is_directory("/dev/shm");
-    std::string folder = (has_shm ? "/dev/shm" : testing::TempDir()) + "/devcloud.XXXXXX";
-    options_.state_file = std::string(mkdtemp(folder.data())) + "/state";
-  }
-  ~StateFileTest() override {
-    std::filesystem::remove_all(std::filesystem::path(options_.state_file).parent_path());
-  }
-
-  Options options_;
-};
-
-TEST_F(StateFileTest, AccountsAndGatewaysSurviveARestart) {
-  std::string code, guid;
-  {
-    const auto cloud = StartCloud(options_);
-    code = cloud->IssueCode("ann");
-    guid = cloud->UserGuid("ann");
-    cloud->AddGateway("AABB");
-  }
-  struct stat status;
-  ASSERT_EQ(stat(options_.state_file.c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0777, 0600u);
-  const auto cloud = StartCloud(options_);
-  EXPECT_EQ(cloud->UserGuid("ann"), guid);
-  EXPECT_NE(Send("GET", cloud->api_url() + "/api/state").text.find(cloud->PeerId("AABB")),
-            std::string::npos);
-  const std::string form = "grant_type=authorization_code&client_id=a&client_secret=b&code=" + code;
-  EXPECT_EQ(Send("POST", cloud->http_url() + "/token", form).status, 200);
-}
-
-TEST_F(StateFileTest, StartSaysInOneLineWhatIsWrong) {
-  std::ofstream(options_.state_file) << "{}";
-  const auto running = StartCloud();
-  Options taken, unknown, foreign;
-  taken.http_port = static_cast<std::uint16_t>(
-      std::stoi(running->http_url().substr(running->http_url().rfind(':') + 1)));
-  unknown.address = "nowhere";
-  foreign.address = "192.0.2.1";
-  const std::pair<Options, const char*> kCases[] = {
-      {taken, "Address already in use"},
-      {unknown, "nowhere: not an IP address"},
-      {foreign, "Cannot assign requested address"},
-      {options_, "/state: "},
-  };
-  for (const auto& [options, expected] : kCases) {
-    std::string error;
-    EXPECT_EQ(Cloud::Start(options, &error), nullptr) << expected;
-    EXPECT_NE(error.find(expected), error.npos) << error;
-    EXPECT_EQ(error.find('\n'), error.npos) << error;
-  }
 }
 
 }  // namespace

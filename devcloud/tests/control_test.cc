@@ -1,6 +1,5 @@
 #include "devcloud/control.h"
 
-#include <curl/curl.h>
 #include <gtest/gtest.h>
 
 #include "devcloud/tests/client.h"
@@ -29,23 +28,6 @@ TEST(ControlTest, RefusesWhatIsNoFaultOrStep) {
     EXPECT_EQ(Send("POST", cloud->api_url() + path, body).status, 400) << body;
   }
   EXPECT_EQ(Send("POST", cloud->http_url() + "/token", "x=y").status, 400) << "a fault was added";
-}
-
-TEST(ControlTest, FaultsComeAndGoByApi) {
-  const auto cloud = StartCloud();
-  const std::string api = cloud->api_url() + "/api/faults";
-  const std::string fault =
-      "{\"kind\":\"status\",\"path\":\"/token\",\"times\":-1,\"status\":503,\"body\":\"b\","
-      "\"content_type\":\"text/x\",\"header_lines\":[\"A: b\"],\"bytes\":1,\"location\":\"/\"}";
-  EXPECT_EQ(Send("POST", api, fault).status, 200);
-  const std::string seen = Send("POST", cloud->http_url() + "/token").text;
-  EXPECT_EQ(seen,
-            "HTTP/1.1 503 Service Unavailable\r\nContent-Type: text/x\r\nContent-Length: 1\r\n"
-            "A: b\r\n\r\nb");
-  EXPECT_EQ(Send("POST", api, "{\"kind\":\"refuse\"}").status, 200);
-  EXPECT_EQ(Send("POST", cloud->http_url() + "/token").error, CURLE_COULDNT_CONNECT);
-  EXPECT_EQ(Send("DELETE", api).status, 200);
-  EXPECT_EQ(Send("POST", cloud->http_url() + "/token").status, 400);
 }
 
 TEST(ControlTest, ShowsRequestsButNotItsOwn) {

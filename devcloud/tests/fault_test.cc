@@ -6,58 +6,39 @@
 namespace devcloud {
 namespace {
 
-using Kind = Fault::Kind;
-
-Fault Make(Kind kind, std::size_t bytes = 0, const std::string& body = "") {
-  Fault fault;
-  fault.kind = kind;
-  fault.bytes = bytes;
-  fault.body = body;
-  return fault;
-}
-
-Fault MakeStatus(Kind kind, int status) {
-  Fault fault = Make(kind);
-  fault.status = status;
-  return fault;
-}
-
 const char* const kNormalHead = "HTTP/1.1 400 Bad Request\r\n";
 
 // Each case is one fault and what a client then sees; without a fault, the form "x=y" gets 400.
 TEST(FaultTest, EachKindIsSeenByAClient) {
-  Fault hops = MakeStatus(Kind::kRedirect, 307);
-  hops.times = 3;
-  Fault away = Make(Kind::kRedirect);
-  away.location = "/authorize";
-  Fault extra = Make(Kind::kBody, 0, "{}");
-  extra.header_lines = {"X-Extra:  1"};
-  extra.content_type = "application/json";
   const struct {
-    Fault fault;
+    const char* fault;  // as the API takes it
     int error;
     long status;
     std::string begin, end;
     std::size_t requests = 1;
   } kCases[] = {
-      {Make(Kind::kStatus), 0, 500, "HTTP/1.1 500 Internal Server Error\r\n", "ordered.\n"},
-      {MakeStatus(Kind::kStatus, 204), 0, 204, "HTTP/1.1 204 No Content\r\n\r\n", ""},
-      {extra, 0, 200, "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\n", "1\r\n\r\n{}"},
-      {Make(Kind::kRaw, 0, "HTTP/1.1 299\nA: b\n\nc"), 0, 299, "HTTP/1.1 299\nA: b\n\nc", ""},
-      {Make(Kind::kResetAfter, 0), CURLE_RECV_ERROR, 0, "", ""},
-      {Make(Kind::kResetAfter, 26), CURLE_RECV_ERROR, 400, kNormalHead, "Request\r\n"},
-      {Make(Kind::kTruncateAfter, 0), CURLE_GOT_NOTHING, 0, "", ""},
-      {Make(Kind::kTruncateAfter, 150), CURLE_PARTIAL_FILE, 400, kNormalHead, ""},
-      {Make(Kind::kDrip), 0, 400, kNormalHead, "}"},
-      {hops, 0, 400, "HTTP/1.1 307 Temporary Redirect\r\n", "}", 4},
-      {away, 0, 400, "HTTP/1.1 302 Found\r\n", "}", 2},
+      {R"("status")", 0, 500, "HTTP/1.1 500 Internal Server Error\r\n", "ordered.\n"},
+      {R"("status","status":204)", 0, 204, "HTTP/1.1 204 No Content\r\n\r\n", ""},
+      {R"("body","body":"{}","content_type":"application/json","header_lines":["X-Extra:  1"])", 0,
+       200, "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: 2\r\n",
+       "X-Extra:  1\r\n\r\n{}"},
+      {R"("raw","body":"HTTP/1.1 299\nA: b\n\nc")", 0, 299, "HTTP/1.1 299\nA: b\n\nc", ""},
+      {R"("reset_after","bytes":0)", CURLE_RECV_ERROR, 0, "", ""},
+      {R"("reset_after","bytes":26)", CURLE_RECV_ERROR, 400, kNormalHead, "Request\r\n"},
+      {R"("truncate_after","bytes":0)", CURLE_GOT_NOTHING, 0, "", ""},
+      {R"("truncate_after","bytes":150)", CURLE_PARTIAL_FILE, 400, kNormalHead, ""},
+      {R"("drip")", 0, 400, kNormalHead, "}"},
+      {R"("redirect","status":307,"times":3)", 0, 400, "HTTP/1.1 307 Temporary Redirect\r\n", "}",
+       4},
+      {R"("redirect","location":"/authorize")", 0, 400, "HTTP/1.1 302 Found\r\n", "}", 2},
   };
   const auto cloud = StartCloud();
   for (const std::string& url : {cloud->http_url(), cloud->https_url()}) {
     for (const auto& test : kCases) {
       const std::string name = url + " case " + std::to_string(&test - kCases);
       cloud->ClearRequests();
-      cloud->AddFault(test.fault);
+      const std::string fault = std::string("{\"kind\":") + test.fault + "}";
+      EXPECT_EQ(Send("POST", cloud->api_url() + "/api/faults", fault).status, 200) << fault;
       const Exchange seen = Send("POST", url + "/token", "x=y");
       EXPECT_EQ(seen.error, test.error) << name;
       EXPECT_EQ(seen.status, test.status) << name;
@@ -73,19 +54,18 @@ TEST(FaultTest, EachKindIsSeenByAClient) {
 TEST(FaultTest, DripSendsSingleBytes) {
   const auto cloud = StartCloud();
   EXPECT_GT(Send("POST", cloud->https_url() + "/token", "x=y").largest_piece, 1u);
-  cloud->AddFault(Make(Kind::kDrip));
+  Fault drip;
+  drip.kind = Fault::Kind::kDrip;
+  cloud->AddFault(drip);
   EXPECT_EQ(Send("POST", cloud->https_url() + "/token", "x=y").largest_piece, 1u);
 }
 
 TEST(FaultTest, PathAndTimesSayWhoMeetsIt) {
   const auto cloud = StartCloud();
-  Fault token = MakeStatus(Kind::kStatus, 503);
-  token.path = "/token";
-  token.times = -1;
-  Fault any = MakeStatus(Kind::kStatus, 502);
-  any.times = 2;
-  cloud->AddFault(token);
-  cloud->AddFault(any);
+  for (const char* fault : {R"({"kind":"status","status":503,"path":"/token","times":-1})",
+                            R"({"kind":"status","status":502,"times":2})"}) {
+    EXPECT_EQ(Send("POST", cloud->api_url() + "/api/faults", fault).status, 200);
+  }
   const std::pair<const char*, long> kSteps[] = {
       {"/token", 503},         {"/authorize", 502}, {"/token?q", 503}, {"/token/x", 502},
       {"/authorize?q=1", 400}, {"/api/state", 405}, {"/token", 503},
@@ -93,13 +73,15 @@ TEST(FaultTest, PathAndTimesSayWhoMeetsIt) {
   for (const auto& [target, status] : kSteps) {
     EXPECT_EQ(Send("POST", cloud->http_url() + target, "x=y").status, status) << target;
   }
-  cloud->ClearFaults();
+  EXPECT_EQ(Send("DELETE", cloud->api_url() + "/api/faults").status, 200);
   EXPECT_EQ(Send("POST", cloud->http_url() + "/token", "x=y").status, 400);
 }
 
 TEST(FaultTest, StalledRequestsGoOnWhenFaultsAreCleared) {
   const auto cloud = StartCloud();
-  cloud->AddFault(Make(Kind::kStall));
+  Fault stall;
+  stall.kind = Fault::Kind::kStall;
+  cloud->AddFault(stall);
   Connection connection(cloud->http_url());
   connection.Write("POST /authorize HTTP/1.1\r\nContent-Length: 8\r\n\r\nuser=ann");
   ASSERT_TRUE(cloud->WaitForRequests(1));

@@ -1,5 +1,5 @@
 // Scripts, pipes and signals, through the real program with a component that needs no cloud.
-#include "gateway/tests/program.h"
+#include "tests/program.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -13,16 +13,21 @@
 namespace gateway {
 namespace {
 
+using programs::Ended;
+using programs::RunProgram;
+using programs::TerminalProgram;
+
 class ProgramTest : public testing::Test {
  protected:
   ProgramTest() { mkfifo(pipe_.c_str(), 0600); }
 
-  const TestFolder folder_;
+  const programs::TestFolder folder_;
   // The component's long operation lasts until the test closes it.
   const std::string pipe_ = folder_.Path("pipe");
-  const std::string arguments_ = "--config " + folder_.Write("config.xml", "<config></config>") +
-                                 " --component " + Library("libqorn_gateway_fake_component.so") +
-                                 " --log " + folder_.Path("log") + " ";
+  const std::string command_ = "qorn-gateway --config " +
+                               folder_.Write("config.xml", "<config></config>") + " --component " +
+                               programs::Library("libqorn_gateway_fake_component.so") + " --log " +
+                               folder_.Path("log") + " ";
 };
 
 TEST_F(ProgramTest, RunsAScriptToItsEndWithEventsBeforeAnswers) {
@@ -32,7 +37,7 @@ TEST_F(ProgramTest, RunsAScriptToItsEndWithEventsBeforeAnswers) {
                                            "create-user alice secret-code\r\n"
                                            "expect 5 check-session-validation 5\n"
                                            "get-session-info $user_uuid");
-  const Ended ended = RunProgram(arguments_ + "--script " + script);
+  const Ended ended = RunProgram(command_ + "--script " + script);
   EXPECT_EQ(ended.status, 0);
   EXPECT_EQ(ended.errors, "");
   EXPECT_EQ(ended.output,
@@ -48,36 +53,41 @@ TEST_F(ProgramTest, StopsAtTheFirstFailureUnlessItKeepsGoing) {
                               "expect 1 check-session-validation 2", "say $nothing"}) {
     const std::string script =
         folder_.Write("bad.qorn", std::string("say one\n") + failure + "\nsay two\n");
-    const Ended stopping = RunProgram(arguments_ + "--script " + script);
+    const Ended stopping = RunProgram(command_ + "--script " + script);
     EXPECT_EQ(stopping.status, 1) << failure;
     EXPECT_EQ(stopping.errors.find("qorn-gateway: " + script + ":2: "), 0U) << stopping.errors;
     EXPECT_EQ(stopping.output.find("two"), std::string::npos) << failure;
-    const Ended going = RunProgram(arguments_ + "--keep-going --script " + script);
+    const Ended going = RunProgram(command_ + "--keep-going --script " + script);
     EXPECT_EQ(going.status, 1) << failure;
     EXPECT_EQ(going.errors, stopping.errors);
     EXPECT_NE(going.output.find("two"), std::string::npos) << failure;
   }
 }
 
-TEST_F(ProgramTest, TakesAPipeAsAScript) {
-  const Ended good = RunProgram(arguments_, "say one\nquit\nsay two\n");
-  EXPECT_EQ(good.status, 0);
-  EXPECT_EQ(good.output, "one\n");
-  const Ended bad = RunProgram(arguments_, "nonsense");
-  EXPECT_EQ(bad.status, 1);
-  EXPECT_EQ(bad.errors.find("qorn-gateway: standard input:1: unknown command"), 0U);
+TEST_F(ProgramTest, TakesAPipeAsAScriptAndNoEndlessLine) {
+  const std::string place = "qorn-gateway: standard input:1: ";
+  const struct {
+    std::string input;
+    int status;
+    std::string output, errors;
+  } cases[] = {
+      {"say one\nquit\nsay two\n", 0, "one\n", ""},
+      {"nonsense", 1, "", place + "unknown command \"nonsense\"; \"help\" lists them all\n"},
+      {std::string(9 << 20, 'a') + "\nsay next\n", 1, "next\n", place + "the line is too long\n"},
+  };
+  for (const auto& c : cases) {
+    const Ended ended = RunProgram(command_ + "--keep-going", c.input);
+    EXPECT_EQ(ended.status, c.status);
+    EXPECT_EQ(ended.output, c.output);
+    EXPECT_EQ(ended.errors, c.errors);
+  }
 }
 
-TEST_F(ProgramTest, RefusesAnEndlessLineAndAScriptThatIsAFolder) {
-  const Ended ended =
-      RunProgram(arguments_ + "--keep-going", std::string(9 << 20, 'a') + "\nsay next\n");
-  EXPECT_EQ(ended.status, 1);
-  EXPECT_EQ(ended.errors, "qorn-gateway: standard input:1: the line is too long\n");
-  EXPECT_EQ(ended.output, "next\n");
+TEST_F(ProgramTest, RefusesAScriptThatIsAFolder) {
   const std::string script = folder_.Path(".");
-  const Ended folder = RunProgram(arguments_ + "--script " + script);
-  EXPECT_EQ(folder.status, 1);
-  EXPECT_EQ(folder.errors, "qorn-gateway: " + script + ": cannot be read: Is a directory\n");
+  const Ended ended = RunProgram(command_ + "--script " + script);
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_EQ(ended.errors, "qorn-gateway: " + script + ": cannot be read: Is a directory\n");
 }
 
 // A script in the middle of a long operation.
@@ -85,7 +95,7 @@ class BusyProgramTest : public ProgramTest {
  protected:
   BusyProgramTest() {
     program_ = std::make_unique<TerminalProgram>(
-        arguments_ + "--script " +
+        command_ + "--script " +
         folder_.Write("busy.qorn", "search-user " + pipe_ + " x\nsay later\n"));
     writer_ = open(pipe_.c_str(), O_WRONLY | O_CLOEXEC);  // returns once the command reads
   }
@@ -119,7 +129,7 @@ TEST_F(BusyProgramTest, EndsAtOnceAtASecondSignal) {
 // The prompt, and a person at it.
 class TerminalTest : public ProgramTest {
  protected:
-  TerminalTest() : program_(arguments_) { EXPECT_TRUE(program_.WaitFor("qorn> ")); }
+  TerminalTest() : program_(command_) { EXPECT_TRUE(program_.WaitFor("qorn> ")); }
 
   TerminalProgram program_;
 };

@@ -63,17 +63,14 @@ TEST_F(RequestCodeTest, SaysWhyThereIsNoCode) {
   }
   EXPECT_EQ(Request("file:///etc/hostname#", "a"),
             "error: file:///etc/hostname#/authorize: Unsupported protocol");
-  cloud_->RefuseConnections(true);
-  EXPECT_EQ(Request(url, "alice"), "error: " + url + "/authorize: Couldn't connect to server");
-}
-
-TEST_F(RequestCodeTest, EndsWhenToldToStop) {
   devcloud::Fault stall;
   stall.kind = devcloud::Fault::Kind::kStall;
   cloud_->AddFault(stall);
   stopped_ = true;
-  EXPECT_EQ(Request(cloud_->http_url(), "alice"),
-            "error: " + cloud_->http_url() + "/authorize: told to stop");
+  EXPECT_EQ(Request(url, "alice"), "error: " + url + "/authorize: told to stop");
+  stopped_ = false;
+  cloud_->RefuseConnections(true);
+  EXPECT_EQ(Request(url, "alice"), "error: " + url + "/authorize: Couldn't connect to server");
 }
 
 }  // namespace

@@ -7,18 +7,24 @@
 #include <utility>
 #include <vector>
 
-#include "gateway/tests/program.h"
+#include "tests/program.h"
 
 namespace gateway {
 namespace {
 
-std::string Fake() { return " --component " + Library("libqorn_gateway_fake_component.so"); }
+using programs::Ended;
+using programs::Library;
+using programs::TestFolder;
+
+Ended RunGateway(const std::string& arguments) {
+  return programs::RunProgram("qorn-gateway " + arguments);
+}
 
 TEST(Start, AnswersVersionAndHelp) {
-  const Ended version = RunProgram("--version");
+  const Ended version = RunGateway("--version");
   EXPECT_EQ(version.status, 0);
   EXPECT_EQ(version.output, "qorn-gateway 0.1.0\n");
-  const Ended help = RunProgram("--help");
+  const Ended help = RunGateway("--help");
   EXPECT_EQ(help.status, 0);
   for (const char* option : {"--config", "--component", "--log", "--script", "--keep-going",
                              "--show-secrets", "--version", "Exit status"}) {
@@ -50,7 +56,7 @@ TEST(Start, NamesWhatIsWrongInOneLineAndExitsWith2) {
       {"script.qorn", {"script.qorn"}},
   };
   for (const auto& [arguments, words] : cases) {
-    const Ended ended = RunProgram(arguments);
+    const Ended ended = RunGateway(arguments);
     EXPECT_EQ(ended.status, 2) << arguments;
     EXPECT_EQ(ended.output, "");
     EXPECT_EQ(ended.errors.find("qorn-gateway: "), 0U) << ended.errors;
@@ -67,7 +73,8 @@ TEST(Start, ReadsTheShippedConfigurationAndAppendsToALogThatNobodyElseReads) {
   umask(0);
   std::uintmax_t size = 0;
   for (int round = 0; round < 2; ++round) {
-    const Ended ended = RunProgram("--log " + log + Fake());
+    const Ended ended =
+        RunGateway("--log " + log + " --component " + Library("libqorn_gateway_fake_component.so"));
     EXPECT_EQ(ended.status, 0);
     EXPECT_EQ(ended.errors, "");
     EXPECT_GT(std::filesystem::file_size(log), size);

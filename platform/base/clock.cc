@@ -31,7 +31,7 @@ class RealClock : public Clock {
   void WaitUntil(Lock& lock, ConditionVariable& changed, TimeDelta deadline) const override
       EXCLUSIVE_LOCKS_REQUIRED(lock) {
     // A far deadline would leave the range of the system's clock.
-    const TimeDelta longest = TimeDelta::FromSeconds(24 * 60 * 60);
+    const TimeDelta longest = TimeDelta::FromSeconds(std::int64_t{24} * 60 * 60);
     const TimeDelta wait = std::min(deadline - Uptime(), longest);
     changed.WaitFor(lock, std::chrono::microseconds(wait.InMicroseconds()));
   }

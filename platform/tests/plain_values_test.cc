@@ -2,12 +2,15 @@
 #include <stdlib.h>
 
 #include <climits>
-#include <sstream>
+#include <tuple>
+#include <vector>
 
 #include "base/file_path.h"
 #include "base/path_service.h"
+#include "base/pickle.h"
 #include "base/string_number_conversions.h"
 #include "base/time.h"
+#include "tests/test_support.h"
 
 namespace {
 
@@ -15,50 +18,81 @@ using base::Time;
 using base::TimeDelta;
 using std::string_literals::operator""s;
 
-void ExpectRead(const std::string& text, int expected, bool valid) {
-  int value = 77;
-  EXPECT_EQ(base::StringToInt(text, &value), valid) << text;
-  EXPECT_EQ(value, expected) << text;
+TEST(StringToInt, LeavesWhatItHadReadInTheOutput) {
+  const auto read = [](const std::string& text) {
+    int value = 77;
+    const bool valid = base::StringToInt(text, &value);
+    return (valid ? "" : "refused at ") + std::to_string(value);
+  };
+  for (const auto& [text, expected] : ReadCases("integer_cases.txt")) {
+    EXPECT_EQ(read(text), expected) << text;
+  }
+  EXPECT_EQ(read("\t\n\v\f\r "), "refused at 0");
+  EXPECT_EQ(read("\t\n\v\f\r -7"), "refused at -7");
+  EXPECT_EQ(read("-7\0"s), "refused at -7");
+  EXPECT_EQ(base::IntToString(INT_MIN), "-2147483648");
 }
 
-TEST(StringToInt, LeavesWhatItHadReadInTheOutput) {
-  // Each text is followed by its value.
-  std::istringstream valid(
-      "0 0 +5 5 -5 -5 -0 0 007 7 2147483647 2147483647 -2147483648 -2147483648");
-  std::istringstream invalid(
-      "+ 0 - 0 +-5 0 abc 0 12abc 12 2013/11/11 2013 0x10 0 2147483648 2147483647 "
-      "-2147483649 -2147483648 99999999999999999999x 2147483647 -99999999999999999999 -2147483648");
-  std::string text;
-  int value = 0;
-  while (valid >> text >> value) ExpectRead(text, value, true);
-  while (invalid >> text >> value) ExpectRead(text, value, false);
-  for (const char* empty : {"", " ", "\t\n\v\f\r "}) ExpectRead(empty, 0, false);
-  for (const std::string& padded : {" -7"s, "\t\n\v\f\r -7"s, "-7 "s, "-7\0"s})
-    ExpectRead(padded, -7, false);
-  for (const int number : {0, -1, INT_MAX, INT_MIN}) {
-    ExpectRead(base::IntToString(number), number, true);
+TEST(Pickle, WritesASizeAndPaddedFields) {
+  Pickle pickle;
+  EXPECT_EQ(std::string(pickle.data(), pickle.size()), "\0\0\0\0"s);
+  EXPECT_TRUE(pickle.WriteString("abcde") && pickle.WriteInt(-2));
+  EXPECT_TRUE(pickle.WriteString("") && pickle.WriteString("a\0cd"s));
+  EXPECT_EQ(std::string(pickle.data(), pickle.size()),
+            "\x1c\0\0\0\x05\0\0\0"s + "abcde\0\0\0\xfe\xff\xff\xff\0\0\0\0\x04\0\0\0"s + "a\0cd"s);
+
+  Pickle borrowed(pickle.data(), pickle.size());
+  EXPECT_EQ(borrowed.data(), pickle.data());
+  EXPECT_FALSE(borrowed.WriteInt(1) || borrowed.WriteString(""));
+  Pickle copy(borrowed);
+  EXPECT_NE(copy.data(), pickle.data());
+  EXPECT_TRUE(copy.WriteInt(1));
+  PickleIterator reader(copy);
+  std::string texts[3];
+  int numbers[2];
+  EXPECT_TRUE(reader.ReadString(&texts[0]) && reader.ReadInt(&numbers[0]));
+  EXPECT_TRUE(reader.ReadString(&texts[1]) && reader.ReadString(&texts[2]));
+  EXPECT_TRUE(reader.ReadInt(&numbers[1]) && !reader.ReadInt(&numbers[1]));
+  EXPECT_TRUE(texts[0] == "abcde" && texts[1].empty() && texts[2] == "a\0cd"s);
+  EXPECT_TRUE(numbers[0] == -2 && numbers[1] == 1);
+}
+
+TEST(PickleIterator, RefusesWhatDoesNotFit) {
+  // No size or half of one; sizes that are not the payload's; half a length; lengths that are too
+  // large, in the end the largest and a negative one.
+  for (const std::string& bytes :
+       {""s, "\x08\0"s, "\x09\0\0\0\x01\0\0\0abcd"s, "\0\0\0\0\x01\0\0\0a"s, "\x02\0\0\0\x01\0"s,
+        "\x08\0\0\0\x05\0\0\0abcd"s, "\x08\0\0\0\xff\xff\xff\x7f"s + "abcd",
+        "\x08\0\0\0\xff\xff\xff\xff"s + "abcd", "\x05\0\0\0\x01\0\0\0a"s}) {
+    // Memory of the case's own size, so that the address sanitizer sees a byte too many.
+    const std::vector<char> exact(bytes.begin(), bytes.end());
+    PickleIterator reader(Pickle(exact.data(), exact.size()));
+    std::string text = "untouched";
+    int number = 7;
+    // The last case is without the padding of its only field.
+    const bool reads = bytes.starts_with('\x05');
+    EXPECT_EQ(reader.ReadString(&text), reads) << testing::PrintToString(bytes);
+    EXPECT_EQ(text, reads ? "a" : "untouched");
+    EXPECT_TRUE(!reader.ReadInt(&number) && number == 7);
   }
 }
 
 TEST(Time, ExplodesInTheZoneOfTheMoment) {
-  const struct {
-    int64_t microseconds;
-    const char* zone;
-    const char* local;
-  } kCases[] = {{1384156800'123'999, "EAST-9", "2013 11 1 11 17 0 0 123 "},
-                {1384156800'000'000, "WEST8", "2013 11 1 11 0 0 0 0 "},
-                {-1, "UTC0", "1969 12 3 31 23 59 59 999 "},
-                {4102444799'000'000, "UTC0", "2099 12 4 31 23 59 59 0 "}};
-  for (const auto& c : kCases) {
-    setenv("TZ", c.zone, 1);
+  const std::tuple<int64_t, const char*, const char*> kCases[] = {
+      {1384156800'123'999, "EAST-9", "2013 11 1 11 17 0 0 123 "},
+      {1384156800'000'000, "WEST8", "2013 11 1 11 0 0 0 0 "},
+      {-1, "UTC0", "1969 12 3 31 23 59 59 999 "},
+      {4102444799'000'000, "UTC0", "2099 12 4 31 23 59 59 0 "}};
+  for (const auto& [microseconds, zone, local] : kCases) {
+    setenv("TZ", zone, 1);
     Time::Exploded t{};
-    (Time::UnixEpoch() + TimeDelta::FromMicroseconds(c.microseconds)).LocalExplode(&t);
+    (Time::UnixEpoch() + TimeDelta::FromMicroseconds(microseconds)).LocalExplode(&t);
     std::string text;
     for (const int part : {t.year, t.month, t.day_of_week, t.day_of_month, t.hour, t.minute,
                            t.second, t.millisecond}) {
       text += std::to_string(part) + " ";
     }
-    EXPECT_EQ(text, c.local) << c.zone;
+    EXPECT_EQ(text, local) << zone;
   }
   unsetenv("TZ");
 }

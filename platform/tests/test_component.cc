@@ -8,9 +8,10 @@ extern "C" Component* GetComponent();
 
 namespace {
 
+Component* g_component = nullptr;
+
 bool Succeeds(const std::string& step) {
-  logging::LogMessage(__FILE__, __LINE__, logging::LOG_INFO).stream()
-      << TEST_COMPONENT_NAME << " " << step;
+  logging::LogMessage("", 0, logging::LOG_INFO).stream() << TEST_COMPONENT_NAME << " " << step;
   std::string failing;
   runtime::Runtime::GetInstance()->GetConfigOption(TEST_COMPONENT_NAME, &failing);
   return failing != step;
@@ -18,7 +19,10 @@ bool Succeeds(const std::string& step) {
 
 class TestComponent : public Component {
  public:
-  ~TestComponent() override;
+  ~TestComponent() override {
+    Succeeds("destructor");
+    g_component = nullptr;
+  }
 
   bool QueryInterface(const std::string& name, void** out) override {
     if (name != TEST_COMPONENT_NAME) return false;
@@ -31,13 +35,6 @@ class TestComponent : public Component {
   bool Start() override { return Succeeds("Start"); }
   bool Finalize() override { return Succeeds("Finalize"); }
 };
-
-TestComponent* g_component = nullptr;
-
-TestComponent::~TestComponent() {
-  Succeeds("destructor");
-  g_component = nullptr;
-}
 
 }  // namespace
 

@@ -2,18 +2,16 @@
 #ifndef QORN_PLATFORM_TESTS_TEST_SUPPORT_H_
 #define QORN_PLATFORM_TESTS_TEST_SUPPORT_H_
 
+#include <gtest/gtest.h>
 #include <stdlib.h>
 
 #include <filesystem>
 #include <fstream>
+#include <iomanip>
 #include <iterator>
-#include <memory>
 #include <string>
 #include <utility>
-
-#include "base/lock.h"
-#include "base/logging.h"
-#include "base/simple_thread.h"
+#include <vector>
 
 // A folder of the test's own, in memory where there is such a place, gone at the end.
 class TestFolder {
@@ -43,49 +41,17 @@ inline void WriteFile(const std::string& path, const std::string& text) {
   std::ofstream(path, std::ios::binary) << text;
 }
 
-// Takes all log lines while it lives.
-class LogCapture {
- public:
-  LogCapture() {
-    logging::SetLogMessageHandler(
-        [kept = kept_](int, const char*, int, size_t message_start, const std::string& text) {
-          base::AutoLock hold(kept->lock);
-          kept->text += text.substr(message_start);
-          return true;
-        });
+// The pairs of words in a data file of the tests. `Words` between backquotes may hold blanks.
+inline std::vector<std::pair<std::string, std::string>> ReadCases(const std::string& name) {
+  std::ifstream stream(TEST_DATA + name);
+  std::vector<std::pair<std::string, std::string>> cases;
+  std::string first;
+  std::string second;
+  while (stream >> std::quoted(first, '`') >> std::quoted(second, '`')) {
+    cases.emplace_back(first, second);
   }
-  ~LogCapture() { logging::SetLogMessageHandler({}); }
-  LogCapture(const LogCapture&) = delete;
-  LogCapture& operator=(const LogCapture&) = delete;
-
-  // The texts of the lines since the last call, one behind the other.
-  std::string TakeText() {
-    base::AutoLock hold(kept_->lock);
-    return std::exchange(kept_->text, {});
-  }
-
- private:
-  struct Kept {
-    base::Lock lock;
-    std::string text GUARDED_BY(lock);
-  };
-
-  const std::shared_ptr<Kept> kept_ = std::make_shared<Kept>();
-};
-
-// Runs a function on a thread of the platform; joined at the end.
-template <typename Function>
-class TestThread : public base::SimpleThread {
- public:
-  explicit TestThread(Function function, const std::string& name = "TestThread")
-      : SimpleThread(name), function_(std::move(function)) {
-    Start();
-  }
-  ~TestThread() override { Join(); }
-  void Run() override { function_(); }
-
- private:
-  Function function_;
-};
+  EXPECT_FALSE(cases.empty()) << name;
+  return cases;
+}
 
 #endif  // QORN_PLATFORM_TESTS_TEST_SUPPORT_H_

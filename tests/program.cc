@@ -1,4 +1,4 @@
-#include "gateway/tests/program.h"
+#include "tests/program.h"
 
 #include <pty.h>
 #include <sys/wait.h>
@@ -11,15 +11,11 @@
 #include <iterator>
 #include <utility>
 
-namespace gateway {
+namespace programs {
 namespace {
 
 std::string ProgramFolder() {
   return std::filesystem::read_symlink("/proc/self/exe").parent_path();
-}
-
-std::string CommandLine(const std::string& arguments) {
-  return ProgramFolder() + "/qorn-gateway " + arguments;
 }
 
 int DecodeStatus(int status) { return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status); }
@@ -47,20 +43,21 @@ std::string TestFolder::Write(const std::string& name, const std::string& text) 
 
 std::string Library(const std::string& name) { return ProgramFolder() + "/../lib/" + name; }
 
-Ended RunProgram(const std::string& arguments, const std::string& input) {
+Ended RunProgram(const std::string& command, const std::string& input) {
   const TestFolder folder;
   const std::string output = folder.Path("output");
   const std::string errors = folder.Path("errors");
-  const int status = std::system(("cat " + folder.Write("input", input) + " | " +
-                                  CommandLine(arguments) + " >" + output + " 2>" + errors)
+  const int status = std::system(("cat " + folder.Write("input", input) + " | " + ProgramFolder() +
+                                  "/" + command + " >" + output + " 2>" + errors)
                                      .c_str());
   return Ended{DecodeStatus(status), ReadFile(output), ReadFile(errors)};
 }
 
-TerminalProgram::TerminalProgram(const std::string& arguments) {
+TerminalProgram::TerminalProgram(const std::string& command) {
   pid_ = forkpty(&terminal_, nullptr, nullptr, nullptr);
   if (pid_ == 0) {
-    execl("/bin/sh", "sh", "-c", ("TERM=dumb exec " + CommandLine(arguments)).c_str(), nullptr);
+    execl("/bin/sh", "sh", "-c", ("TERM=dumb exec " + ProgramFolder() + "/" + command).c_str(),
+          nullptr);
     _exit(127);
   }
 }
@@ -87,12 +84,13 @@ bool TerminalProgram::ReadMore() {
   return true;
 }
 
-bool TerminalProgram::WaitFor(const std::string& text) {
+bool TerminalProgram::WaitFor(const std::string& text, std::string* before) {
   size_t at = output_.find(text, found_);
   while (at == std::string::npos) {
     if (!ReadMore()) return false;
     at = output_.find(text, found_);
   }
+  if (before != nullptr) *before = output_.substr(found_, at - found_);
   found_ = at + text.size();
   return true;
 }
@@ -104,4 +102,4 @@ Ended TerminalProgram::Finish() {
   return Ended{DecodeStatus(status), output_, ""};
 }
 
-}  // namespace gateway
+}  // namespace programs

@@ -1,12 +1,12 @@
-// The gateway program under test.
-#ifndef QORN_GATEWAY_TESTS_PROGRAM_H_
-#define QORN_GATEWAY_TESTS_PROGRAM_H_
+// The programs of the build as child processes.
+#ifndef QORN_TESTS_PROGRAM_H_
+#define QORN_TESTS_PROGRAM_H_
 
 #include <sys/types.h>
 
 #include <string>
 
-namespace gateway {
+namespace programs {
 
 // A folder that is gone with the object.
 class TestFolder {
@@ -33,21 +33,22 @@ struct Ended {
   std::string errors;
 };
 
-// Runs the program to its end. Arguments are divided by blanks.
-Ended RunProgram(const std::string& arguments, const std::string& input = "");
+// Runs a program of the build to its end: "qorn-gateway --version". A shell reads the line.
+Ended RunProgram(const std::string& command, const std::string& input = "");
 
-// The program on a pseudo-terminal, where output and errors are one stream.
+// A program on a pseudo-terminal, where output and errors are one stream.
 class TerminalProgram {
  public:
-  explicit TerminalProgram(const std::string& arguments);
+  explicit TerminalProgram(const std::string& command);
   ~TerminalProgram();  // kills it if it still runs
   TerminalProgram(const TerminalProgram&) = delete;
   TerminalProgram& operator=(const TerminalProgram&) = delete;
 
   void Type(const std::string& keys);
   void Signal(int number);
-  // Reads until the text stands behind what the last call found; false at the end of the output.
-  bool WaitFor(const std::string& text);
+  // Reads until the text stands behind what the last call found, and stores what stood before it;
+  // false at the end of the output.
+  bool WaitFor(const std::string& text, std::string* before = nullptr);
   // Reads to the end.
   Ended Finish();
 
@@ -60,6 +61,6 @@ class TerminalProgram {
   size_t found_ = 0;
 };
 
-}  // namespace gateway
+}  // namespace programs
 
-#endif  // QORN_GATEWAY_TESTS_PROGRAM_H_
+#endif  // QORN_TESTS_PROGRAM_H_

@@ -1,0 +1,58 @@
+#include "devcloud/state_file.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "devcloud/tests/client.h"
+#include "tests/program.h"
+
+namespace devcloud {
+namespace {
+
+TEST(StateFileTest, AccountsAndGatewaysSurviveARestart) {
+  const programs::TestFolder folder;
+  Options options;
+  options.state_file = folder.Path("state");
+  std::string code, guid;
+  {
+    const auto cloud = StartCloud(options);
+    code = cloud->IssueCode("ann");
+    guid = cloud->UserGuid("ann");
+    cloud->AddGateway("AABB");
+  }
+  EXPECT_EQ(std::filesystem::status(options.state_file).permissions(),
+            std::filesystem::perms(0600));
+  const auto cloud = StartCloud(options);
+  EXPECT_EQ(cloud->UserGuid("ann"), guid);
+  EXPECT_NE(Send("GET", cloud->api_url() + "/api/state").text.find(cloud->PeerId("AABB")),
+            std::string::npos);
+  const std::string form = "grant_type=authorization_code&client_id=a&client_secret=b&code=" + code;
+  EXPECT_EQ(Send("POST", cloud->http_url() + "/token", form).status, 200);
+}
+
+TEST(StateFileTest, StartSaysInOneLineWhatIsWrong) {
+  const programs::TestFolder folder;
+  const auto running = StartCloud();
+  Options taken, unknown, foreign, broken;
+  broken.state_file = folder.Write("state", "{}");
+  taken.http_port = static_cast<std::uint16_t>(
+      std::stoi(running->http_url().substr(running->http_url().rfind(':') + 1)));
+  unknown.address = "nowhere";
+  foreign.address = "192.0.2.1";
+  const std::pair<Options, const char*> kCases[] = {
+      {taken, "Address already in use"},
+      {unknown, "nowhere: not an IP address"},
+      {foreign, "Cannot assign requested address"},
+      {broken, "/state: "},
+  };
+  for (const auto& [options, expected] : kCases) {
+    std::string error;
+    EXPECT_EQ(Cloud::Start(options, &error), nullptr) << expected;
+    EXPECT_NE(error.find(expected), error.npos) << error;
+    EXPECT_EQ(error.find('\n'), error.npos) << error;
+  }
+}
+
+}  // namespace
+}  // namespace devcloud
