@@ -74,7 +74,7 @@ class PlainTransport : public SocketTransport<boost::asio::ip::tcp::socket> {
   void Finish(Handler handler) override {
     Ignored ignored;
     stream_.shutdown(boost::asio::socket_base::shutdown_send, ignored);
-    Drain(std::move(handler));
+    Drain(handler);
   }
 
  private:

@@ -17,6 +17,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::IsEmpty;
 using testing::Not;
 
 std::string LibraryPath() {
@@ -199,6 +200,8 @@ TEST_F(LibraryTest, FinalizeKeepsTheWorkerWhileNobodyAskedForTheInterface) {
     }
     return names;
   };
+  void* out = nullptr;
+  EXPECT_FALSE(component->QueryInterface("Account_interface", &out));  // That is not asking.
   EXPECT_TRUE(component->Finalize());
   EXPECT_THAT(threads(), HasSubstr("AccountCheckThr;"));  // Cut to the kernel's 15 characters.
   Ask();
@@ -236,20 +239,34 @@ TEST_F(LibraryTest, TheLogLevelIsReadFromTheConfiguration) {
 }
 
 TEST_F(LibraryTest, ItIsDestroyedOnceAndUnmapped) {
-  // The last line obeys the platform's level alone.
+  // The last line obeys the platform's level alone. The component's level holds from the start.
   config_["account_log_level"] = "LOG_FATAL";
+  config_.erase("account_service");
   for (const int level : {4, 5}) {
     StartRuntime();
     Load()->Init(runtime::Runtime::GetInstance());
+    EXPECT_THAT(Lines("failed as there is no"), IsEmpty());
     logging::SetMinLogLevel(level);
-    log_.Take();
     EXPECT_THAT(Maps(), HasSubstr(QORN_ACCOUNT_LIBRARY));
     Unload();
     EXPECT_THAT(Maps(), Not(HasSubstr(QORN_ACCOUNT_LIBRARY)));
-    EXPECT_EQ(Lines("4 core_fw/runtime/component.cc: COMPONENT_DESTROY is called").size(),
+    EXPECT_EQ(Lines("4 core_fw/runtime/component.cc: COMPONENT_DESTROY is called\t").size(),
               level == 4 ? 1u : 0u);
     logging::SetMinLogLevel(0);
   }
+}
+
+TEST_F(LibraryTest, AComponentMadeAfterAnotherStartsAfresh) {
+  StartRuntime();
+  Load()->Init(runtime::Runtime::GetInstance());
+  void* const kept = dlopen(LibraryPath().c_str(), RTLD_NOW | RTLD_LOCAL);
+  Unload();
+  Load()->Init(runtime::Runtime::GetInstance());
+  std::vector<std::string> list;
+  EXPECT_EQ(Ask()->GetAllUsersUUID(&list), 1);
+  Unload();
+  log_.Take();
+  dlclose(kept);
 }
 
 TEST_F(LibraryTest, TheRuntimeLoadsAndEndsIt) {
