@@ -40,8 +40,10 @@ class Cloud::Impl : public RequestHandler {
   }
 
   bool Listen(const Options& options, std::string* error) {
+    const std::string& named =
+        options.certificate_address.empty() ? address : options.certificate_address;
     Certificate certificate;
-    if (!state_file.Load(error) || !MakeSelfSigned(address, &certificate, error)) return false;
+    if (!state_file.Load(error) || !MakeSelfSigned(named, &certificate, error)) return false;
     for (const std::string& gateway : options.gateways) devices.Add(gateway);
     server_ = HttpServer::Listen(address,
                                  {{options.http_port, false, true},

@@ -20,6 +20,8 @@ struct Options {
   std::uint16_t http_port = 0;
   std::uint16_t https_port = 0;
   std::uint16_t api_port = 0;
+  // The IP address that the HTTPS certificate is made for; empty: `address`.
+  std::string certificate_address;
   // Physical addresses of gateways that the cloud knows from the start.
   std::vector<std::string> gateways;
   NtsServers nts;

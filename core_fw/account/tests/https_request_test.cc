@@ -1,7 +1,11 @@
 #include "core_fw/account/src/https_request.h"
 
+#include <curl/curl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
 
 #include "core_fw/account/tests/test_support.h"
 
@@ -47,6 +51,32 @@ TEST_F(HttpsRequestTest, ClassifiesTheStatusAndReturnsTheWholeAnswer) {
     EXPECT_THAT(response, HasSubstr("\r\n\r\n" + fault.body));
   }
   EXPECT_THAT(log_.Take(), IsEmpty());
+}
+
+TEST_F(HttpsRequestTest, TakesACertificateThatIsMadeForAnotherHost) {
+  devcloud::Options options;
+  options.certificate_address = "127.0.0.9";
+  std::string error;
+  const auto other = devcloud::Cloud::Start(options, &error);
+  ASSERT_NE(other, nullptr) << error;
+  SendRequest({}, other->https_url() + "/token", 1, "", &result_);
+  EXPECT_EQ(result_, kHttpBadRequest);
+}
+
+TEST(HttpsRequest, WithoutAHandleTheResultIsUntouched) {
+  static bool fails = false;
+  ASSERT_EQ(curl_global_init_mem(
+                CURL_GLOBAL_DEFAULT, malloc, free, realloc, strdup,
+                [](size_t count, size_t size) { return fails ? nullptr : calloc(count, size); }),
+            CURLE_OK);
+  LogCapture log;
+  HttpResult result = kHttpOtherStatus;
+  fails = true;
+  EXPECT_EQ(SendRequest({}, "http://127.0.0.1:9", 1, "", &result), "");
+  fails = false;
+  EXPECT_EQ(result, kHttpOtherStatus);
+  EXPECT_THAT(log.Take(), ElementsAre(Line(4, "SendRequest", "Cannot user CURL")));
+  curl_global_cleanup();
 }
 
 TEST_F(HttpsRequestTest, KeepsEveryHeaderBlockOfARedirect) {

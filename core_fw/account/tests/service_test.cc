@@ -2,11 +2,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
+#include <atomic>
 #include <new>
+#include <thread>
 
 #include "base/logging.h"
 #include "core_fw/account/src/account_log.h"
 #include "core_fw/account/src/account_manager_impl.h"
+#include "core_fw/account/src/session_table.h"
 #include "core_fw/account/tests/test_support.h"
 
 namespace account {
@@ -50,6 +54,38 @@ TEST_F(ServiceTest, ShutdownRightAfterInitWaitsForTheWorker) {
     EXPECT_TRUE(service.Init());
     EXPECT_TRUE(service.Shutdown());
   }
+}
+
+TEST_F(ServiceTest, ASessionThatEndsWhileTheStateIsReadCutsTheAnswerShort) {
+  StartRuntime();
+  AccountManagerImpl service;
+  ASSERT_TRUE(service.Init());
+  SessionTable* const table = SessionTable::GetInstance();
+  std::string id;
+  for (int i = 0; i < 300; ++i) table->AddSession("qornsystem", &id);
+  std::atomic<bool> stop{false};
+  std::thread opens_and_ends([&] {
+    for (std::string brief; !stop; table->RemoveSession(brief)) table->AddSession("x", &brief);
+  });
+  std::array<std::string, 9> v;
+  AccountResult result = 1;
+  while (result != 2) {
+    v.fill("untouched");
+    result = service.GetUserInformation("qornsystem", &v[0], &v[1], &v[2], &v[3], &v[4], &v[5],
+                                        &v[6], &v[7], &v[8]);
+  }
+  const std::string u = "untouched";
+  EXPECT_THAT(v, testing::ElementsAre("qornsystem", "qornsystem", "Off", u, u, u, u, u, u));
+  for (result = 1; result != 2;) {
+    v[0] = u;
+    result = service.GetUserInfoByType("qornsystem", 102, &v[0]);
+  }
+  EXPECT_EQ(v[0], u);
+  for (result = 1; result != 2;) result = service.SetUserInfoByType("qornsystem", 200, "y");
+  stop = true;
+  opens_and_ends.join();
+  EXPECT_TRUE(service.Shutdown());
+  log_.Take();
 }
 
 }  // namespace
