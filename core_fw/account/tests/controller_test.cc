@@ -29,6 +29,17 @@ TEST_F(ControllerTest, ASecondInitKeepsWhatIsAbsentAndForgetsTheCandidates) {
   log_.Take();
 }
 
+TEST_F(ControllerTest, TheNetworkSettingIsFetchedOnce) {
+  config_["account_enable_MIRLO_network_setting"] = "on";
+  cloud_->AddGateway(kGatewayAddress);
+  StartRuntime();
+  AccountController controller;
+  ASSERT_TRUE(controller.Init());
+  for (int i = 0; i < 3; ++i) controller.InitNetworkSetting();
+  EXPECT_EQ(controller.GetNetworkSettingStatus(), 1);
+  EXPECT_EQ(cloud_->requests().size(), 2u);
+}
+
 TEST_F(ControllerTest, AFailedInitIsTolerated) {
   config_.erase("account_service");
   StartRuntime();
