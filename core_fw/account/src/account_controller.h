@@ -103,8 +103,6 @@ class AccountController {
   AccountResult DeleteAll();
 
  private:
-  friend class AccountControllerPeer;  // Tests look at the fields.
-
   bool ReadMandatoryOptions();
   void ReadNetworkOption();
   TokenSettings GetTokenSettings() const;
