@@ -3,35 +3,33 @@
 #ifndef QORN_GATEWAY_CONSOLE_H_
 #define QORN_GATEWAY_CONSOLE_H_
 
-#include <chrono>
-#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "core_fw/account/include/account_manager.h"
 #include "gateway/activity.h"
+#include "gateway/audit.h"
+#include "gateway/command_info.h"
+#include "gateway/console_services.h"
 #include "gateway/operations.h"
 #include "gateway/printer.h"
+#include "gateway/sightings.h"
 #include "gateway/variables.h"
 
 namespace gateway {
 
-// What the console needs of the program around it.
-struct ConsoleServices {
-  AccountManager* accounts;            // borrowed
-  std::function<void()> flush_events;  // returns once all published events are shown
-  // Fetches an authorisation code for the user; false with one line in `error`.
-  std::function<bool(const std::string& user, std::string* code, std::string* error)> request_code;
-  // Waits; true when the program was told to stop.
-  std::function<bool(std::chrono::milliseconds)> pause;
-};
-
 // Not thread-safe: one thread executes the lines.
 class Console {
  public:
-  // Borrows printer and activity.
-  Console(ConsoleServices services, Printer* printer, Activity* activity);
+  struct Parts {
+    Printer* printer;
+    Activity* activity;
+    Sightings* sightings;
+    Audit* audit;
+  };
+
+  // Borrows the parts.
+  Console(ConsoleServices services, const Parts& parts);
 
   struct Outcome {
     std::string error;  // one line; "" when the line did what it should
@@ -41,6 +39,17 @@ class Console {
   // Shows the answer. An empty line or a comment is good. An operation that answers another code
   // than 1 is an error, unless `expect` asked for that code.
   Outcome Execute(const std::string& line);
+
+  // Whether the line may be kept in a file: it is a whole command, and no secret is typed in it. A
+  // secret's place may hold a variable.
+  bool MayBeKept(const std::string& line) const;
+
+  // The words that may stand where the last word of `line` begins, all of them beginning as it
+  // does: commands, IDs that were seen, variables after "$".
+  std::vector<std::string> Complete(const std::string& line) const;
+
+  // All commands, in the order of the list that help shows.
+  static std::vector<CommandInfo> Commands();
 
  private:
   using Words = std::vector<std::string>;
@@ -52,10 +61,7 @@ class Console {
   };
 
   // A command that is no operation. `least` and `most` count its arguments.
-  struct Builtin {
-    const char* name;
-    const char* arguments;
-    const char* help;
+  struct Builtin : CommandInfo {
     size_t least;
     size_t most;
     bool answers;  // can stand under expect
@@ -64,6 +70,7 @@ class Console {
 
   static const std::vector<Builtin>& Builtins();
   static const Builtin* FindBuiltin(const std::string& name);
+  static std::optional<CommandInfo> FindCommand(const std::string& name);
 
   // Shortens the secrets in a text, unless they are to be shown.
   std::string HideSecrets(const std::string& text) const;
@@ -72,18 +79,22 @@ class Console {
   Step PerformBuiltin(const Builtin& builtin, const Words& words);
   Step PerformOperation(const Operation& operation, const Words& words);
   void ShowAndRemember(const std::string& name, const Answer& answer);
+  void NoteInAudit(const CommandInfo& command, const Words& words, const Step& step);
 
   Step Expect(const Words& words);
+  Step Friends(const Words& words);
   Step Help(const Words& words);
   Step Quit(const Words& words);
   Step RequestCode(const Words& words);
   Step Say(const Words& words);
   Step Set(const Words& words);
+  Step Status(const Words& words);
+  Step Users(const Words& words);
   Step WaitNetwork(const Words& words);
+  Step Watch(const Words& words);
 
   const ConsoleServices services_;
-  Printer* const printer_;
-  Activity* const activity_;
+  const Parts parts_;
   Variables variables_;
 };
 

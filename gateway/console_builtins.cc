@@ -1,9 +1,11 @@
-#include <algorithm>
 #include <limits>
 
 #include "gateway/console.h"
+#include "gateway/help.h"
 #include "gateway/result_names.h"
+#include "gateway/status.h"
 #include "gateway/text.h"
+#include "gateway/views.h"
 
 namespace gateway {
 namespace {
@@ -12,35 +14,63 @@ constexpr size_t kAnyNumber = std::numeric_limits<size_t>::max();
 constexpr std::chrono::milliseconds kNetworkPollPause{100};
 constexpr int kNetworkPolls = 100;
 
-std::string Usage(const std::string& name, const std::string& arguments) {
-  return arguments.empty() ? name : name + " " + arguments;
-}
+constexpr char kLooking[] = "Looking around";
+constexpr char kConsole[] = "The console";
 
 }  // namespace
 
 const std::vector<Console::Builtin>& Console::Builtins() {
   static const std::vector<Builtin> builtins = {
-      {"request-code", "USER", "fetch an authorisation code from the account server into $code", 1,
-       1, true, &Console::RequestCode},
-      {"wait-network", "", "wait, ten seconds at most, until the network setting status is 1", 0, 0,
-       true, &Console::WaitNetwork},
-      {"expect", "RESULT COMMAND...",
-       "run a command and fail unless it answers RESULT: a number, a constant's name or success", 2,
-       kAnyNumber, false, &Console::Expect},
-      {"set", "NAME VALUE", "give a variable a value, used as $NAME or ${NAME}", 2, 2, false,
+      {{"status", "", kLooking, "", "show how the gateway stands, at a glance", ""},
+       0,
+       0,
+       false,
+       &Console::Status},
+      {{"users", "", kLooking, "", "show all users in a table", ""}, 0, 0, false, &Console::Users},
+      {{"friends", "", kLooking, "[USER_UUID]", "show the friends of one user or of all", ""},
+       0,
+       1,
+       false,
+       &Console::Friends},
+      {{"watch", "", kLooking, "[SECONDS]",
+        "follow events and log lines; Enter ends it at a terminal", ""},
+       0,
+       1,
+       false,
+       &Console::Watch},
+      {{"request-code", "code", kConsole, "USER_ID",
+        "fetch an authorisation code from the account server into $code", "1"},
+       1,
+       1,
+       true,
+       &Console::RequestCode},
+      {{"wait-network", "", kConsole, "",
+        "wait, ten seconds at most, until the network setting status is 1", "1"},
+       0,
+       0,
+       true,
+       &Console::WaitNetwork},
+      {{"expect", "", kConsole, "RESULT COMMAND...",
+        "run a command and fail unless it answers RESULT: a number, a constant's name or success",
+        ""},
+       2,
+       kAnyNumber,
+       false,
+       &Console::Expect},
+      {{"set", "", kConsole, "NAME TEXT", "give a variable a value, used as $NAME or ${NAME}", ""},
+       2,
+       2,
+       false,
        &Console::Set},
-      {"say", "TEXT...", "print a text", 1, kAnyNumber, false, &Console::Say},
-      {"help", "[COMMAND]", "list the commands, or explain one", 0, 1, false, &Console::Help},
-      {"quit", "", "stop the gateway", 0, 0, false, &Console::Quit},
+      {{"say", "", kConsole, "TEXT...", "print a text", ""}, 1, kAnyNumber, false, &Console::Say},
+      {{"help", "?", kConsole, "[COMMAND]", "list the commands, or explain one", ""},
+       0,
+       1,
+       false,
+       &Console::Help},
+      {{"quit", "exit", kConsole, "", "stop the gateway", ""}, 0, 0, false, &Console::Quit},
   };
   return builtins;
-}
-
-const Console::Builtin* Console::FindBuiltin(const std::string& name) {
-  const std::vector<Builtin>& builtins = Builtins();
-  auto found = std::find_if(builtins.begin(), builtins.end(),
-                            [&name](const Builtin& builtin) { return name == builtin.name; });
-  return found == builtins.end() ? nullptr : &*found;
 }
 
 Console::Step Console::Expect(const Words& words) {
@@ -61,19 +91,20 @@ Console::Step Console::Expect(const Words& words) {
               {}};
 }
 
+Console::Step Console::Friends(const Words& words) {
+  const AccountResult result =
+      ShowFriends(*services_.accounts, words.size() == 2 ? words[1] : "", parts_.printer);
+  return Step{result == kAccountSuccess ? "" : "friends: " + DescribeResult(result), {}};
+}
+
 Console::Step Console::Help(const Words& words) {
-  std::string text;
-  auto add = [&](const auto& commands) {
-    for (const auto& command : commands) {
-      if (words.size() == 2 && words[1] != command.name) continue;
-      printer_->Block(Usage(command.name, command.arguments), {});
-      printer_->Block(std::string("    ") + command.help, {});
-      text = command.name;
-    }
-  };
-  add(Operations());
-  add(Builtins());
-  if (text.empty()) return Step{"help: unknown command \"" + words[1] + "\"", {}};
+  if (words.size() == 1) {
+    ShowCommands(Commands(), parts_.printer);
+    return Step{};
+  }
+  const std::optional<CommandInfo> command = FindCommand(words[1]);
+  if (!command) return Step{"help: unknown command \"" + words[1] + "\"", {}};
+  ShowCommand(*command, parts_.printer);
   return Step{};
 }
 
@@ -84,7 +115,7 @@ Console::Step Console::Quit(const Words&) {
 }
 
 Console::Step Console::RequestCode(const Words& words) {
-  Activity::Scope scope(*activity_, words[0]);
+  Activity::Scope scope(*parts_.activity, words[0]);
   std::string code;
   std::string error;
   if (!services_.request_code(words[1], &code, &error)) return Step{"request-code: " + error, {}};
@@ -94,7 +125,7 @@ Console::Step Console::RequestCode(const Words& words) {
 }
 
 Console::Step Console::Say(const Words& words) {
-  printer_->Say(HideSecrets(JoinWords(words, 1)));
+  parts_.printer->Say(HideSecrets(JoinWords(words, 1)));
   return Step{};
 }
 
@@ -107,13 +138,36 @@ Console::Step Console::Set(const Words& words) {
   return Step{};
 }
 
+Console::Step Console::Status(const Words&) {
+  ShowStatus(services_, parts_.sightings, parts_.printer);
+  return Step{};
+}
+
+Console::Step Console::Users(const Words&) {
+  const AccountResult result = ShowUsers(*services_.accounts, parts_.printer);
+  return Step{result == kAccountSuccess ? "" : "users: " + DescribeResult(result), {}};
+}
+
 Console::Step Console::WaitNetwork(const Words& words) {
-  Activity::Scope scope(*activity_, words[0]);
+  Activity::Scope scope(*parts_.activity, words[0]);
   for (int i = 0; i < kNetworkPolls; ++i) {
     if (services_.accounts->GetNetworkSettingStatus() == 1) return Step{"", Answer{}};
     if (services_.pause(kNetworkPollPause)) return Step{"wait-network: told to stop", {}};
   }
   return Step{"wait-network: the network setting status is still 0 after ten seconds", {}};
+}
+
+Console::Step Console::Watch(const Words& words) {
+  std::optional<std::chrono::seconds> time;
+  int seconds = 0;
+  if (words.size() == 2) {
+    if (!ParseInt(words[1], &seconds) || seconds < 0) {
+      return Step{"watch: \"" + words[1] + "\" is no number of seconds", {}};
+    }
+    time = std::chrono::seconds(seconds);
+  }
+  services_.watch(time);
+  return Step{};
 }
 
 }  // namespace gateway

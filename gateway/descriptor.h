@@ -4,12 +4,18 @@
 
 #include <unistd.h>
 
+#include <utility>
+
 namespace gateway {
 
 class Descriptor {
  public:
   explicit Descriptor(int fd = -1) : fd_(fd) {}  // -1: none
   Descriptor(Descriptor&& other) noexcept : fd_(other.fd_) { other.fd_ = -1; }
+  Descriptor& operator=(Descriptor&& other) noexcept {
+    std::swap(fd_, other.fd_);
+    return *this;
+  }
   ~Descriptor() {
     if (fd_ >= 0) close(fd_);
   }

@@ -38,33 +38,40 @@ const std::vector<EventKind>& EventKinds() {
 
 }  // namespace
 
-std::vector<Field> DecodeEvent(int type, const Pickle& data, std::string* name) {
-  std::vector<Field> fields;
+SeenEvent DecodeEvent(int type, const Pickle& data) {
+  SeenEvent event;
+  event.type = type;
   for (const EventKind& kind : EventKinds()) {
     if (kind.type != type) continue;
-    *name = kind.name;
+    event.name = kind.name;
     PickleIterator payload(data);
     for (const char* field : kind.fields) {
       std::string value;
       if (!payload.ReadString(&value)) break;
-      fields.push_back(Field{field, {value}, field == kCode});
+      event.fields.push_back(Field{field, {value}, field == kCode});
     }
   }
-  return fields;
+  return event;
 }
 
-EventPrinter::EventPrinter(Printer* printer) {
+Record MakeRecord(const SeenEvent& event) {
+  return Record{"event",
+                "event " + event.name,
+                {{"event", {event.name}},
+                 {"number", {std::to_string(event.type)}, false, Field::Shape::kNumber}},
+                "fields",
+                event.fields};
+}
+
+EventListener::EventListener(const std::function<void(const SeenEvent&)>& on_event) {
   for (const EventKind& kind : EventKinds()) {
     listeners_.push_back(evt::EventManager::GetInstance()->AddListener(
-        kind.type, [printer](int type, const Pickle& data) {
-          std::string name;
-          const std::vector<Field> fields = DecodeEvent(type, data, &name);
-          printer->Block("event " + name, fields);
-        }));
+        kind.type,
+        [on_event](int type, const Pickle& data) { on_event(DecodeEvent(type, data)); }));
   }
 }
 
-EventPrinter::~EventPrinter() {
+EventListener::~EventListener() {
   for (int listener : listeners_) evt::EventManager::GetInstance()->RemoveListener(listener);
 }
 

@@ -1,26 +1,35 @@
-// Shows the account component's events as they are published.
+// Reads the account component's events as they are published.
 #ifndef QORN_GATEWAY_EVENTS_H_
 #define QORN_GATEWAY_EVENTS_H_
 
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "base/pickle.h"
-#include "gateway/printer.h"
+#include "gateway/record.h"
 
 namespace gateway {
 
-// The fields of an event's payload; `name` gets the constant's name. A payload that is cut short
-// gives the fields that it has.
-std::vector<Field> DecodeEvent(int type, const Pickle& data, std::string* name);
+// One event as it was published.
+struct SeenEvent {
+  int type = 0;
+  std::string name;           // the constant's name
+  std::vector<Field> fields;  // fewer than the type has when the payload was cut short
+};
 
-// Listens while it lives. The listener runs on the bus's thread.
-class EventPrinter {
+SeenEvent DecodeEvent(int type, const Pickle& data);
+
+Record MakeRecord(const SeenEvent& event);
+
+// Listens to all of the account component's events while it lives.
+class EventListener {
  public:
-  explicit EventPrinter(Printer* printer);  // borrowed
-  ~EventPrinter();
-  EventPrinter(const EventPrinter&) = delete;
-  EventPrinter& operator=(const EventPrinter&) = delete;
+  // `on_event` runs on the bus's thread and must not throw.
+  explicit EventListener(const std::function<void(const SeenEvent&)>& on_event);
+  ~EventListener();
+  EventListener(const EventListener&) = delete;
+  EventListener& operator=(const EventListener&) = delete;
 
  private:
   std::vector<int> listeners_;

@@ -2,30 +2,42 @@
 
 #include <curl/curl.h>
 #include <fcntl.h>
+#include <poll.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <clocale>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 
 #include "base/logging.h"
 #include "evt/event_manager.h"
 #include "gateway/activity.h"
+#include "gateway/audit.h"
 #include "gateway/console.h"
 #include "gateway/events.h"
 #include "gateway/host.h"
 #include "gateway/line_source.h"
+#include "gateway/log_view.h"
+#include "gateway/notify.h"
 #include "gateway/printer.h"
 #include "gateway/request_code.h"
 #include "gateway/runner.h"
+#include "gateway/sightings.h"
 #include "gateway/signals.h"
 #include "gateway/terminal.h"
+#include "gateway/views.h"
 
 namespace gateway {
 namespace {
+
+constexpr std::chrono::milliseconds kNow{0};
 
 // libcurl obeys these; the cloud is talked to directly.
 void ForgetProxies() {
@@ -42,8 +54,31 @@ void OpenStandardStreams() {
   if (fd > STDERR_FILENO) close(fd);
 }
 
+// Before any thread starts.
+void PrepareProcess() {
+  OpenStandardStreams();
+  ForgetProxies();
+  std::signal(SIGPIPE, SIG_IGN);
+  // libedit and tables measure characters by the locale; everything here is UTF-8.
+  std::setlocale(LC_CTYPE, "C.UTF-8");
+}
+
 bool OnTerminal(const Options& options) {
-  return options.script_file.empty() && isatty(STDIN_FILENO) == 1 && isatty(STDOUT_FILENO) == 1;
+  return !options.daemon && options.script_file.empty() && isatty(STDIN_FILENO) == 1 &&
+         isatty(STDOUT_FILENO) == 1;
+}
+
+PrinterStyle MakeStyle(const Options& options) {
+  const char* no_color = std::getenv("NO_COLOR");
+  const char* terminal = std::getenv("TERM");
+  const bool wanted = !options.json && (no_color == nullptr || *no_color == '\0') &&
+                      terminal != nullptr && std::strcmp(terminal, "dumb") != 0;
+  PrinterStyle style;
+  style.json = options.json;
+  style.show_secrets = options.show_secrets;
+  style.color_out = wanted && isatty(STDOUT_FILENO) == 1;
+  style.color_errors = wanted && isatty(STDERR_FILENO) == 1;
+  return style;
 }
 
 RunOptions MakeRunOptions(const Options& options) {
@@ -62,69 +97,161 @@ Descriptor OpenInput(const Options& options) {
   return Descriptor(open(options.script_file.c_str(), O_RDONLY | O_CLOEXEC));
 }
 
-void SayStopping(Printer* printer, Activity* activity) {
-  const std::string busy = activity->Get();
-  printer->Error(busy.empty() ? "stopping" : "stopping: waiting for " + busy);
+GatewayFacts MakeFacts(const Options& options, const Host& host) {
+  GatewayFacts facts;
+  facts.components = options.components;
+  facts.config_file = options.config_file;
+  facts.database = host.DatabasePath();
+  facts.account_server = host.ConfigOption("account_zep_auth_url");
+  facts.user_portal = host.ConfigOption("account_user_portal_url");
+  facts.network_setting = host.ConfigOption("account_enable_MIRLO_network_setting");
+  facts.log_file = options.log_file;
+  facts.audit_file = options.audit_file;
+  return facts;
 }
 
-ConsoleServices MakeServices(const Host& host, const StopSignals& signals) {
+// The program from its start to its end.
+class Program {
+ public:
+  explicit Program(const Options& options)
+      : options_(options),
+        printer_(std::cout, std::cerr, MakeStyle(options)),
+        signals_([this] { SayStopping(); }, [this] { OpenFiles(); }),
+        log_view_(&printer_, OnTerminal(options) && options.log_file.empty(),
+                  !options.log_file.empty()) {}
+
+  int Run();
+
+ private:
+  void SayStopping();
+  // Opens log and audit, or opens them anew. False after a line that says what cannot be opened.
+  bool OpenFiles();
+  int RunConsole(const Host& host, Descriptor input);
+  int ReadLines(Console* console, Descriptor input);
+  void Watch(std::optional<std::chrono::seconds> time);
+  ConsoleServices MakeServices(const Host& host);
+
+  const Options& options_;
+  Printer printer_;
+  Activity activity_;
+  Sightings sightings_;
+  Audit audit_;
+  StopSignals signals_;
+  LogView log_view_;
+};
+
+void Program::SayStopping() {
+  const std::string busy = activity_.Get();
+  Notify("STOPPING=1");
+  printer_.Error(busy.empty() ? "stopping" : "stopping: waiting for " + busy);
+}
+
+bool Program::OpenFiles() {
+  bool good = true;
+  if (!options_.log_file.empty() && !logging::SetLogFile(options_.log_file)) {
+    printer_.Error(options_.log_file + ": cannot be opened for the log");
+    good = false;
+  }
+  if (!options_.audit_file.empty() && !audit_.Open(options_.audit_file)) {
+    printer_.Error(options_.audit_file +
+                   ": cannot be opened for the audit: " + std::strerror(errno));
+    good = false;
+  }
+  return good;
+}
+
+int Program::Run() {
+  Descriptor input = OpenInput(options_);
+  if (input.get() < 0) {
+    printer_.Error(MakeRunOptions(options_).source_name +
+                   ": cannot be opened: " + std::strerror(errno));
+    return kExitCannotStart;
+  }
+  if (!OpenFiles()) return kExitCannotStart;
+  curl_global_init(CURL_GLOBAL_DEFAULT);
+  EventListener listener([this](const SeenEvent& event) {
+    sightings_.NoteEvent(event);
+    audit_.NoteEvent(event);
+    printer_.Show(MakeRecord(event));
+  });
+  std::string error;
+  std::unique_ptr<Host> host = Host::Start(options_.config_file, options_.components, &error);
+  if (host == nullptr) {
+    printer_.Error(error);
+    return kExitCannotStart;
+  }
+  Notify("READY=1");
+  const int status = RunConsole(*host, std::move(input));
+  Activity::Scope scope(activity_, "the components to finish");
+  if (signals_.WaitForStop(kNow)) SayStopping();
+  host.reset();
+  evt::EventManager::GetInstance()->Flush();
+  return status;
+}
+
+int Program::RunConsole(const Host& host, Descriptor input) {
+  if (options_.daemon) {
+    while (!signals_.WaitForStop(std::chrono::hours(1))) continue;
+    return kExitGood;
+  }
+  if (OnTerminal(options_)) NoteStoredIds(*host.accounts(), &sightings_);
+  Console console(MakeServices(host), {&printer_, &activity_, &sightings_, &audit_});
+  return ReadLines(&console, std::move(input));
+}
+
+int Program::ReadLines(Console* console, Descriptor input) {
+  std::unique_ptr<LineSource> source;
+  if (OnTerminal(options_)) {
+    TypingHelp help;
+    help.complete = [console](const std::string& line) { return console->Complete(line); };
+    help.may_be_kept = [console](const std::string& line) { return console->MayBeKept(line); };
+    source = std::make_unique<TerminalLineSource>(signals_, &printer_, std::move(help),
+                                                  HistoryFile(HistoryFile::DefaultPath()));
+  } else {
+    source = std::make_unique<DescriptorLineSource>(std::move(input), signals_);
+  }
+  return RunLines(MakeRunOptions(options_), source.get(), console, &printer_);
+}
+
+void Program::Watch(std::optional<std::chrono::seconds> time) {
+  const bool by_key = OnTerminal(options_);
+  if (by_key && !time) printer_.Say("Watching events and log lines; press Enter to end.");
+  log_view_.Follow(true);
+  const auto end = std::chrono::steady_clock::now() + time.value_or(std::chrono::hours(24 * 365));
+  for (bool pressed = false; !pressed;) {
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
+    if (left.count() <= 0) break;
+    pollfd fds[] = {{signals_.stop_fd(), POLLIN, 0}, {by_key ? STDIN_FILENO : -1, POLLIN, 0}};
+    const auto pause = std::min<std::chrono::milliseconds>(left, std::chrono::hours(1));
+    if (poll(fds, 2, static_cast<int>(pause.count())) <= 0) continue;
+    char line[4096];
+    pressed = fds[0].revents != 0 || read(STDIN_FILENO, line, sizeof(line)) >= 0 || errno != EINTR;
+  }
+  log_view_.Follow(false);
+}
+
+ConsoleServices Program::MakeServices(const Host& host) {
   ConsoleServices services;
   services.accounts = host.accounts();
+  services.facts = MakeFacts(options_, host);
   services.flush_events = [] { evt::EventManager::GetInstance()->Flush(); };
-  services.pause = [&signals](std::chrono::milliseconds time) { return signals.WaitForStop(time); };
-  services.request_code = [&host, &signals](const std::string& user, std::string* code,
-                                            std::string* error) {
+  services.pause = [this](std::chrono::milliseconds time) { return signals_.WaitForStop(time); };
+  services.request_code = [this, &host](const std::string& user, std::string* code,
+                                        std::string* error) {
     return RequestCode(
         host.ConfigOption("account_zep_auth_url"), user,
-        [&signals] { return signals.WaitForStop(std::chrono::milliseconds(0)); }, code, error);
+        [this] { return signals_.WaitForStop(kNow); }, code, error);
   };
+  services.watch = [this](std::optional<std::chrono::seconds> time) { Watch(time); };
   return services;
-}
-
-std::unique_ptr<LineSource> MakeSource(const Options& options, Descriptor input,
-                                       const StopSignals& signals, Printer* printer) {
-  if (OnTerminal(options)) return std::make_unique<TerminalLineSource>(signals, printer);
-  return std::make_unique<DescriptorLineSource>(std::move(input), signals);
 }
 
 }  // namespace
 
 int RunGateway(const Options& options) {
-  OpenStandardStreams();
-  ForgetProxies();
-  std::signal(SIGPIPE, SIG_IGN);
-  Printer printer(std::cout, std::cerr, options.show_secrets);
-  Activity activity;
-  StopSignals signals([&printer, &activity] { SayStopping(&printer, &activity); });
-  const RunOptions run_options = MakeRunOptions(options);
-  Descriptor input = OpenInput(options);
-  if (input.get() < 0) {
-    printer.Error(run_options.source_name + ": cannot be opened: " + std::strerror(errno));
-    return kExitCannotStart;
-  }
-  if (!options.log_file.empty() && !logging::SetLogFile(options.log_file)) {
-    printer.Error(options.log_file + ": cannot be opened for the log");
-    return kExitCannotStart;
-  }
-  curl_global_init(CURL_GLOBAL_DEFAULT);
-  EventPrinter events(&printer);
-  std::string error;
-  std::unique_ptr<Host> host = Host::Start(options.config_file, options.components, &error);
-  if (host == nullptr) {
-    printer.Error(error);
-    return kExitCannotStart;
-  }
-  int status = kExitGood;
-  {
-    Console console(MakeServices(*host, signals), &printer, &activity);
-    const std::unique_ptr<LineSource> source =
-        MakeSource(options, std::move(input), signals, &printer);
-    status = RunLines(run_options, source.get(), &console, &printer);
-  }
-  Activity::Scope scope(activity, "the components to finish");
-  if (signals.WaitForStop(std::chrono::milliseconds(0))) SayStopping(&printer, &activity);
-  host.reset();
-  return status;
+  PrepareProcess();
+  return Program(options).Run();
 }
 
 }  // namespace gateway

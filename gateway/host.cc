@@ -1,5 +1,7 @@
 #include "gateway/host.h"
 
+#include "base/file_path.h"
+#include "base/path_service.h"
 #include "runtime/runtime.h"
 
 namespace gateway {
@@ -9,6 +11,7 @@ std::unique_ptr<Host> Host::Start(const std::string& config_file,
   runtime::Runtime* runtime = runtime::Runtime::Create(config_file, error);
   if (runtime == nullptr) return nullptr;
   std::unique_ptr<Host> host(new Host());
+  if (!host->lock_.Take(host->DatabasePath(), error)) return nullptr;
   for (const std::string& component : components) {
     if (!runtime->LoadComponent(component, error)) return nullptr;
   }
@@ -27,6 +30,16 @@ std::string Host::ConfigOption(const std::string& key) const {
   std::string value;
   runtime::Runtime::GetInstance()->GetConfigOption(key, &value);
   return value;
+}
+
+std::string Host::DatabasePath() const {
+  const std::string folder = ConfigOption("qorn_storage_path");
+  const std::string file = ConfigOption("account_db_path");
+  if (file.empty()) return "";
+  if (!folder.empty()) return folder + file;
+  FilePath program_folder;
+  PathService::Get(base::kDirExe, &program_folder);
+  return program_folder.Append(file).value();
 }
 
 }  // namespace gateway

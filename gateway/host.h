@@ -7,14 +7,15 @@
 #include <vector>
 
 #include "core_fw/account/include/account_manager.h"
+#include "gateway/storage_lock.h"
 
 namespace gateway {
 
 // One at a time in a process. Made and destroyed on one thread; in between usable from any.
 class Host {
  public:
-  // Reads the configuration, loads each component and asks for the account interface. Null with one
-  // line in `error` when one of these fails.
+  // Reads the configuration, takes the storage folder, loads each component and asks for the
+  // account interface. Null with one line in `error` when one of these fails.
   static std::unique_ptr<Host> Start(const std::string& config_file,
                                      const std::vector<std::string>& components,
                                      std::string* error);
@@ -29,9 +30,14 @@ class Host {
   // "" for a key that is absent.
   std::string ConfigOption(const std::string& key) const;
 
+  // The path of the database's file, as the account component finds it; "" when the configuration
+  // names none.
+  std::string DatabasePath() const;
+
  private:
   Host() = default;
 
+  StorageLock lock_;
   AccountManager* accounts_ = nullptr;
 };
 

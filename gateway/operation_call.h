@@ -44,24 +44,26 @@ struct OutputCollector {
   std::vector<Field>* fields;
 
   void Add(const std::string& name, const std::string& value) {
-    if (success || value != unwritten.text) Put(name, {value});
+    if (success || value != unwritten.text) Put(name, {value}, Field::Shape::kText);
   }
   void Add(const std::string& name, const std::vector<std::string>& values) {
     std::vector<std::string> before;
     Fill(unwritten, &before);
-    if (success || values != before) Put(name, values);
+    if (success || values != before) Put(name, values, Field::Shape::kList);
   }
   void Add(const std::string& name, int value) {
-    if (success) Put(name, {std::to_string(value)});
+    if (success) Put(name, {std::to_string(value)}, Field::Shape::kNumber);
   }
   // The one flag of the interface says why an operation failed and is not written on success.
   void Add(const std::string& name, bool value) {
-    if (!success || value != unwritten.flag) Put(name, {value ? "true" : "false"});
+    if (!success || value != unwritten.flag) {
+      Put(name, {value ? "true" : "false"}, Field::Shape::kFlag);
+    }
   }
 
  private:
-  void Put(const std::string& name, const std::vector<std::string>& values) {
-    fields->push_back(Field{name, values, IsSecret(name)});
+  void Put(const std::string& name, const std::vector<std::string>& values, Field::Shape shape) {
+    fields->push_back(Field{name, values, IsSecret(name), shape});
   }
 };
 

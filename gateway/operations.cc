@@ -9,6 +9,11 @@ namespace {
 
 using Words = std::vector<std::string>;
 
+constexpr char kUsers[] = "Users";
+constexpr char kSessions[] = "Sessions";
+constexpr char kFriends[] = "Friends";
+constexpr char kGateway[] = "Gateway";
+
 // A function for the table out of a member function and the names of its outputs.
 template <auto kMethod, const auto&... kNames>
 bool Call(AccountManager& accounts, const Words& words, Answer* answer, std::string* error) {
@@ -71,79 +76,103 @@ bool CallGetNetworkSettingStatus(AccountManager& accounts, const Words&, Answer*
 using Accounts = AccountManager;
 
 const std::vector<Operation> kOperations = {
-    {"create-user", "USER_ID CODE", "create a user from an authorisation code",
+    {{"create-user", "create", kUsers, "USER_ID CODE", "create a user from an authorisation code",
+      "1 3 4 12 13 15 16 19"},
      Call<&Accounts::CreateUser, kUserUuid>},
-    {"create-user-request", "FIRST SECOND", "place for a request between users; does nothing",
+    {{"create-user-request", "", kUsers, "FIRST SECOND",
+      "place for a request between users; does nothing", "1"},
      Call<&Accounts::CreateUserRequest>},
-    {"get-user-creation-request", "FIRST SECOND", "place for a request between users; does nothing",
+    {{"get-user-creation-request", "", kUsers, "FIRST SECOND",
+      "place for a request between users; does nothing", "1"},
      Call<&Accounts::GetUserCreationRequest>},
-    {"remove-user", "USER_ID TARGET_USER_ID", "remove the target on behalf of the user",
+    {{"remove-user", "remove", kUsers, "USER_ID TARGET_USER_ID",
+      "remove the target on behalf of the user", "1 3 4 5 6 16 19"},
      Call<&Accounts::RemoveUser>},
-    {"remove-user-request", "FIRST SECOND", "place for a request between users; does nothing",
+    {{"remove-user-request", "", kUsers, "FIRST SECOND",
+      "place for a request between users; does nothing", "1"},
      Call<&Accounts::RemoveUserRequest>},
-    {"search-user", "FIRST SECOND", "place for a request between users; does nothing",
+    {{"search-user", "", kUsers, "FIRST SECOND", "place for a request between users; does nothing",
+      "1"},
      Call<&Accounts::SearchUser>},
-    {"get-user-uuid-from-user-id", "USER_ID", "look up a user's UUID",
+    {{"get-user-uuid-from-user-id", "uuid", kUsers, "USER_ID", "look up a user's UUID", "1 3 4 5"},
      Call<&Accounts::GetUserUUIDFromUserID, kUserUuid>},
-    {"get-friend-uuid-from-friend-id-and-friend-peer-id", "USER_UUID FRIEND_ID FRIEND_PEER_ID",
-     "look up a friend's UUID",
+    {{"get-friend-uuid-from-friend-id-and-friend-peer-id", "friend-uuid", kFriends,
+      "USER_UUID FRIEND_ID FRIEND_PEER_ID", "look up a friend's UUID", "1 3 4 8"},
      Call<&Accounts::GetFriendUUIDFromFriendIDAndFriendPeerID, kFriendUuid>},
-    {"sign-in", "USER_ID CODE", "sign a user in with an authorisation code",
+    {{"sign-in", "in", kSessions, "USER_ID CODE", "sign a user in with an authorisation code",
+      "1 3 4 5 7 15 19"},
      Call<&Accounts::SignIn, kUserUuid, kSessionId, kConnectionFailed>},
-    {"sign-in-alt", "USER_ID PASSWORD", "sign a user in without the cloud",
+    {{"sign-in-alt", "in-alt", kSessions, "USER_ID PASSWORD", "sign a user in without the cloud",
+      "1 3 4 5 19"},
      Call<&Accounts::SignInAlt, kUserUuid, kSessionId>},
-    {"sign-out", "SESSION_ID", "close a session", Call<&Accounts::SignOut>},
-    {"get-all-users-uuid", "", "list the UUIDs of all users",
+    {{"sign-out", "out", kSessions, "SESSION_ID", "close a session", "1 2 3 4 5 19"},
+     Call<&Accounts::SignOut>},
+    {{"get-all-users-uuid", "uuids", kUsers, "", "list the UUIDs of all users", "1 3 4"},
      Call<&Accounts::GetAllUsersUUID, kUserUuids>},
-    {"get-user-info-by-type", "USER_UUID TYPE",
-     "read one field: 100 ID, 101 name, 102 sign-in state, 103 GUID, 104 and 105 tokens, 106 to "
-     "108 dates",
+    {{"get-user-info-by-type", "get", kUsers, "USER_UUID TYPE",
+      "read one field: 100 ID, 101 name, 102 sign-in state, 103 GUID, 104 and 105 tokens, 106 to "
+      "108 dates",
+      "1 2 3 4 6"},
      CallGetUserInfoByType},
-    {"set-user-info-by-type", "USER_UUID TYPE VALUE", "change one field: 200 ID, 201 name",
+    {{"set-user-info-by-type", "change", kUsers, "USER_UUID TYPE VALUE",
+      "change one field: 200 ID, 201 name", "1 2 3 4 6 19"},
      Call<&Accounts::SetUserInfoByType>},
-    {"get-user-information", "USER_UUID", "read all fields of a user",
+    {{"get-user-information", "info", kUsers, "USER_UUID", "read all fields of a user",
+      "1 2 3 4 6"},
      Call<&Accounts::GetUserInformation, kUserId, kUserName, kSignInState, kUserGuid, kAccessToken,
           kRefreshToken, kRegisteredDate, kLastSignInDate, kLastInfoChangedDate>},
-    {"add-friend-to-db",
-     "USER_UUID FRIEND_ID FRIEND_GUID FRIEND_DEVICE_NAME FRIEND_DEVICE_ADDRESS FRIEND_PEER_ID",
-     "store a friend", Call<&Accounts::AddFriendToDB, kFriendUuid>},
-    {"add-friend-candidate", "USER_UUID FRIEND_ID FRIEND_PEER_ID",
-     "invite a friend: gives the code that the friend must present",
+    {{"add-friend-to-db", "", kFriends,
+      "USER_UUID FRIEND_ID FRIEND_GUID FRIEND_DEVICE_NAME FRIEND_DEVICE_ADDRESS FRIEND_PEER_ID",
+      "store a friend", "1 3 4 14 19"},
+     Call<&Accounts::AddFriendToDB, kFriendUuid>},
+    {{"add-friend-candidate", "invite", kFriends, "USER_UUID FRIEND_ID FRIEND_PEER_ID",
+      "invite a friend: gives the code that the friend must present", "1 14"},
      Call<&Accounts::AddFriendCandidate, kFriendAuthCode>},
-    {"add-friend-request",
-     "FRIEND_ID FRIEND_AUTH_CODE CODE FRIEND_DEVICE_MODEL_ID FRIEND_DEVICE_NAME "
-     "FRIEND_DEVICE_ADDRESS",
-     "complete an invitation with the friend's codes",
+    {{"add-friend-request", "accept", kFriends,
+      "FRIEND_ID FRIEND_AUTH_CODE CODE FRIEND_DEVICE_MODEL_ID FRIEND_DEVICE_NAME "
+      "FRIEND_DEVICE_ADDRESS",
+      "complete an invitation with the friend's codes", "1 3 4 6 10 14 15 16 19"},
      Call<&Accounts::AddFriendRequest, kFriendUuid>},
-    {"remove-friend-from-db", "USER_UUID FRIEND_ID FRIEND_PEER_ID", "delete a stored friend",
+    {{"remove-friend-from-db", "", kFriends, "USER_UUID FRIEND_ID FRIEND_PEER_ID",
+      "delete a stored friend", "1 3 4 8 19"},
      Call<&Accounts::RemoveFriendFromDB>},
-    {"remove-friend-request", "USER_UUID FRIEND_ID FRIEND_PEER_ID",
-     "remove a friend from the cloud and from the store", Call<&Accounts::RemoveFriendRequest>},
-    {"get-all-friends-uuid", "USER_UUID", "list the UUIDs of a user's friends",
+    {{"remove-friend-request", "unfriend", kFriends, "USER_UUID FRIEND_ID FRIEND_PEER_ID",
+      "remove a friend from the cloud and from the store", "1 3 4 6 8 9 16 19"},
+     Call<&Accounts::RemoveFriendRequest>},
+    {{"get-all-friends-uuid", "", kFriends, "USER_UUID", "list the UUIDs of a user's friends",
+      "1 3 4"},
      Call<&Accounts::GetAllFriendsUUID, kFriendUuids>},
-    {"get-friend-information", "FRIEND_UUID", "read all fields of a friend",
+    {{"get-friend-information", "friend", kFriends, "FRIEND_UUID", "read all fields of a friend",
+      "1 3 4 9"},
      Call<&Accounts::GetFriendInformation, kFriendId, kFriendName, kFriendGuid, kFriendDeviceName,
           kFriendDeviceAddress, kFriendPeerId>},
-    {"do-factory-reset", "", "delete all users, friends and sessions",
+    {{"do-factory-reset", "", kGateway, "", "delete all users, friends and sessions", "1 3 4"},
      Call<&Accounts::DoFactoryReset>},
-    {"get-session-info", "SESSION_ID", "tell whose session it is",
+    {{"get-session-info", "session", kSessions, "SESSION_ID", "tell whose session it is", "1 2"},
      Call<&Accounts::GetSessionInfo, kUserId>},
-    {"check-session-validation", "SESSION_ID", "tell whether the session is open",
+    {{"check-session-validation", "check", kSessions, "SESSION_ID",
+      "tell whether the session is open", "1 2"},
      Call<&Accounts::CheckSessionValidation>},
-    {"reset-count-for-session-maintenance", "SESSION_ID", "keep a session alive",
+    {{"reset-count-for-session-maintenance", "keep", kSessions, "SESSION_ID",
+      "keep a session alive", "1"},
      Call<&Accounts::ResetCountForSessionMaintenance>},
-    {"get-session-lifetime", "", "tell how many minutes an idle session lives",
+    {{"get-session-lifetime", "lifetime", kSessions, "",
+      "tell how many minutes an idle session lives", "1"},
      Call<&Accounts::GetSessionLifetime, kLifetime>},
-    {"set-session-lifetime", "LIFETIME", "change how many minutes an idle session lives",
+    {{"set-session-lifetime", "", kSessions, "LIFETIME",
+      "change how many minutes an idle session lives", "1"},
      Call<&Accounts::SetSessionLifetime>},
-    {"get-network-setting-status", "", "1 once the traversal servers were fetched, else 0",
+    {{"get-network-setting-status", "", kGateway, "",
+      "1 once the traversal servers were fetched, else 0", ""},
      CallGetNetworkSettingStatus},
-    {"get-nts-server-info-and-peer-id", "", "the traversal servers and this gateway's peer ID",
+    {{"get-nts-server-info-and-peer-id", "network", kGateway, "",
+      "the traversal servers and this gateway's peer ID", "1"},
      Call<&Accounts::GetNTSServerInfoAndPeerID, kPresenceServer, kStunServer, kTurnServer,
           kConnectionPort, kDomain, kPeerId>},
-    {"parse-account-message", "MESSAGE", "handle a JSON message of another module",
+    {{"parse-account-message", "message", kFriends, "MESSAGE",
+      "handle a JSON message of another module", "1 3 4 5 8 14 19"},
      Call<&Accounts::ParseAccountMessage>},
-    {"refresh-access-token", "USER_ID", "renew a user's tokens",
+    {{"refresh-access-token", "refresh", kUsers, "USER_ID", "renew a user's tokens", "1 19"},
      Call<&Accounts::RefreshAccessToken>},
 };
 
@@ -152,8 +181,10 @@ const std::vector<Operation> kOperations = {
 const std::vector<Operation>& Operations() { return kOperations; }
 
 const Operation* FindOperation(const std::string& name) {
-  auto found = std::find_if(kOperations.begin(), kOperations.end(),
-                            [&name](const Operation& operation) { return name == operation.name; });
+  auto found =
+      std::find_if(kOperations.begin(), kOperations.end(), [&name](const Operation& operation) {
+        return name == operation.name || (*operation.alias != '\0' && name == operation.alias);
+      });
   return found == kOperations.end() ? nullptr : &*found;
 }
 

@@ -6,7 +6,8 @@
 #include <vector>
 
 #include "core_fw/account/include/account_manager.h"
-#include "gateway/printer.h"
+#include "gateway/command_info.h"
+#include "gateway/record.h"
 
 namespace gateway {
 
@@ -26,10 +27,8 @@ struct Answer {
   std::vector<Field> outputs;
 };
 
-struct Operation {
-  const char* name;       // in kebab case
-  const char* arguments;  // their names, in the interface's order, divided by blanks
-  const char* help;       // one line
+// The arguments stand in the interface's order.
+struct Operation : CommandInfo {
   // Calls the operation with as many words as there are argument names. False, without a call and
   // with one line in `error`, when a word that must be a number is none. Any thread.
   bool (*call)(AccountManager& accounts, const std::vector<std::string>& words, Answer* answer,
@@ -39,7 +38,7 @@ struct Operation {
 // In the interface's order.
 const std::vector<Operation>& Operations();
 
-// Null when no operation has the name.
+// Null when no operation has the name or alias.
 const Operation* FindOperation(const std::string& name);
 
 }  // namespace gateway

@@ -21,9 +21,15 @@ void Declare(CLI::App* app, Options* options) {
   app->add_option("--log", options->log_file,
                   "Append the log to this file (default: standard error)")
       ->type_name("FILE");
-  app->add_option("--script", options->script_file,
-                  "Run the commands of this file (default: standard input)")
+  app->add_option("--audit", options->audit_file,
+                  "Append one JSON object for each event and each command to this file")
       ->type_name("FILE");
+  CLI::Option* script = app->add_option("--script", options->script_file,
+                                        "Run the commands of this file (default: standard input)")
+                            ->type_name("FILE");
+  app->add_flag("--daemon", options->daemon, "Read no commands; run until a signal")
+      ->excludes(script);
+  app->add_flag("--json", options->json, "Write one JSON object a line");
   app->add_flag("--keep-going", options->keep_going,
                 "Go on after a command of a script or a pipe failed");
   app->add_flag("--show-secrets", options->show_secrets,
@@ -31,6 +37,9 @@ void Declare(CLI::App* app, Options* options) {
   app->set_version_flag("--version", "qorn-gateway " QORN_VERSION);
   app->footer(
       "Commands are read one a line; \"help\" lists them.\n"
+      "Signals: SIGINT and SIGTERM stop the gateway in order, a second one at once; SIGHUP opens "
+      "log\n"
+      "and audit anew.\n"
       "Exit status: 0 good, also when stopped by SIGINT or SIGTERM; 1 a command of a script or a\n"
       "pipe failed; 2 the program cannot start.");
 }

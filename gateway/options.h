@@ -13,7 +13,10 @@ struct Options {
   std::string config_file;
   std::vector<std::string> components;
   std::string log_file;     // "": the log goes to standard error
+  std::string audit_file;   // "": no audit
   std::string script_file;  // "": lines come from standard input
+  bool daemon = false;      // no lines are read
+  bool json = false;
   bool keep_going = false;
   bool show_secrets = false;
 };

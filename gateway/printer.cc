@@ -2,6 +2,11 @@
 
 #include <sys/eventfd.h>
 
+#include <utility>
+#include <vector>
+
+#include "gateway/json_line.h"
+#include "gateway/layout.h"
 #include "gateway/text.h"
 
 namespace gateway {
@@ -9,27 +14,54 @@ namespace {
 
 constexpr char kWipeLine[] = "\r\x1b[K";
 
+std::string PlainJson(const std::string& type, std::vector<Field> fields) {
+  return JsonLine(Record{type, "", std::move(fields), "", {}}, true);
+}
+
 }  // namespace
 
-Printer::Printer(std::ostream& out, std::ostream& err, bool show_secrets)
-    : out_(out), err_(err), show_secrets_(show_secrets) {}
+Printer::Printer(std::ostream& out, std::ostream& err, PrinterStyle style)
+    : out_(out), err_(err), style_(style) {}
 
-void Printer::Say(const std::string& text) { Write(out_, Visible(text) + "\n"); }
-
-void Printer::Error(const std::string& text) {
-  Write(err_, "qorn-gateway: " + Visible(text) + "\n");
+void Printer::Say(const std::string& text) {
+  Write(out_, style_.json ? PlainJson("text", {{"text", {text}}}) : Visible(text) + "\n");
 }
 
-void Printer::Block(const std::string& head, const std::vector<Field>& fields) {
-  std::string lines = Visible(head) + "\n";
-  for (const Field& field : fields) {
-    const bool shorten = field.secret && !show_secrets_;
-    for (const std::string& value : field.values) {
-      lines += "  " + field.name + ": " + Visible(shorten ? ShortenSecret(value) : value) + "\n";
+void Printer::Error(const std::string& text, const std::string& source, int line) {
+  if (style_.json) {
+    std::vector<Field> fields;
+    if (!source.empty()) {
+      fields = {{"source", {source}},
+                {"line", {std::to_string(line)}, false, Field::Shape::kNumber}};
     }
+    fields.push_back({"text", {text}});
+    Write(err_, PlainJson("error", std::move(fields)));
+    return;
   }
-  Write(out_, lines);
+  const std::string place = source.empty() ? "" : source + ":" + std::to_string(line) + ": ";
+  Write(err_,
+        Paint("qorn-gateway: " + Visible(place + text), Tone::kError, style_.color_errors) + "\n");
 }
+
+void Printer::LogLine(const std::string& severity, const std::string& text) {
+  if (style_.json) {
+    Write(out_, PlainJson("log", {{"severity", {severity}}, {"text", {text}}}));
+  } else {
+    Write(out_, Paint(Visible(text), Tone::kQuiet, style_.color_out) + "\n");
+  }
+}
+
+void Printer::Show(const Record& record) {
+  Write(out_, style_.json ? JsonLine(record, style_.show_secrets)
+                          : LayOut(record, style_.show_secrets, style_.color_out));
+}
+
+void Printer::Show(const Table& table) {
+  Write(out_, style_.json ? JsonLines(table, style_.show_secrets)
+                          : LayOut(table, style_.show_secrets, style_.color_out));
+}
+
+void Printer::ShowLines(const std::string& lines) { Write(out_, lines); }
 
 void Printer::PromptShown(int wake_fd) {
   base::AutoLock hold(lock_);
@@ -45,6 +77,8 @@ void Printer::Write(std::ostream& stream, const std::string& lines) {
   base::AutoLock hold(lock_);
   if (wake_fd_ >= 0) stream << kWipeLine;
   stream << lines << std::flush;
+  // A stream that failed once (a full disk, a closed pipe) is tried again with the next lines.
+  stream.clear();
   if (wake_fd_ >= 0) eventfd_write(wake_fd_, 1);
 }
 

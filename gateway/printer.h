@@ -1,50 +1,54 @@
-// What the gateway writes for people: whole lines, from any thread.
+// What the gateway writes: whole records, from any thread, as text or as JSON lines.
 #ifndef QORN_GATEWAY_PRINTER_H_
 #define QORN_GATEWAY_PRINTER_H_
 
 #include <ostream>
 #include <string>
-#include <vector>
 
 #include "base/lock.h"
 #include "base/thread_annotations.h"
+#include "gateway/record.h"
 
 namespace gateway {
 
-// One output of an operation, or one string of an event's payload.
-struct Field {
-  std::string name;
-  std::vector<std::string> values;  // one, or as many as a list has
-  bool secret = false;              // a token or an authorisation code
+struct PrinterStyle {
+  bool json = false;
+  bool show_secrets = false;
+  bool color_out = false;
+  bool color_errors = false;
 };
 
-// Thread-safe: a block of lines is written at once and flushed.
+// Thread-safe: what one call shows is written at once and flushed.
 class Printer {
  public:
   // Borrows both streams.
-  Printer(std::ostream& out, std::ostream& err, bool show_secrets);
+  Printer(std::ostream& out, std::ostream& err, PrinterStyle style);
   Printer(const Printer&) = delete;
   Printer& operator=(const Printer&) = delete;
 
   void Say(const std::string& text);
-  void Error(const std::string& text);  // to the error stream, after the program's name
-  // The head, then each value on a line of its own after its name; secrets are shortened unless
-  // they are shown.
-  void Block(const std::string& head, const std::vector<Field>& fields);
+  // To the error stream, after the program's name. `source` and `line` say where the command
+  // stands; "" and 0 for none.
+  void Error(const std::string& text, const std::string& source = "", int line = 0);
+  void LogLine(const std::string& severity, const std::string& text);
+  void Show(const Record& record);
+  void Show(const Table& table);
+  // Lines that the caller laid out itself, control characters included.
+  void ShowLines(const std::string& lines);
 
   // While a prompt is shown, a line first wipes it and then makes `wake_fd` (an eventfd, borrowed)
   // readable, so that its owner draws it again.
   void PromptShown(int wake_fd);
   void PromptHidden();
 
-  bool show_secrets() const { return show_secrets_; }
+  const PrinterStyle& style() const { return style_; }
 
  private:
   void Write(std::ostream& stream, const std::string& lines);
 
   std::ostream& out_;
   std::ostream& err_;
-  const bool show_secrets_;
+  const PrinterStyle style_;
   base::Lock lock_;
   int wake_fd_ GUARDED_BY(lock_) = -1;
 };

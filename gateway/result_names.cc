@@ -57,6 +57,10 @@ const char* ResultMessage(int code) {
   return "Undefined Error code";
 }
 
+std::string DescribeResult(int code) {
+  return "answered " + std::to_string(code) + " (" + ResultMessage(code) + ")";
+}
+
 bool ParseResult(const std::string& text, int* code) {
   for (const Result& result : kResults) {
     if (text == result.name) {

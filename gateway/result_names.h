@@ -9,6 +9,9 @@ namespace gateway {
 // "Undefined Error code" for a code that the interface does not have.
 const char* ResultMessage(int code);
 
+// "answered 3 (Failure to connect to the account DB)".
+std::string DescribeResult(int code);
+
 // Reads a result as a script writes it: a number, a constant's name ("kAccountNoUser") or
 // "success". False, with `code` untouched, for anything else.
 bool ParseResult(const std::string& text, int* code);

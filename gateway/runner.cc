@@ -27,9 +27,7 @@ int RunLines(const RunOptions& options, LineSource* source, Console* console, Pr
         return status;
     }
     if (!outcome.error.empty()) {
-      const std::string place =
-          named ? options.source_name + ":" + std::to_string(number) + ": " : "";
-      printer->Error(place + outcome.error);
+      printer->Error(outcome.error, options.source_name, number);
       if (named) status = kExitCommandFailed;
       if (named && options.stop_at_failure) return status;
     }

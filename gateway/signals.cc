@@ -22,15 +22,17 @@ sigset_t StopSet() {
 Descriptor BlockAndOpenSignals() {
   std::signal(SIGINT, SIG_DFL);
   std::signal(SIGTERM, SIG_DFL);
-  const sigset_t set = StopSet();
+  sigset_t set = StopSet();
+  sigaddset(&set, SIGHUP);
   pthread_sigmask(SIG_BLOCK, &set, nullptr);
   return Descriptor(signalfd(-1, &set, SFD_CLOEXEC));
 }
 
 }  // namespace
 
-StopSignals::StopSignals(std::function<void()> on_first)
+StopSignals::StopSignals(std::function<void()> on_first, std::function<void()> on_hangup)
     : on_first_(std::move(on_first)),
+      on_hangup_(std::move(on_hangup)),
       signals_(BlockAndOpenSignals()),
       stop_(eventfd(0, EFD_CLOEXEC)),
       quit_(eventfd(0, EFD_CLOEXEC)),
@@ -46,18 +48,26 @@ bool StopSignals::WaitForStop(std::chrono::milliseconds time) const {
   return poll(&stop, 1, static_cast<int>(time.count())) == 1;
 }
 
-void StopSignals::Watch() {
+int StopSignals::NextSignal() const {
   pollfd fds[] = {{signals_.get(), POLLIN, 0}, {quit_.get(), POLLIN, 0}};
   while (poll(fds, 2, -1) < 0) continue;
-  if (fds[1].revents != 0) return;
+  if (fds[1].revents != 0) return 0;
   signalfd_siginfo signal{};
-  if (read(signals_.get(), &signal, sizeof(signal)) != sizeof(signal)) return;
+  if (read(signals_.get(), &signal, sizeof(signal)) != sizeof(signal)) return 0;
+  return static_cast<int>(signal.ssi_signo);
+}
+
+void StopSignals::Watch() {
+  int signal = NextSignal();
+  for (; signal == SIGHUP; signal = NextSignal()) on_hangup_();
+  if (signal == 0) return;
   // From here on the default action of a signal ends the process, whatever any thread waits for.
   const sigset_t set = StopSet();
   pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
   on_first_();
   eventfd_write(stop_.get(), 1);
-  while (poll(&fds[1], 1, -1) < 0) continue;
+  pollfd quit{quit_.get(), POLLIN, 0};
+  while (poll(&quit, 1, -1) < 0) continue;
 }
 
 }  // namespace gateway

@@ -3,9 +3,10 @@
 #include <poll.h>
 #include <sys/eventfd.h>
 
+#include <algorithm>
 #include <cerrno>
-#include <clocale>
 #include <cstdio>
+#include <utility>
 
 namespace gateway {
 namespace {
@@ -14,15 +15,26 @@ constexpr int kHistoryLines = 1000;
 
 const char* Prompt(EditLine*) { return "qorn> "; }
 
+// What all of the words begin with.
+std::string CommonBeginning(const std::vector<std::string>& words) {
+  std::string common = words[0];
+  for (const std::string& word : words) {
+    const auto differs = std::mismatch(common.begin(), common.end(), word.begin(), word.end());
+    common.erase(differs.first, common.end());
+  }
+  return common;
+}
+
 }  // namespace
 
-TerminalLineSource::TerminalLineSource(const StopSignals& signals, Printer* printer)
+TerminalLineSource::TerminalLineSource(const StopSignals& signals, Printer* printer,
+                                       TypingHelp help, HistoryFile file)
     : signals_(signals),
       printer_(printer),
+      help_(std::move(help)),
+      file_(std::move(file)),
       redraw_(eventfd(0, EFD_CLOEXEC)),
       history_(history_init()) {
-  // libedit reads and draws characters of the locale; everything here is UTF-8.
-  std::setlocale(LC_CTYPE, "C.UTF-8");
   editor_.reset(el_init("qorn-gateway", stdin, stdout, stderr));
   HistEvent event;
   history(history_.get(), &event, H_SETSIZE, kHistoryLines);
@@ -31,6 +43,10 @@ TerminalLineSource::TerminalLineSource(const StopSignals& signals, Printer* prin
   el_set(editor_.get(), EL_EDITOR, "emacs");
   el_set(editor_.get(), EL_HIST, history, history_.get());
   el_set(editor_.get(), EL_GETCFN, ReadCharacter);
+  el_set(editor_.get(), EL_ADDFN, "qorn-complete", "complete the word", Complete);
+  el_set(editor_.get(), EL_BIND, "^I", "qorn-complete", nullptr);
+  for (const std::string& line : file_.Load())
+    history(history_.get(), &event, H_ENTER, line.c_str());
 }
 
 LineSource::Result TerminalLineSource::Next(std::string* line) {
@@ -46,11 +62,42 @@ LineSource::Result TerminalLineSource::Next(std::string* line) {
   if (text == nullptr || count <= 0) return Result::kEnd;
   line->assign(text, static_cast<size_t>(count));
   if (line->back() == '\n') line->pop_back();
-  if (!line->empty()) {
-    HistEvent event;
-    history(history_.get(), &event, H_ENTER, line->c_str());
-  }
+  Remember(*line);
   return Result::kLine;
+}
+
+void TerminalLineSource::Remember(const std::string& line) {
+  if (line.empty()) return;
+  HistEvent event;
+  history(history_.get(), &event, H_ENTER, line.c_str());
+  if (help_.may_be_kept(line)) file_.Append(line);
+}
+
+unsigned char TerminalLineSource::Complete(EditLine* editor, int) {
+  TerminalLineSource* self = nullptr;
+  el_get(editor, EL_CLIENTDATA, &self);
+  return self->CompleteLine();
+}
+
+// Adds what all candidates share; once there is nothing to add, lists them.
+unsigned char TerminalLineSource::CompleteLine() {
+  const LineInfo* typed = el_line(editor_.get());
+  const std::string line(typed->buffer, typed->cursor);
+  const std::vector<std::string> candidates = help_.complete(line);
+  if (candidates.empty()) return CC_ERROR;
+  const size_t begun = line.size() - (line.find_last_of(" \t") + 1);
+  std::string rest = CommonBeginning(candidates).substr(begun);
+  if (candidates.size() == 1) rest += ' ';
+  if (!rest.empty()) {
+    el_insertstr(editor_.get(), rest.c_str());
+    return CC_REFRESH;
+  }
+  std::string lines = "\n";
+  for (const std::string& candidate : candidates) lines += "  " + candidate + "\n";
+  printer_->PromptHidden();
+  printer_->ShowLines(lines);
+  printer_->PromptShown(redraw_.get());
+  return CC_REDISPLAY;
 }
 
 int TerminalLineSource::ReadCharacter(EditLine* editor, wchar_t* character) {

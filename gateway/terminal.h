@@ -5,28 +5,45 @@
 #include <histedit.h>
 
 #include <cwchar>
+#include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "gateway/descriptor.h"
+#include "gateway/history_file.h"
 #include "gateway/line_source.h"
 #include "gateway/printer.h"
 #include "gateway/signals.h"
 
 namespace gateway {
 
-// Uses standard input and output. History lasts as long as the object: passwords and codes are
-// typed here, so nothing is written to a file.
+// What is known of a line while it is typed.
+struct TypingHelp {
+  // The words that may stand where the last word of the line begins.
+  std::function<std::vector<std::string>(const std::string& line)> complete;
+  // Whether the line may be kept in a file: passwords and codes are typed here too.
+  std::function<bool(const std::string& line)> may_be_kept;
+};
+
+// Uses standard input and output.
 class TerminalLineSource : public LineSource {
  public:
-  // Borrows both.
-  TerminalLineSource(const StopSignals& signals, Printer* printer);
+  // Borrows signals and printer.
+  TerminalLineSource(const StopSignals& signals, Printer* printer, TypingHelp help,
+                     HistoryFile file);
 
   Result Next(std::string* line) override;
 
  private:
   // libedit calls it for the next character; below 1 ends the line.
   static int ReadCharacter(EditLine* editor, wchar_t* character);
+
+  // libedit calls it for the Tab key.
+  static unsigned char Complete(EditLine* editor, int key);
+  unsigned char CompleteLine();
+
+  void Remember(const std::string& line);
 
   // Waits for a byte of input; false when the program was told to stop. Draws the prompt again
   // whenever the printer wrote a line over it.
@@ -41,6 +58,8 @@ class TerminalLineSource : public LineSource {
 
   const StopSignals& signals_;
   Printer* const printer_;
+  const TypingHelp help_;
+  HistoryFile file_;
   const Descriptor redraw_;
   std::mbstate_t partial_{};
   std::unique_ptr<History, HistoryDeleter> history_;

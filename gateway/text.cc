@@ -6,6 +6,7 @@ namespace gateway {
 namespace {
 
 constexpr size_t kShownCharacters = 4;
+constexpr size_t kMaxClippedBytes = 60;
 
 bool IsControl(char c) {
   const unsigned char byte = static_cast<unsigned char>(c);
@@ -70,6 +71,23 @@ std::string JoinWords(const std::vector<std::string>& words, size_t first) {
     text += words[i];
   }
   return text;
+}
+
+std::vector<std::string> SplitAtBlanks(const std::string& text) {
+  std::vector<std::string> words;
+  for (size_t at = text.find_first_not_of(' '); at != std::string::npos;) {
+    const size_t end = std::min(text.find(' ', at), text.size());
+    words.push_back(text.substr(at, end - at));
+    at = text.find_first_not_of(' ', end);
+  }
+  return words;
+}
+
+std::string Clip(const std::string& text) {
+  size_t end = kMaxClippedBytes;
+  if (text.size() <= end) return text;
+  while (end > 0 && IsContinuationByte(text[end])) --end;
+  return text.substr(0, end) + "…";
 }
 
 }  // namespace gateway

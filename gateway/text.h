@@ -24,6 +24,12 @@ std::string ShortenSecret(const std::string& secret);
 // The words with one blank between them, from the word at `first` on.
 std::string JoinWords(const std::vector<std::string>& words, size_t first = 0);
 
+// The words between the blanks of a text without quotes.
+std::vector<std::string> SplitAtBlanks(const std::string& text);
+
+// The text, cut off after 60 bytes with "…": what was typed wrong, repeated in an error.
+std::string Clip(const std::string& text);
+
 }  // namespace gateway
 
 #endif  // QORN_GATEWAY_TEXT_H_

@@ -25,6 +25,18 @@ std::string Variables::HideSecrets(std::string text) const {
   return text;
 }
 
+std::vector<std::string> Variables::Names() const {
+  std::vector<std::string> names;
+  for (const auto& [name, entry] : entries_) names.push_back(name);
+  return names;
+}
+
+Variables Variables::Emptied() const {
+  Variables emptied;
+  for (const auto& [name, entry] : entries_) emptied.Set(name, "");
+  return emptied;
+}
+
 bool Variables::IsName(const std::string& text) {
   if (text.empty() || !IsNameStart(text[0])) return false;
   for (char c : text) {

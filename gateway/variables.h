@@ -4,6 +4,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 namespace gateway {
 
@@ -18,6 +19,11 @@ class Variables {
 
   // `text` with every secret value in it shortened.
   std::string HideSecrets(std::string text) const;
+
+  std::vector<std::string> Names() const;
+
+  // The same names, each with an empty value.
+  Variables Emptied() const;
 
   // Letters, digits and "_", no digit first.
   static bool IsName(const std::string& text);

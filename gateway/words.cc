@@ -21,7 +21,7 @@ class Splitter {
       std::string word;
       if (!ReadWord(&word)) return false;
       if (HasControlCharacter(word)) {
-        return Fail("control characters are not taken in an argument: " + Visible(word));
+        return Fail("control characters are not taken in an argument: " + Clip(Visible(word)));
       }
       words->push_back(std::move(word));
     }
@@ -102,7 +102,7 @@ class Splitter {
       return true;
     }
     const std::string* value = variables_.Find(name);
-    if (value == nullptr) return Fail("unknown variable \"" + Visible(name) + "\"");
+    if (value == nullptr) return Fail("unknown variable \"" + Clip(Visible(name)) + "\"");
     *word += *value;
     return true;
   }

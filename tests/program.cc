@@ -20,12 +20,12 @@ std::string ProgramFolder() {
 
 int DecodeStatus(int status) { return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status); }
 
+}  // namespace
+
 std::string ReadFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
 }
-
-}  // namespace
 
 TestFolder::TestFolder() {
   const bool in_memory = std::filesystem::is_directory("/dev/shm");
@@ -53,10 +53,11 @@ Ended RunProgram(const std::string& command, const std::string& input) {
   return Ended{DecodeStatus(status), ReadFile(output), ReadFile(errors)};
 }
 
-TerminalProgram::TerminalProgram(const std::string& command) {
+TerminalProgram::TerminalProgram(const std::string& command, const std::string& environment) {
   pid_ = forkpty(&terminal_, nullptr, nullptr, nullptr);
   if (pid_ == 0) {
-    execl("/bin/sh", "sh", "-c", ("TERM=dumb exec " + ProgramFolder() + "/" + command).c_str(),
+    execl("/bin/sh", "sh", "-c",
+          ("TERM=dumb " + environment + " exec " + ProgramFolder() + "/" + command).c_str(),
           nullptr);
     _exit(127);
   }
@@ -95,7 +96,8 @@ bool TerminalProgram::WaitFor(const std::string& text, std::string* before) {
   return true;
 }
 
-Ended TerminalProgram::Finish() {
+Ended TerminalProgram::Finish(const std::string& keys) {
+  Type(keys);
   while (ReadMore()) continue;
   int status = 0;
   waitpid(std::exchange(pid_, -1), &status, 0);

@@ -24,6 +24,9 @@ class TestFolder {
   std::string path_;
 };
 
+// All of a file; "" when it cannot be read.
+std::string ReadFile(const std::string& path);
+
 // A library of the build.
 std::string Library(const std::string& name);
 
@@ -39,7 +42,8 @@ Ended RunProgram(const std::string& command, const std::string& input = "");
 // A program on a pseudo-terminal, where output and errors are one stream.
 class TerminalProgram {
  public:
-  explicit TerminalProgram(const std::string& command);
+  // `environment` is put before the command: "HOME=/nowhere".
+  explicit TerminalProgram(const std::string& command, const std::string& environment = "");
   ~TerminalProgram();  // kills it if it still runs
   TerminalProgram(const TerminalProgram&) = delete;
   TerminalProgram& operator=(const TerminalProgram&) = delete;
@@ -49,8 +53,8 @@ class TerminalProgram {
   // Reads until the text stands behind what the last call found, and stores what stood before it;
   // false at the end of the output.
   bool WaitFor(const std::string& text, std::string* before = nullptr);
-  // Reads to the end.
-  Ended Finish();
+  // Types the keys and reads to the end.
+  Ended Finish(const std::string& keys = "");
 
  private:
   bool ReadMore();

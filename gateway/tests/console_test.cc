@@ -4,10 +4,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <clocale>
 #include <fstream>
 #include <iterator>
 #include <memory>
 #include <optional>
+#include <regex>
+#include <set>
 #include <sstream>
 
 #include "gateway/events.h"
@@ -19,30 +22,46 @@ namespace {
 
 class Scene {
  public:
-  Scene() { UseSecrets(false); }
+  Scene() {
+    std::setlocale(LC_CTYPE, "C.UTF-8");
+    UseStyle(false, false);
+  }
 
   // What a step of the transcript shows.
   std::string Play(const std::string& step) {
     out_.str("");
     const std::string line = step.substr(2);
     step[0] == '>' ? Execute(line) : Change(line);
-    return out_.str();
+    static const std::regex kTime("20[0-9-]{8} [0-9:]{8}");
+    return std::regex_replace(out_.str(), kTime, "TIME");
   }
 
  private:
-  void UseSecrets(bool show) {
+  void UseStyle(bool show, bool json) {
     events_.reset();
-    printer_ = std::make_unique<Printer>(out_, out_, show);
-    events_.emplace(printer_.get());
+    PrinterStyle style;
+    style.show_secrets = show;
+    style.json = json;
+    printer_ = std::make_unique<Printer>(out_, out_, style);
+    events_.emplace([this](const SeenEvent& event) {
+      sightings_.NoteEvent(event);
+      printer_->Show(MakeRecord(event));
+    });
     ConsoleServices services;
     services.accounts = &accounts_;
+    services.facts.components = {"libqorn_account.so"};
+    services.facts.account_server = "https://auth.example";
+    services.watch = [this](std::optional<std::chrono::seconds> time) {
+      out_ << "(watched " << (time ? std::to_string(time->count()) + " s" : "on") << ")\n";
+    };
     services.flush_events = [this] { ShowCalls(); };
     services.request_code = [](const std::string& user, std::string* code, std::string* error) {
       (user == "nobody" ? *error : *code) = "answer-to-" + user;
       return user != "nobody";
     };
     services.pause = [this](std::chrono::milliseconds) { return stop_; };
-    console_ = std::make_unique<Console>(services, printer_.get(), &activity_);
+    console_ = std::make_unique<Console>(
+        services, Console::Parts{printer_.get(), &activity_, &sightings_, &audit_});
   }
 
   void ShowCalls() {
@@ -69,8 +88,14 @@ class Scene {
     if (what == "polls") words >> accounts_.network_polls_left;
     if (what == "outputs") words >> accounts_.output_text;
     if (what == "escape-outputs") accounts_.output_text = "\x1b[2J";
-    if (what == "show-secrets") UseSecrets(true);
+    if (what == "show-secrets") UseStyle(true, false);
+    if (what == "json") UseStyle(false, true);
     if (what == "stop") stop_ = true;
+    const std::string rest = line.substr(std::min(line.size(), what.size() + 1));
+    if (what == "complete") {
+      for (const std::string& word : console_->Complete(rest)) out_ << word << "\n";
+    }
+    if (what == "keep") out_ << (console_->MayBeKept(rest) ? "yes\n" : "no\n");
     if (what == "no-events") events_.reset();
     if (what != "event") return;
     words >> number;
@@ -82,8 +107,10 @@ class Scene {
   bool stop_ = false;
   std::ostringstream out_;
   Activity activity_;
+  Sightings sightings_;
+  Audit audit_;
   std::unique_ptr<Printer> printer_;
-  std::optional<EventPrinter> events_;
+  std::optional<EventListener> events_;
   std::unique_ptr<Console> console_;
 };
 
@@ -109,9 +136,17 @@ TEST(Console, AnswersAsInTheTranscript) {
   }
 }
 
-TEST(Console, HelpListsAllCommands) {
-  const std::string help = Scene().Play("> help");
-  EXPECT_EQ(std::count(help.begin(), help.end(), '\n'), 2 * (32 + 7));
+TEST(Console, HelpNamesAllCommandsAndAliasesOnce) {
+  std::set<std::string> names;
+  for (const CommandInfo& command : Console::Commands()) {
+    EXPECT_TRUE(names.insert(command.name).second) << command.name;
+    EXPECT_TRUE(*command.alias == '\0' || names.insert(command.alias).second) << command.alias;
+    EXPECT_NE(Scene().Play("> help").find(std::string("\n  ") + command.name), std::string::npos);
+    const std::string help = Scene().Play(std::string("> help ") + command.name);
+    for (const char* unexplained : {"Undefined", " \n"}) {
+      EXPECT_EQ(help.find(unexplained), std::string::npos) << help;
+    }
+  }
 }
 
 }  // namespace

@@ -3,12 +3,19 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <csignal>
+#include <filesystem>
+#include <fstream>
 #include <memory>
+#include <regex>
 #include <utility>
+
+#include "gateway/descriptor.h"
 
 namespace gateway {
 namespace {
@@ -20,6 +27,12 @@ using programs::TerminalProgram;
 class ProgramTest : public testing::Test {
  protected:
   ProgramTest() { mkfifo(pipe_.c_str(), 0600); }
+
+  // The audit file without its times.
+  std::string Audit() const {
+    static const std::regex kTime("\"time\":\"20[0-9-]{8}T[0-9:.]{12}Z\",");
+    return std::regex_replace(programs::ReadFile(folder_.Path("audit")), kTime, "");
+  }
 
   const programs::TestFolder folder_;
   // The component's long operation lasts until the test closes it.
@@ -37,9 +50,21 @@ TEST_F(ProgramTest, RunsAScriptToItsEndWithEventsBeforeAnswers) {
                                            "create-user alice secret-code\r\n"
                                            "expect 5 check-session-validation 5\n"
                                            "get-session-info $user_uuid");
-  const Ended ended = RunProgram(command_ + "--script " + script);
+  const Ended ended =
+      RunProgram(command_ + "--audit " + folder_.Path("audit") + " --script " + script);
   EXPECT_EQ(ended.status, 0);
   EXPECT_EQ(ended.errors, "");
+  EXPECT_EQ(
+      Audit(),
+      "{\"type\":\"command\",\"command\":\"say\",\"message\":\"done\"}\n"
+      "{\"type\":\"event\",\"event\":\"kEventAccountCreateUser\",\"user_uuid\":\"o1\","
+      "\"user_id\":\"alice\"}\n"
+      "{\"type\":\"command\",\"command\":\"create-user\",\"user_uuid\":\"o1\","
+      "\"user_id\":\"alice\",\"result\":1,\"message\":\"Success\"}\n"
+      "{\"type\":\"command\",\"command\":\"check-session-validation\",\"result\":5,\"message\":"
+      "\"There is no user who has this user ID in the account DB\"}\n"
+      "{\"type\":\"command\",\"command\":\"get-session-info\",\"result\":1,"
+      "\"message\":\"Success\"}\n");
   EXPECT_EQ(ended.output,
             "First step\n"
             "event kEventAccountCreateUser\n  user_uuid: o1\n  user_id: alice\n  code: secr…\n"
@@ -129,8 +154,17 @@ TEST_F(BusyProgramTest, EndsAtOnceAtASecondSignal) {
 // The prompt, and a person at it.
 class TerminalTest : public ProgramTest {
  protected:
-  TerminalTest() : program_(command_) { EXPECT_TRUE(program_.WaitFor("qorn> ")); }
+  TerminalTest() : program_(command_ + "--audit " + folder_.Path("audit"), environment_) {
+    EXPECT_TRUE(program_.WaitFor("qorn> "));
+  }
 
+  void Run(TerminalProgram* program, const std::string& keys) {
+    program->Type(keys);
+    EXPECT_TRUE(program->WaitFor("qorn> ")) << keys;
+  }
+
+  const std::string environment_ = "XDG_STATE_HOME=" + folder_.Path("state");
+  const std::string history_ = folder_.Path("state/qorn/history");
   TerminalProgram program_;
 };
 
@@ -167,6 +201,76 @@ TEST_F(TerminalTest, DrawsThePromptAgainBelowAnEventThatComesByItself) {
   close(open(pipe_.c_str(), O_WRONLY | O_CLOEXEC));
   ASSERT_TRUE(program_.WaitFor("session_id: ended\r\n"));
   EXPECT_TRUE(program_.WaitFor("qorn> "));
+}
+
+TEST_F(TerminalTest, KeepsItsHistoryWithoutSecretsAndReadsABrokenOne) {
+  Run(&program_, "say one two\n");
+  Run(&program_, "sign-in alice secret-code\n");
+  Run(&program_, "request-cod alice\n");
+  program_.Type("\x04");
+  program_.Finish();
+  EXPECT_EQ(programs::ReadFile(history_), "say one two\n");
+  EXPECT_EQ(std::filesystem::status(history_).permissions(), std::filesystem::perms(0600));
+  std::ofstream(history_, std::ios::app) << "\x1b[2J\n" << std::string(1 << 20, '\0') << "\n";
+  TerminalProgram next(command_, environment_);
+  ASSERT_TRUE(next.WaitFor("qorn> "));
+  Run(&next, "\x10\n");
+  EXPECT_NE(next.Finish("\x04").output.find("one two\r\n"), std::string::npos);
+}
+
+TEST_F(TerminalTest, CompletesCommandsAndSeenIds) {
+  program_.Type("check-s\t1\n");
+  ASSERT_TRUE(program_.WaitFor("check-session-validation: 1 Success"));
+  program_.Type("sign-in\t");
+  EXPECT_TRUE(program_.WaitFor("  sign-in\r\n  sign-in-alt\r\n"));
+  program_.Type("-alt alice x\n");
+  ASSERT_TRUE(program_.WaitFor("session_id: o2"));
+  program_.Type("get-session-info o\t\n");
+  EXPECT_TRUE(program_.WaitFor("get-session-info: 1 Success"));
+}
+
+TEST_F(TerminalTest, WatchesUntilEnter) {
+  program_.Type("watch\n");
+  ASSERT_TRUE(program_.WaitFor("press Enter to end.\r\n"));
+  Run(&program_, "\n");
+  program_.Type("say on\n");
+  EXPECT_TRUE(program_.WaitFor("\non\r\n"));
+}
+
+TEST_F(TerminalTest, OpensLogAndAuditAnewAtAHangup) {
+  for (const char* file : {"log", "audit"}) {
+    std::filesystem::rename(folder_.Path(file), folder_.Path(file + std::string(".1")));
+  }
+  program_.Signal(SIGHUP);
+  while (Audit().empty()) Run(&program_, "say on\n");
+  EXPECT_TRUE(std::filesystem::exists(folder_.Path("log")));
+}
+
+TEST_F(ProgramTest, LeavesAStorageFolderToTheGatewayThatWorksInIt) {
+  folder_.Write("config.xml", "<config><qorn_storage_path>" + folder_.Path("") +
+                                  "</qorn_storage_path><account_db_path>a.db</account_db_path>"
+                                  "</config>");
+  TerminalProgram first(command_, "XDG_STATE_HOME=" + folder_.Path("state"));
+  ASSERT_TRUE(first.WaitFor("qorn> "));
+  const Ended second = RunProgram(command_);
+  EXPECT_EQ(second.status, 2);
+  EXPECT_EQ(second.errors,
+            "qorn-gateway: another gateway works in the storage folder " + folder_.Path("") + "\n");
+  first.Finish("\x04");
+  EXPECT_EQ(RunProgram(command_).status, 0);
+}
+
+TEST_F(ProgramTest, TellsTheServiceManagerAndRunsWithoutInputUntilASignal) {
+  sockaddr_un address{AF_UNIX, {}};
+  folder_.Path("notify").copy(address.sun_path, sizeof(address.sun_path) - 1);
+  const Descriptor manager(socket(AF_UNIX, SOCK_DGRAM, 0));
+  ASSERT_EQ(bind(manager.get(), reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+  TerminalProgram program(command_ + "--daemon", "NOTIFY_SOCKET=" + folder_.Path("notify"));
+  char text[64]{};
+  ASSERT_GT(recv(manager.get(), text, sizeof(text) - 1, 0), 0);
+  EXPECT_STREQ(text, "READY=1");
+  program.Signal(SIGTERM);
+  EXPECT_EQ(program.Finish().status, 0);
 }
 
 }  // namespace

@@ -26,8 +26,9 @@ TEST(Start, AnswersVersionAndHelp) {
   EXPECT_EQ(version.output, "qorn-gateway 0.1.0\n");
   const Ended help = RunGateway("--help");
   EXPECT_EQ(help.status, 0);
-  for (const char* option : {"--config", "--component", "--log", "--script", "--keep-going",
-                             "--show-secrets", "--version", "Exit status"}) {
+  for (const char* option :
+       {"--config", "--component", "--log", "--audit", "--script", "--daemon", "--json",
+        "--keep-going", "--show-secrets", "--version", "Exit status"}) {
     EXPECT_NE(help.output.find(option), std::string::npos) << option;
   }
 }
@@ -50,6 +51,8 @@ TEST(Start, NamesWhatIsWrongInOneLineAndExitsWith2) {
        {"libqorn_gateway_no_component.so", "GetComponent"}},
       {"--config " + config + " --script " + nowhere, {nowhere, "cannot be opened"}},
       {"--config " + config + " --log " + nowhere + "/log", {nowhere, "log"}},
+      {"--config " + config + " --audit " + nowhere + "/audit", {nowhere, "audit"}},
+      {"--daemon --script a", {"--daemon", "--script"}},
       {"--config", {"--config"}},
       {"--config a --config b", {"--config"}},
       {"--bogus", {"--bogus"}},

@@ -10,6 +10,7 @@
 #include <locale>
 #include <memory>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "base/lock.h"
@@ -30,6 +31,7 @@ struct Sink {
   base::Lock lock;
   std::shared_ptr<const LogMessageHandler> handler GUARDED_BY(lock);
   base::ScopedFd file GUARDED_BY(lock);  // None stands for stderr.
+  bool failing GUARDED_BY(lock) = false;
 };
 
 Sink& GetSink() {
@@ -53,14 +55,30 @@ void WritePrefix(const char* file, int line, int severity, std::ostream& out) {
   out << std::setfill(' ') << ':' << SeverityName(severity) << ':' << file << '(' << line << ")] ";
 }
 
-// One write for a whole line, as long as the system takes it in one.
-void WriteLine(int fd, std::string_view line) {
+// One write for a whole line, as long as the system takes it in one. False with errno set when the
+// line did not go out whole.
+bool WriteLine(int fd, std::string_view line) {
   while (!line.empty()) {
     const ssize_t written = write(fd, line.data(), line.size());
     if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return;
+    if (written <= 0) return false;
     line.remove_prefix(static_cast<size_t>(written));
   }
+  return true;
+}
+
+// A full disk under the log must not silence it.
+void WriteToFileOrStderr(Sink& sink, const std::string& line) EXCLUSIVE_LOCKS_REQUIRED(sink.lock) {
+  const bool written = WriteLine(sink.file.get(), line);
+  if (!written) {
+    const std::string reason = std::generic_category().message(errno);
+    if (!sink.failing) {
+      WriteLine(STDERR_FILENO, "The log file cannot be written (" + reason +
+                                   "); until it can, its lines are these:\n");
+    }
+    WriteLine(STDERR_FILENO, line);
+  }
+  sink.failing = !written;
 }
 
 std::shared_ptr<const LogMessageHandler> GetHandler() {
@@ -120,7 +138,11 @@ void LogMessage::Write() {
   if (handler && (*handler)(severity_, file_, line_, message_start_, text)) return;
   Sink& sink = GetSink();
   base::AutoLock hold(sink.lock);
-  WriteLine(sink.file.is_valid() ? sink.file.get() : STDERR_FILENO, text);
+  if (sink.file.is_valid()) {
+    WriteToFileOrStderr(sink, text);
+  } else {
+    WriteLine(STDERR_FILENO, text);
+  }
 }
 
 }  // namespace logging

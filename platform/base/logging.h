@@ -38,7 +38,8 @@ using LogMessageHandler = std::function<bool(int severity, const char* file, int
 void SetLogMessageHandler(LogMessageHandler handler);
 
 // Appends lines to the file `path` from now on, or writes them to stderr again for "". The same
-// path once more opens the file anew, as after a rotation. False when the file cannot be opened:
+// path once more opens the file anew, as after a rotation. A line that the file does not take (a
+// full disk) goes to stderr, after a first one that says why. False when the file cannot be opened:
 // lines go on to where they went before.
 bool SetLogFile(const std::string& path);
 

@@ -50,6 +50,17 @@ TEST_F(LoggingTest, WritesToTheFileUntilItCanOpenAnother) {
   EXPECT_EQ(ReadFile(path_), Line("two"));
 }
 
+TEST_F(LoggingTest, LinesThatAFullDiskDoesNotTakeGoToStandardError) {
+  ASSERT_TRUE(logging::SetLogFile("/dev/full"));
+  testing::internal::CaptureStderr();
+  Log("one");
+  Log("two");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "The log file cannot be written (No space left on device); until it can, its lines are "
+            "these:\n" +
+                Line("one") + Line("two"));
+}
+
 TEST_F(LoggingTest, LinesOfManyThreadsStayWhole) {
   const std::string text(5000, 'x');
   const auto log = [&text] {

@@ -1,0 +1,42 @@
+// What the console needs of the program around it.
+#ifndef QORN_GATEWAY_CONSOLE_SERVICES_H_
+#define QORN_GATEWAY_CONSOLE_SERVICES_H_
+
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core_fw/account/include/account_manager.h"
+
+namespace gateway {
+
+// What the status shows of how the program was started.
+struct GatewayFacts {
+  std::vector<std::string> components;
+  std::string config_file;
+  std::string database;  // the file's path; "" when the configuration names none
+  std::string account_server;
+  std::string user_portal;
+  std::string network_setting;  // the configuration's value
+  std::string log_file;         // "" for standard error
+  std::string audit_file;       // "" for none
+};
+
+struct ConsoleServices {
+  AccountManager* accounts;  // borrowed
+  GatewayFacts facts;
+  std::function<void()> flush_events;  // returns once all published events are shown
+  // Fetches an authorisation code for the user; false with one line in `error`.
+  std::function<bool(const std::string& user, std::string* code, std::string* error)> request_code;
+  // Waits; true when the program was told to stop.
+  std::function<bool(std::chrono::milliseconds)> pause;
+  // Shows the log's lines until the time has passed, a person pressed Enter or the program was told
+  // to stop. Without a time and a person: until it was told to stop.
+  std::function<void(std::optional<std::chrono::seconds>)> watch;
+};
+
+}  // namespace gateway
+
+#endif  // QORN_GATEWAY_CONSOLE_SERVICES_H_
