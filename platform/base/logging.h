@@ -25,6 +25,7 @@ enum LogSeverity {
 // The least severity that is worth a line, 0 at first. Whoever logs asks first: LogMessage writes
 // what it is given.
 int GetMinLogLevel();
+// Takes any number; one above LOG_FATAL silences all.
 void SetMinLogLevel(int level);
 
 // Gets a whole line, its line break included; the text begins at `message_start`. True keeps the
@@ -53,6 +54,7 @@ class LogMessage {
   LogMessage(const LogMessage&) = delete;
   LogMessage& operator=(const LogMessage&) = delete;
 
+  // What the line's text is written to.
   std::ostream& stream() { return stream_; }
 
  private:

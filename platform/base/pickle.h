@@ -17,15 +17,18 @@ class Pickle {
   Pickle(const char* data, size_t data_size);
   // A copy owns its bytes.
   Pickle(const Pickle& other);
+  // Like the copy.
   Pickle& operator=(const Pickle& other);
   ~Pickle();
 
   // False, nothing written, for a borrowed pickle and when the size would no longer fit an int.
   bool WriteString(const std::string& value);
+  // Like WriteString.
   bool WriteInt(int value);
 
   // The bytes, the leading size included; null and 0 for borrowed bytes that hold no pickle.
   const char* data() const { return owned_.empty() ? borrowed_ : owned_.data(); }
+  // Of data(), in bytes.
   size_t size() const { return owned_.empty() ? borrowed_size_ : owned_.size(); }
 
  private:
@@ -40,9 +43,12 @@ class Pickle {
 // leaves the output alone and makes all later reads fail.
 class PickleIterator {
  public:
+  // Begins at the first field.
   explicit PickleIterator(const Pickle& pickle);
 
+  // The next field as a string.
   bool ReadString(std::string* value);
+  // The next field as an integer.
   bool ReadInt(int* value);
 
  private:

@@ -18,8 +18,11 @@ namespace evt {
 // One event on its way to the bus. Not thread-safe.
 class Event {
  public:
+  // The number that it was made with.
   int type() const { return type_; }
+  // Replaces the payload by a copy of `data`; empty at first.
   void SetData(const Pickle& data) { data_ = data; }
+  // The payload, borrowed.
   const Pickle& data() const { return data_; }
 
  private:

@@ -36,29 +36,31 @@
 #include <string>
 #include <vector>
 
+// What an operation answers: one of the constants below.
 typedef int AccountResult;
 
-// Part of the binary contract; never renumber. There is no code 0; 11, 17 and 18 are reserved.
+// Part of the binary contract; never renumber. There is no code 0, and no operation
+// answers a reserved one.
 enum : AccountResult {
-  kAccountSuccess = 1,
-  kAccountInvalidSessionId = 2,
-  kAccountDbConnectFailure = 3,
-  kAccountDbExecuteFailure = 4,
-  kAccountNoUserWithUserId = 5,
-  kAccountNoUserWithUserUuid = 6,
-  kAccountUserGuidMismatch = 7,
-  kAccountNoFriendWithFriendId = 8,
-  kAccountNoFriendWithFriendUuid = 9,
-  kAccountInvalidFriendAuthCode = 10,
-  kAccountNoUser = 11,
-  kAccountDuplicatedUserId = 12,
-  kAccountDuplicatedUserGuid = 13,
-  kAccountDuplicatedFriendId = 14,
-  kAccountZepServerFailure = 15,
-  kAccountUserPortalFailure = 16,
-  kAccountInternalServerError = 17,
-  kAccountRemoteAccessFailure = 18,
-  kAccountFailure = 19,
+  kAccountSuccess = 1,                 // The operation did all that it does.
+  kAccountInvalidSessionId = 2,        // No session with this ID is open.
+  kAccountDbConnectFailure = 3,        // The database was not opened at the start.
+  kAccountDbExecuteFailure = 4,        // A statement cannot be prepared.
+  kAccountNoUserWithUserId = 5,        // No user with this ID is stored.
+  kAccountNoUserWithUserUuid = 6,      // No user with this UUID is stored.
+  kAccountUserGuidMismatch = 7,        // The code belongs to another account.
+  kAccountNoFriendWithFriendId = 8,    // The user has no such friend.
+  kAccountNoFriendWithFriendUuid = 9,  // No friend with this UUID is stored.
+  kAccountInvalidFriendAuthCode = 10,  // No invitation has this code.
+  kAccountNoUser = 11,                 // Reserved.
+  kAccountDuplicatedUserId = 12,       // A user with this ID is stored already.
+  kAccountDuplicatedUserGuid = 13,     // A user of the same cloud account is stored already.
+  kAccountDuplicatedFriendId = 14,     // The user has a friend with this ID already.
+  kAccountZepServerFailure = 15,       // The account server gave no tokens.
+  kAccountUserPortalFailure = 16,      // The User Portal did not do what it was asked for.
+  kAccountInternalServerError = 17,    // Reserved.
+  kAccountRemoteAccessFailure = 18,    // Reserved.
+  kAccountFailure = 19,                // Anything else; each operation says what.
 };
 
 // Events on the platform's bus: the number, and the strings of the payload in order.
@@ -77,19 +79,20 @@ enum : int {
 // What GetUserInfoByType reads (100 to 108) and SetUserInfoByType changes (200, 201).
 // Part of the binary contract; never renumber.
 enum UserInfoType : int {
-  kUserInfoGetUserId = 100,
-  kUserInfoGetUserName = 101,
-  kUserInfoGetSignInState = 102,  // "On" while the user has a session, else "Off"
-  kUserInfoGetUserGuid = 103,
-  kUserInfoGetAccessToken = 104,
-  kUserInfoGetRefreshToken = 105,
-  kUserInfoGetRegisteredDate = 106,  // the dates read as 2013/11/11 Monday 8:0:0, local time
-  kUserInfoGetLastSignInDate = 107,
-  kUserInfoGetLastInfoChangedDate = 108,
-  kUserInfoSetUserId = 200,
-  kUserInfoSetUserName = 201,
+  kUserInfoGetUserId = 100,               // the ID, as it is now
+  kUserInfoGetUserName = 101,             // the display name
+  kUserInfoGetSignInState = 102,          // "On" while the user has a session, else "Off"
+  kUserInfoGetUserGuid = 103,             // the account server's identifier of the user
+  kUserInfoGetAccessToken = 104,          // a secret
+  kUserInfoGetRefreshToken = 105,         // a secret
+  kUserInfoGetRegisteredDate = 106,       // the dates read as 2013/11/11 Monday 8:0:0, local time
+  kUserInfoGetLastSignInDate = 107,       // of either kind of sign-in
+  kUserInfoGetLastInfoChangedDate = 108,  // of the ID or the name
+  kUserInfoSetUserId = 200,               // open sessions follow
+  kUserInfoSetUserName = 201,             // the display name
 };
 
+// The interface "account_interface": 32 operations in the order of the binary contract.
 class AccountManager {
  public:
   // Exchanges the authorisation code for tokens, registers the user with the User Portal and
@@ -100,8 +103,9 @@ class AccountManager {
   virtual AccountResult CreateUser(const std::string& user_id, const std::string& auth_code,
                                    std::string* user_uuid) = 0;
 
-  // Places for requests between users; they do nothing and always answer 1.
+  // A place for a request between users, like three more below: does nothing and always answers 1.
   virtual AccountResult CreateUserRequest(const std::string& first, const std::string& second) = 0;
+  // Like CreateUserRequest.
   virtual AccountResult GetUserCreationRequest(const std::string& first,
                                                const std::string& second) = 0;
 
@@ -115,6 +119,7 @@ class AccountManager {
 
   // Like CreateUserRequest.
   virtual AccountResult RemoveUserRequest(const std::string& first, const std::string& second) = 0;
+  // Like CreateUserRequest.
   virtual AccountResult SearchUser(const std::string& first, const std::string& second) = 0;
 
   // Looks a user up. 1, 3, 4, 5. "qornsystem", the system account, is its own UUID and needs no
@@ -144,7 +149,7 @@ class AccountManager {
   virtual AccountResult SignInAlt(const std::string& user_id, const std::string& password,
                                   std::string* user_uuid, std::string* session_id) = 0;
 
-  // Closes a session. Publishes kEventAccountSignOut.
+  // Closes a session. Publishes kEventAccountSignOut, as the worker thread does for an idle one.
   // 1; 2 for an unknown session; 3, 4, 5 when its user cannot be looked up and 19 when the bus gave
   // no event: the session is closed in these cases too.
   virtual AccountResult SignOut(const std::string& session_id) = 0;
@@ -198,6 +203,7 @@ class AccountManager {
 
   // Completes an invitation with the friend's code and an authorisation code of the friend's own
   // account, registers both at the User Portal and stores the friend under `friend_id`.
+  // Publishes kEventAccountAddFriend.
   // 1, 3, 4, 6, 14, 15, 16; 10 for an unknown friend auth code; 19 when the friend's peer ID is not
   // the invited one (nothing stored), or when the bus gave no event (stored, `friend_uuid`
   // written). Registrations at the portal that were made by then stay.
@@ -273,6 +279,7 @@ class AccountManager {
   // token; a store that fails is not reported.
   virtual AccountResult RefreshAccessToken(const std::string& user_id) = 0;
 
+  // Not for callers: the service belongs to the library.
   virtual ~AccountManager() = default;
 };
 
