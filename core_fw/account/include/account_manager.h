@@ -168,6 +168,8 @@ class AccountManager {
   // Two things are deliberate: any other `type` rewrites the unchanged row and publishes; and the
   // dates that a call does not set are stored as they are shown, after which they read as a moment
   // in 1970.
+  // The system account has no row: it stays as it is, and 200 takes its sessions to an ID that is
+  // nobody's.
   // 1, 3, 4, 6; 2 when a session ended meanwhile; 19 when the bus gave no event (the row is
   // written). With 2, 3 and 4 the row is unchanged, while sessions may follow the new ID already.
   virtual AccountResult SetUserInfoByType(const std::string& user_uuid, int type,

@@ -1,0 +1,45 @@
+#!/bin/sh
+# The tables of operations.md and events.md against the interface, the console's commands and the
+# texts of the results. Run in the repository's root; shows the lines that differ.
+set -eu
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+header=core_fw/account/include/account_manager.h
+same() {
+  [ -s "$folder/code" ] && diff "$folder/code" "$folder/doc" || { echo "$1 differs" >&2; exit 1; }
+}
+
+sed -nE 's/^  virtual (AccountResult|int) (\w+)\(.*/\2/p' $header >"$folder/operations"
+awk '{ print NR - 1, $1 }' "$folder/operations" >"$folder/code"
+sed -nE 's/^\| ([0-9]+) \| `([A-Z]\w+)` \|.*/\1 \2/p' docs/operations.md >"$folder/doc"
+same "operations.md, places"
+
+# The numbers below 20 in the comment before an operation are its results.
+awk '/^  \/\// { text = text $0; next }
+  /^  virtual (AccountResult|int) / {
+    if (text ~ /Like CreateUserRequest/) text = "1"
+    gsub(/[^0-9]+/, " ", text)
+    split("", given)
+    for (n = split(text, numbers, " "); n > 0; n--) given[numbers[n] + 0] = 1
+    sub(/\(.*/, "", $3)
+    line = $3
+    for (n = 0; n < 20; n++) if (n in given) line = line " " n
+    print line
+  }
+  { text = "" }' $header >"$folder/code"
+sed -nE 's/^\| [0-9]+ \| `([A-Z]\w+)` \|.*\| ([0-9 ]+)(,[^|]*)? ?\|$/\1 \2/p' docs/operations.md |
+  sed 's/ *$//' >"$folder/doc"
+same "operations.md, results of the operations"
+
+sed -nE 's/^    \{"([a-z-]+)".*/\1/p' gateway/operations.cc >"$folder/code"
+sed -E 's/([a-z])([A-Z])/\1-\2/g; s/([A-Z])([A-Z][a-z])/\1-\2/g; s/.*/\L&/' "$folder/operations" \
+  >"$folder/doc"
+same "a command's name"
+
+sed -nE 's/^  (kAccount\w+) = ([0-9]+),.*/\2 \1/p' $header >"$folder/code"
+sed -nE 's/^\| ([0-9]+) \| `(kAccount\w+)` \|.*/\1 \2/p' docs/operations.md >"$folder/doc"
+same "operations.md, results"
+
+sed -nE 's/^  (kEventAccount\w+) = ([0-9]+),.*/\2 \1/p' $header >"$folder/code"
+sed -nE 's/^\| ([0-9]+) \| `(kEventAccount\w+)` \|.*/\1 \2/p' docs/events.md >"$folder/doc"
+same "events.md"
