@@ -66,7 +66,8 @@ class PresenceWatch : public Component {
   }
 
   void Report(const std::string& user_uuid) {
-    // A factory reset ends sessions without an event.
+    // A factory reset ends sessions without an event. Of others there is no need to ask, which
+    // would put a failure in the log.
     std::erase_if(sessions_, [this](const auto& session) {
       return accounts_->CheckSessionValidation(session.first) != kAccountSuccess;
     });

@@ -19,12 +19,12 @@ class PresenceWatchTest : public testing::Test {
                                 script);
   }
 
-  // What the component wrote, each line from its text on.
-  std::string Presence() const {
+  // The log's lines that hold `part`, each from there on.
+  std::string Log(const std::string& part) const {
     std::ifstream log(folder_.Path("log"));
     std::string lines;
     for (std::string line; std::getline(log, line);) {
-      const size_t text = line.find("presence: ");
+      const size_t text = line.find(part);
       if (text != std::string::npos) lines += line.substr(text) + "\n";
     }
     return lines;
@@ -73,13 +73,15 @@ do-factory-reset
 sign-in-alt qornsystem mivu5830
 )");
   EXPECT_EQ(ended.status, 0) << ended.errors;
-  EXPECT_EQ(Presence(),
+  EXPECT_EQ(Log("presence: "),
             "presence: alice@example.com is home (1 session)\n"
             "presence: alice@example.com is home (2 sessions)\n"
             "presence: qornsystem is home (1 session)\n"
             "presence: alice@example.com is home (1 session)\n"
             "presence: alice@example.org has left (0 sessions)\n"
             "presence: qornsystem is home (1 session)\n");
+  // Only of the session that the reset ended it had to ask.
+  EXPECT_EQ(Log("CheckSessionValidationEndI"), "CheckSessionValidationEndInvalid Session ID\n");
 }
 
 TEST_F(PresenceWatchTest, DoesNotStartBeforeTheAccountComponent) {
