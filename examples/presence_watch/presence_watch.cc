@@ -56,7 +56,7 @@ class PresenceWatch : public Component {
       if (type == kEventAccountSignIn && !payload.ReadString(&skipped)) return;      // code
       if (!payload.ReadString(&session_id)) return;
       if (type == kEventAccountSignOut) {
-        sessions_.erase(session_id);
+        sessions_.erase(session_id);  // Asking below would put a failure in the log.
       } else {
         sessions_[session_id] = user_uuid;
       }
@@ -66,8 +66,7 @@ class PresenceWatch : public Component {
   }
 
   void Report(const std::string& user_uuid) {
-    // A factory reset ends sessions without an event. Of others there is no need to ask, which
-    // would put a failure in the log.
+    // A factory reset ends sessions without an event.
     std::erase_if(sessions_, [this](const auto& session) {
       return accounts_->CheckSessionValidation(session.first) != kAccountSuccess;
     });
