@@ -186,6 +186,10 @@ int Program::Run() {
   if (signals_.WaitForStop(kNow)) SayStopping();
   host.reset();
   evt::EventManager::GetInstance()->Flush();
+  if (printer_.has_failed() && status == kExitGood && !OnTerminal(options_)) {
+    printer_.Error("not all of the output could be written");
+    return kExitCommandFailed;
+  }
   return status;
 }
 

@@ -41,7 +41,7 @@ void Declare(CLI::App* app, Options* options) {
       "log\n"
       "and audit anew.\n"
       "Exit status: 0 good, also when stopped by SIGINT or SIGTERM; 1 a command of a script or a\n"
-      "pipe failed; 2 the program cannot start.");
+      "pipe failed, or the output could not be written; 2 the program cannot start.");
 }
 
 void FillDefaults(Options* options) {

@@ -73,11 +73,17 @@ void Printer::PromptHidden() {
   wake_fd_ = -1;
 }
 
+bool Printer::has_failed() {
+  base::AutoLock hold(lock_);
+  return failed_;
+}
+
 void Printer::Write(std::ostream& stream, const std::string& lines) {
   base::AutoLock hold(lock_);
   if (wake_fd_ >= 0) stream << kWipeLine;
   stream << lines << std::flush;
-  // A stream that failed once (a full disk, a closed pipe) is tried again with the next lines.
+  if (!stream) failed_ = true;
+  // The next lines are tried again.
   stream.clear();
   if (wake_fd_ >= 0) eventfd_write(wake_fd_, 1);
 }

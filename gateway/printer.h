@@ -41,6 +41,9 @@ class Printer {
   void PromptShown(int wake_fd);
   void PromptHidden();
 
+  // Whether a write to either stream has failed: a full disk, a closed pipe.
+  bool has_failed();
+
   const PrinterStyle& style() const { return style_; }
 
  private:
@@ -51,6 +54,7 @@ class Printer {
   const PrinterStyle style_;
   base::Lock lock_;
   int wake_fd_ GUARDED_BY(lock_) = -1;
+  bool failed_ GUARDED_BY(lock_) = false;
 };
 
 }  // namespace gateway

@@ -31,10 +31,13 @@ sed -nE 's/^\| [0-9]+ \| `([A-Z]\w+)` \|.*\| ([0-9 ]+)(,[^|]*)? ?\|$/\1 \2/p' do
   sed 's/ *$//' >"$folder/doc"
 same "operations.md, results of the operations"
 
-sed -nE 's/^    \{"([a-z-]+)".*/\1/p' gateway/operations.cc >"$folder/code"
-sed -E 's/([a-z])([A-Z])/\1-\2/g; s/([A-Z])([A-Z][a-z])/\1-\2/g; s/.*/\L&/' "$folder/operations" \
-  >"$folder/doc"
-same "a command's name"
+# The state of the network setting is no result.
+kebab='s/([a-z])([A-Z])/\1-\2/g; s/([A-Z])([A-Z][a-z])/\1-\2/g; s/^[^ ]*/\L&/; s/^(get-network-setting-status).*/\1/'
+sed -E "$kebab" "$folder/doc" >"$folder/results"
+mv "$folder/results" "$folder/doc"
+tr -d '\n' <gateway/operations.cc | grep -oE '\{\{"[^}]*"\}' |
+  sed -E 's/^\{\{"([a-z-]+)".*"([0-9 ]*)"\}$/\1 \2/; s/ *$//' >"$folder/code"
+same "a command's name or results"
 
 sed -nE 's/^  (kAccount\w+) = ([0-9]+),.*/\2 \1/p' $header >"$folder/code"
 sed -nE 's/^\| ([0-9]+) \| `(kAccount\w+)` \|.*/\1 \2/p' docs/operations.md >"$folder/doc"

@@ -108,6 +108,12 @@ TEST_F(ProgramTest, TakesAPipeAsAScriptAndNoEndlessLine) {
   }
 }
 
+TEST_F(ProgramTest, SaysThatItsOutputIsLost) {
+  const Ended ended = RunProgram(command_ + " >/dev/full; exit $?; #", "say one\n");
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_EQ(ended.output, "");
+}
+
 TEST_F(ProgramTest, RefusesAScriptThatIsAFolder) {
   const std::string script = folder_.Path(".");
   const Ended ended = RunProgram(command_ + "--script " + script);
