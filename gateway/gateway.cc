@@ -21,12 +21,14 @@
 #include "gateway/activity.h"
 #include "gateway/audit.h"
 #include "gateway/console.h"
+#include "gateway/doctor.h"
 #include "gateway/events.h"
 #include "gateway/host.h"
 #include "gateway/line_source.h"
 #include "gateway/log_view.h"
 #include "gateway/notify.h"
 #include "gateway/printer.h"
+#include "gateway/proxies.h"
 #include "gateway/request_code.h"
 #include "gateway/runner.h"
 #include "gateway/sightings.h"
@@ -39,14 +41,6 @@ namespace {
 
 constexpr std::chrono::milliseconds kNow{0};
 
-// libcurl obeys these; the cloud is talked to directly.
-void ForgetProxies() {
-  for (const char* name : {"http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY",
-                           "HTTP_PROXY", "no_proxy", "NO_PROXY"}) {
-    unsetenv(name);
-  }
-}
-
 // A closed standard stream would give its number to the next file that is opened.
 void OpenStandardStreams() {
   int fd = open("/dev/null", O_RDWR);
@@ -57,7 +51,6 @@ void OpenStandardStreams() {
 // Before any thread starts.
 void PrepareProcess() {
   OpenStandardStreams();
-  ForgetProxies();
   std::signal(SIGPIPE, SIG_IGN);
   // libedit and tables measure characters by the locale; everything here is UTF-8.
   std::setlocale(LC_CTYPE, "C.UTF-8");
@@ -255,6 +248,9 @@ ConsoleServices Program::MakeServices(const Host& host) {
 
 int RunGateway(const Options& options) {
   PrepareProcess();
+  // Before the proxies are forgotten, since it tells of them.
+  if (options.doctor.wanted) return RunDoctor(options.doctor, std::cout);
+  ForgetProxies();
   return Program(options).Run();
 }
 

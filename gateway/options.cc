@@ -44,6 +44,22 @@ void Declare(CLI::App* app, Options* options) {
       "pipe failed, or the output could not be written; 2 the program cannot start.");
 }
 
+void DeclareDoctor(CLI::App* app, Options* options) {
+  CLI::App* const doctor = app->add_subcommand(
+      "doctor", "Examine configuration, database, cloud and users; change nothing");
+  doctor->add_option("--config", options->config_file, "As without doctor")->type_name("FILE");
+  doctor->add_option("--component", options->components, "As without doctor; for --try-refresh")
+      ->type_name("FILE")
+      ->allow_extra_args(false);
+  doctor->add_flag("--json", options->json, "One JSON object a line");
+  doctor->add_flag("--try-refresh", options->doctor.try_refresh,
+                   "Get new tokens for each user: changes the database and the cloud");
+  doctor->callback([options] { options->doctor.wanted = true; });
+  doctor->footer(
+      "No gateway has to run. Exit status: 0 all is good; 1 warnings; 3 something is bad;\n"
+      "2 wrong option.");
+}
+
 void FillDefaults(Options* options) {
   FilePath folder;
   PathService::Get(base::kDirExe, &folder);
@@ -60,6 +76,7 @@ std::optional<int> ParseOptions(int argc, const char* const* argv, std::ostream&
                                 std::ostream& err, Options* options) {
   CLI::App app("Hosts the account component of a home gateway.", "qorn-gateway");
   Declare(&app, options);
+  DeclareDoctor(&app, options);
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success& wanted) {
@@ -70,6 +87,9 @@ std::optional<int> ParseOptions(int argc, const char* const* argv, std::ostream&
     return kExitCannotStart;
   }
   FillDefaults(options);
+  options->doctor.config_file = options->config_file;
+  options->doctor.json = options->json;
+  options->doctor.components = options->components;
   return std::nullopt;
 }
 

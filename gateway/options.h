@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "gateway/doctor.h"
+
 namespace gateway {
 
 struct Options {
@@ -19,6 +21,7 @@ struct Options {
   bool json = false;
   bool keep_going = false;
   bool show_secrets = false;
+  DoctorOptions doctor;
 };
 
 // Fills `options`, with defaults found from the program's own folder. An exit status when the

@@ -121,8 +121,8 @@ std::string TextOf(const TiXmlElement& element) {
 
 }  // namespace
 
-bool ReadConfigFile(const std::string& file, std::map<std::string, std::string>* config,
-                    std::string* error) {
+bool ReadConfigEntries(const std::string& file, std::vector<ConfigEntry>* entries,
+                       std::string* error) {
   std::string text;
   if (!ReadText(file, &text, error)) return false;
   TiXmlDocument document;
@@ -133,11 +133,22 @@ bool ReadConfigFile(const std::string& file, std::map<std::string, std::string>*
              fault.reason;
     return false;
   }
-  std::map<std::string, std::string> found;
+  std::vector<ConfigEntry> found;
   const TiXmlElement* key = document.RootElement()->FirstChildElement();
   for (; key != nullptr; key = key->NextSiblingElement()) {
-    found.emplace(key->ValueStr(), TextOf(*key));
+    const bool plain = key->FirstChildElement() == nullptr && key->FirstAttribute() == nullptr;
+    found.push_back({key->ValueStr(), TextOf(*key), key->Row(), plain});
   }
+  *entries = std::move(found);
+  return true;
+}
+
+bool ReadConfigFile(const std::string& file, std::map<std::string, std::string>* config,
+                    std::string* error) {
+  std::vector<ConfigEntry> entries;
+  if (!ReadConfigEntries(file, &entries, error)) return false;
+  std::map<std::string, std::string> found;
+  for (ConfigEntry& entry : entries) found.emplace(entry.key, std::move(entry.value));
   *config = std::move(found);
   return true;
 }

@@ -3,12 +3,25 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 namespace runtime {
 
-// Reads the configuration file into `*config`, key by value. False, `*config` untouched and one
-// line in `*error`, "FILE: reason" or "FILE:LINE:COLUMN: reason", when it cannot be read, is not
-// well-formed or has another root than "config". Any thread.
+// One element of the configuration file.
+struct ConfigEntry {
+  std::string key;
+  std::string value;
+  int line = 0;       // from 1
+  bool plain = true;  // false: it also holds elements or attributes, which nothing reads
+};
+
+// Reads all elements in their order, those with the same key too. Fails as ReadConfigFile does.
+bool ReadConfigEntries(const std::string& file, std::vector<ConfigEntry>* entries,
+                       std::string* error);
+
+// Reads the configuration file into `*config`, key by value; of equal keys the first. False,
+// `*config` untouched and one line in `*error`, "FILE: reason" or "FILE:LINE:COLUMN: reason", when
+// it cannot be read, is not well-formed or has another root than "config". Any thread.
 bool ReadConfigFile(const std::string& file, std::map<std::string, std::string>* config,
                     std::string* error);
 

@@ -1,0 +1,31 @@
+// `qorn-gateway doctor`: examines configuration, database, cloud and users.
+#ifndef QORN_GATEWAY_DOCTOR_H_
+#define QORN_GATEWAY_DOCTOR_H_
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace gateway {
+
+// Exit statuses; without any finding that is not good it is 0.
+constexpr int kExitDoctorWarnings = 1;
+constexpr int kExitDoctorBad = 3;
+
+struct DoctorOptions {
+  bool wanted = false;  // the command line asks for the doctor
+  std::string config_file;
+  std::vector<std::string> components;  // used with try_refresh alone
+  bool json = false;
+  bool try_refresh = false;
+};
+
+// Colours the text on a terminal. Writes the findings to `out` and returns the exit status. Changes
+// nothing, unless try_refresh asks for new tokens for each user. Waits for a cloud that does not
+// answer for 20 seconds at most for each of its two servers. Once in a process, before other
+// threads.
+int RunDoctor(const DoctorOptions& options, std::ostream& out);
+
+}  // namespace gateway
+
+#endif  // QORN_GATEWAY_DOCTOR_H_

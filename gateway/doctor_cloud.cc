@@ -1,0 +1,185 @@
+#include "gateway/doctor_cloud.h"
+
+#include <curl/curl.h>
+
+#include <cstdlib>
+#include <ctime>
+#include <memory>
+#include <optional>
+
+#include "gateway/doctor_url.h"
+#include "gateway/proxies.h"
+
+namespace gateway {
+namespace {
+
+constexpr long kConnectSeconds = 5;
+constexpr long kTransferSeconds = 10;
+
+struct Server {
+  const char* key;   // of its base URL
+  const char* name;  // in the findings' names
+};
+constexpr Server kServers[] = {{"account_zep_auth_url", "account_server"},
+                               {"account_user_portal_url", "user_portal"}};
+
+// How far an exchange came, and what it brought.
+struct Exchange {
+  CURLcode code = CURLE_OK;
+  std::string error;
+  std::string address;               // "" when the name was not found
+  bool connected = false;            // TLS included
+  long status = 0;                   // 0 without an answer
+  std::optional<long> clock_offset;  // the server's clock minus ours, in seconds
+};
+
+struct CurlDeleter {
+  void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
+};
+
+size_t TakeNothing(char*, size_t, size_t count, void*) { return count; }
+
+// libcurl calls it with the address as soon as a connection is made.
+int TakeAddress(void* exchange, char* address, char*, int, int) {
+  static_cast<Exchange*>(exchange)->address = address;
+  return CURL_PREREQFUNC_OK;
+}
+
+void SetOptions(CURL* curl, const std::string& url, bool verify, Exchange* exchange, char* error) {
+  curl_easy_setopt(curl, CURLOPT_URL, url.c_str());
+  curl_easy_setopt(curl, CURLOPT_PROTOCOLS_STR, "http,https");
+  curl_easy_setopt(curl, CURLOPT_PROXY, "");
+  curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
+  curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, kConnectSeconds);
+  curl_easy_setopt(curl, CURLOPT_TIMEOUT, kTransferSeconds);
+  curl_easy_setopt(curl, CURLOPT_SSL_VERIFYPEER, verify ? 1L : 0L);
+  curl_easy_setopt(curl, CURLOPT_SSL_VERIFYHOST, verify ? 2L : 0L);
+  curl_easy_setopt(curl, CURLOPT_ERRORBUFFER, error);
+  curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, TakeNothing);
+  curl_easy_setopt(curl, CURLOPT_PREREQFUNCTION, TakeAddress);
+  curl_easy_setopt(curl, CURLOPT_PREREQDATA, exchange);
+}
+
+std::optional<long> ClockOffset(CURL* curl) {
+  curl_header* date = nullptr;
+  if (curl_easy_header(curl, "Date", 0, CURLH_HEADER, -1, &date) != CURLHE_OK) return std::nullopt;
+  const time_t cloud = curl_getdate(date->value, nullptr);
+  if (cloud == -1) return std::nullopt;
+  return static_cast<long>(cloud - std::time(nullptr));
+}
+
+Exchange Ask(const std::string& url, bool verify) {
+  Exchange exchange;
+  const std::unique_ptr<CURL, CurlDeleter> curl(curl_easy_init());
+  char error[CURL_ERROR_SIZE] = "";
+  SetOptions(curl.get(), url, verify, &exchange, error);
+  exchange.code = curl_easy_perform(curl.get());
+  exchange.error = error[0] != '\0' ? error : curl_easy_strerror(exchange.code);
+  curl_easy_getinfo(curl.get(), CURLINFO_RESPONSE_CODE, &exchange.status);
+  exchange.connected = !exchange.address.empty();
+  char* tried = nullptr;
+  curl_easy_getinfo(curl.get(), CURLINFO_PRIMARY_IP, &tried);
+  if (!exchange.connected && tried != nullptr) exchange.address = tried;
+  exchange.clock_offset = ClockOffset(curl.get());
+  return exchange;
+}
+
+Finding ExamineCertificate(const std::string& url) {
+  Finding finding{"certificate", std::nullopt, "is valid, although the gateway does not check it"};
+  const Exchange exchange = Ask(url, true);
+  if (exchange.code == CURLE_PEER_FAILED_VERIFICATION) {
+    finding.Blame(State::kWarning,
+                  "would not pass a check, which the gateway does not make: " + exchange.error);
+  } else if (!exchange.connected) {
+    finding.Blame(State::kWarning, "could not be checked: " + exchange.error);
+  }
+  return finding;
+}
+
+Finding ExamineAnswer(const Exchange& exchange) {
+  Finding finding{"answer", std::nullopt, "answers with HTTP"};
+  if (exchange.status == 0) {
+    finding.Blame(State::kBad, "no HTTP answer: " + exchange.error);
+    return finding;
+  }
+  finding.value = "status " + std::to_string(exchange.status);
+  if (exchange.status >= 500) {
+    finding.Blame(State::kWarning, "the server is in trouble: ask whoever runs it");
+  }
+  return finding;
+}
+
+Finding ExamineClock(const Exchange& exchange) {
+  Finding finding{"clock", std::nullopt, "the answer has no Date header to compare clocks with"};
+  if (exchange.clock_offset) JudgeClock(*exchange.clock_offset, &finding);
+  return finding;
+}
+
+Finding ExamineName(const Exchange& exchange) {
+  Finding finding{"name", std::nullopt, "the host's name was found"};
+  if (!exchange.address.empty()) finding.value = exchange.address;
+  if (exchange.code == CURLE_COULDNT_RESOLVE_HOST) {
+    finding.Blame(State::kBad, exchange.error + ": check the URL and this machine's DNS");
+  }
+  return finding;
+}
+
+Finding ExamineConnection(const Exchange& exchange) {
+  Finding finding{"connection", std::nullopt, "made within 5 seconds"};
+  if (!exchange.connected) {
+    finding.Blame(State::kBad, exchange.error + ": check the URL, the network and the server");
+  }
+  return finding;
+}
+
+Findings Examine(const std::string& url) {
+  Finding syntax;
+  if (!url.empty()) JudgeUrl(url, &syntax);
+  if (url.empty() || syntax.state == State::kBad) {
+    return {{"connection", std::nullopt, "not tried without a usable base URL", State::kBad}};
+  }
+  const Exchange exchange = Ask(url, false);
+  Findings findings = {ExamineName(exchange)};
+  if (HasBad(findings)) return findings;
+  findings.push_back(ExamineConnection(exchange));
+  if (HasBad(findings)) return findings;
+  if (url.starts_with("https:")) findings.push_back(ExamineCertificate(url));
+  findings.push_back(ExamineAnswer(exchange));
+  if (!HasBad(findings)) findings.push_back(ExamineClock(exchange));
+  return findings;
+}
+
+Finding ExamineProxy() {
+  Finding finding{"cloud.proxy", std::nullopt, "no proxy variable is set"};
+  const std::string names = ProxyVariablesInUse();
+  if (names.empty()) return finding;
+  finding.value = names;
+  finding.Blame(State::kWarning, "the gateway ignores proxies and talks to the cloud directly");
+  return finding;
+}
+
+}  // namespace
+
+Findings ExamineCloud(const Config& config) {
+  Findings findings = {ExamineProxy()};
+  for (const Server& server : kServers) {
+    for (Finding& finding : Examine(ValueOf(config, server.key))) {
+      finding.name = std::string("cloud.") + server.name + "." + finding.name;
+      findings.push_back(finding);
+    }
+  }
+  return findings;
+}
+
+void JudgeClock(long seconds, Finding* finding) {
+  const long apart = std::labs(seconds);
+  finding->value = std::to_string(seconds) + " s";
+  finding->Blame(State::kGood, "the clocks agree");
+  if (apart > 60) {
+    finding->Blame(apart > 300 ? State::kBad : State::kWarning,
+                   std::string("the cloud's clock is ") + (seconds > 0 ? "ahead" : "behind") +
+                       ": set this machine's clock, by NTP if it can be reached");
+  }
+}
+
+}  // namespace gateway

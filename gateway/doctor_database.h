@@ -1,0 +1,37 @@
+#ifndef QORN_GATEWAY_DOCTOR_DATABASE_H_
+#define QORN_GATEWAY_DOCTOR_DATABASE_H_
+
+#include <string>
+#include <vector>
+
+#include "gateway/doctor_config.h"
+#include "gateway/doctor_report.h"
+
+namespace gateway {
+
+struct StoredUser {
+  std::string uuid;
+  std::string id;
+  bool has_guid = false;
+  bool has_access_token = false;
+  bool has_refresh_token = false;
+};
+
+// What the database holds.
+struct Stored {
+  bool read = false;  // the rest is complete
+  std::vector<StoredUser> users;
+  size_t friends = 0;
+  size_t friends_without_user = 0;
+};
+
+// The database's path, put together as the component does it.
+std::string DatabasePath(const Config& config);
+
+// Examines folder and file and reads the content, without a write of any kind: no lock that is
+// kept, no journal, no roll-back. A database that is locked is waited for, for two seconds.
+Findings ExamineDatabase(const Config& config, Stored* stored);
+
+}  // namespace gateway
+
+#endif  // QORN_GATEWAY_DOCTOR_DATABASE_H_
