@@ -3,6 +3,7 @@
 #include <curl/curl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <optional>
 
@@ -25,6 +26,17 @@ DoctorReport::Style StyleOf(const DoctorOptions& options) {
   return colour ? DoctorReport::Style::kColour : DoctorReport::Style::kText;
 }
 
+// What keeps refreshed tokens from being fetched and kept; "" for nothing.
+std::string Obstacle(const Findings& database, const Stored& stored, const Findings& cloud) {
+  if (HasBad(database) || !stored.read) {
+    return "the database has to be in order first, or the new tokens are lost";
+  }
+  const bool answers = std::any_of(cloud.begin(), cloud.end(), [](const Finding& finding) {
+    return finding.name == "cloud.account_server.answer" && finding.state != State::kBad;
+  });
+  return answers ? "" : "the account server does not answer";
+}
+
 }  // namespace
 
 int RunDoctor(const DoctorOptions& options, std::ostream& out) {
@@ -36,9 +48,11 @@ int RunDoctor(const DoctorOptions& options, std::ostream& out) {
   Stored stored;
   const Findings database = ExamineDatabase(*config, &stored);
   report.Add("Database", database);
-  report.Add("Cloud", ExamineCloud(*config));
+  const Findings cloud = ExamineCloud(*config);
+  report.Add("Cloud", cloud);
   Findings users = ExamineUsers(*config, stored);
-  for (const Finding& finding : ExamineRefresh(options, stored, !HasBad(database))) {
+  const std::string obstacle = Obstacle(database, stored, cloud);
+  for (const Finding& finding : ExamineRefresh(options, stored, obstacle)) {
     users.push_back(finding);
   }
   report.Add("Users", users);

@@ -2,6 +2,7 @@
 
 #include <curl/curl.h>
 
+#include <cmath>
 #include <cstdlib>
 #include <ctime>
 #include <memory>
@@ -27,7 +28,8 @@ constexpr Server kServers[] = {{"account_zep_auth_url", "account_server"},
 struct Exchange {
   CURLcode code = CURLE_OK;
   std::string error;
-  std::string address;               // "" when the name was not found
+  bool resolved = false;
+  std::string address;               // "" when it is not known
   bool connected = false;            // TLS included
   long status = 0;                   // 0 without an answer
   std::optional<long> clock_offset;  // the server's clock minus ours, in seconds
@@ -74,12 +76,13 @@ Exchange Ask(const std::string& url, bool verify) {
   char error[CURL_ERROR_SIZE] = "";
   SetOptions(curl.get(), url, verify, &exchange, error);
   exchange.code = curl_easy_perform(curl.get());
-  exchange.error = error[0] != '\0' ? error : curl_easy_strerror(exchange.code);
+  const bool in_detail = error[0] != '\0' && exchange.code != CURLE_COULDNT_CONNECT;
+  exchange.error = in_detail ? error : curl_easy_strerror(exchange.code);
   curl_easy_getinfo(curl.get(), CURLINFO_RESPONSE_CODE, &exchange.status);
   exchange.connected = !exchange.address.empty();
-  char* tried = nullptr;
-  curl_easy_getinfo(curl.get(), CURLINFO_PRIMARY_IP, &tried);
-  if (!exchange.connected && tried != nullptr) exchange.address = tried;
+  curl_off_t lookup_time = 0;
+  curl_easy_getinfo(curl.get(), CURLINFO_NAMELOOKUP_TIME_T, &lookup_time);
+  exchange.resolved = exchange.code != CURLE_COULDNT_RESOLVE_HOST && lookup_time > 0;
   exchange.clock_offset = ClockOffset(curl.get());
   return exchange;
 }
@@ -109,6 +112,18 @@ Finding ExamineAnswer(const Exchange& exchange) {
   return finding;
 }
 
+void JudgeClock(long seconds, Finding* finding) {
+  const long apart = std::labs(seconds);
+  // The header counts whole seconds and was under way for a while.
+  finding->value = std::to_string(std::lround(static_cast<double>(seconds) / 10) * 10) + " s";
+  finding->Blame(State::kGood, "the clocks agree");
+  if (apart > 60) {
+    finding->Blame(apart > 300 ? State::kBad : State::kWarning,
+                   std::string("the cloud's clock is ") + (seconds > 0 ? "ahead" : "behind") +
+                       ": set this machine's clock, by NTP if it can be reached");
+  }
+}
+
 Finding ExamineClock(const Exchange& exchange) {
   Finding finding{"clock", std::nullopt, "the answer has no Date header to compare clocks with"};
   if (exchange.clock_offset) JudgeClock(*exchange.clock_offset, &finding);
@@ -118,7 +133,7 @@ Finding ExamineClock(const Exchange& exchange) {
 Finding ExamineName(const Exchange& exchange) {
   Finding finding{"name", std::nullopt, "the host's name was found"};
   if (!exchange.address.empty()) finding.value = exchange.address;
-  if (exchange.code == CURLE_COULDNT_RESOLVE_HOST) {
+  if (!exchange.resolved) {
     finding.Blame(State::kBad, exchange.error + ": check the URL and this machine's DNS");
   }
   return finding;
@@ -138,12 +153,14 @@ Findings Examine(const std::string& url) {
   if (url.empty() || syntax.state == State::kBad) {
     return {{"connection", std::nullopt, "not tried without a usable base URL", State::kBad}};
   }
-  const Exchange exchange = Ask(url, false);
+  // The gateway looks for the word anywhere, in small letters.
+  const bool unchecked = url.find("https") != std::string::npos;
+  const Exchange exchange = Ask(url, !unchecked);
   Findings findings = {ExamineName(exchange)};
   if (HasBad(findings)) return findings;
   findings.push_back(ExamineConnection(exchange));
   if (HasBad(findings)) return findings;
-  if (url.starts_with("https:")) findings.push_back(ExamineCertificate(url));
+  if (unchecked) findings.push_back(ExamineCertificate(url));
   findings.push_back(ExamineAnswer(exchange));
   if (!HasBad(findings)) findings.push_back(ExamineClock(exchange));
   return findings;
@@ -169,17 +186,6 @@ Findings ExamineCloud(const Config& config) {
     }
   }
   return findings;
-}
-
-void JudgeClock(long seconds, Finding* finding) {
-  const long apart = std::labs(seconds);
-  finding->value = std::to_string(seconds) + " s";
-  finding->Blame(State::kGood, "the clocks agree");
-  if (apart > 60) {
-    finding->Blame(apart > 300 ? State::kBad : State::kWarning,
-                   std::string("the cloud's clock is ") + (seconds > 0 ? "ahead" : "behind") +
-                       ": set this machine's clock, by NTP if it can be reached");
-  }
 }
 
 }  // namespace gateway

@@ -9,9 +9,6 @@ namespace gateway {
 // Asks both servers for their base URL with GET, which changes nothing there.
 Findings ExamineCloud(const Config& config);
 
-// The cloud's clock minus this machine's is `seconds`.
-void JudgeClock(long seconds, Finding* finding);
-
 }  // namespace gateway
 
 #endif  // QORN_GATEWAY_DOCTOR_CLOUD_H_

@@ -199,13 +199,15 @@ Findings ExamineDatabase(const Config& config, Stored* stored) {
   }
   findings.push_back(integrity);
   if (!readable) return findings;
+  Findings tables;
   for (const TableRule& rule : TableRules()) {
     Finding table{rule.finding, std::nullopt, "is as the gateway makes it"};
     ExamineTable(&reader, rule, &table);
-    findings.push_back(table);
+    tables.push_back(table);
   }
+  findings.insert(findings.end(), tables.begin(), tables.end());
   findings.push_back(ExamineForeign(&reader));
-  if (!HasBad(findings)) ReadContent(&reader, stored);
+  if (integrity.state != State::kBad && !HasBad(tables)) ReadContent(&reader, stored);
   return findings;
 }
 

@@ -44,15 +44,16 @@ void JudgeAccess(const std::string& path, const struct stat& status, int wanted,
                  const std::string& mode, Finding* finding) {
   const bool folder = S_ISDIR(status.st_mode);
   const char* const object = folder ? "folder" : "file";
-  finding->value = path + " (" + UserName(status.st_uid) + ", " + Octal(status.st_mode) + ")";
+  const std::string owner = UserName(status.st_uid);
+  finding->Blame(State::kGood, "only its owner, " + owner + ", can get at it");
   if ((status.st_mode & kOthers) != 0) {
-    finding->Blame(State::kWarning,
-                   std::string("others can get at the ") + object + ": chmod it to " + mode);
+    finding->Blame(State::kWarning, std::string("others than its owner can get at the ") + object +
+                                        " (mode " + Octal(status.st_mode) + "): chmod it to " +
+                                        mode);
   }
   if (faccessat(AT_FDCWD, path.c_str(), wanted, AT_EACCESS) == 0) return;
-  finding->Blame(State::kBad, "this user (" + UserName(geteuid()) +
-                                  ") cannot use it: " + std::strerror(errno) +
-                                  "; run as the gateway's user, " + UserName(status.st_uid) + "?");
+  finding->Blame(State::kBad, "this user, " + UserName(geteuid()) + ", cannot use it (" +
+                                  std::strerror(errno) + "): run as the gateway's user");
 }
 
 bool ExamineFolder(const std::string& folder, uid_t* owner, Finding* finding) {
@@ -132,13 +133,13 @@ Finding ExamineLeftovers(const std::string& path) {
 
 bool ExamineFiles(const std::string& path, Findings* findings) {
   const std::string folder = FolderOf(path);
-  Finding folder_finding{"database.folder", folder, "only its owner can get at it"};
+  Finding folder_finding{"database.folder", folder, ""};
   uid_t owner = 0;
   const bool has_folder = ExamineFolder(folder, &owner, &folder_finding);
   findings->push_back(folder_finding);
   if (!has_folder) return false;
   findings->push_back(ExamineSpace(folder));
-  Finding file{"database.file", path, "only its owner can get at it"};
+  Finding file{"database.file", path, ""};
   const bool has_file = ExamineFile(path, owner, &file);
   findings->push_back(file);
   findings->push_back(ExamineLeftovers(path));

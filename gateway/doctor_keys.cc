@@ -12,8 +12,10 @@ namespace {
 
 constexpr char kNoDefault[] = "is missing and has no default: the gateway's cloud requests fail";
 constexpr char kEmptyText[] = "is empty, which counts as missing: cloud requests fail";
-constexpr char kReservedInForms[] = "&=+%;";
-constexpr char kReservedInXml[] = "&<";
+constexpr char kUnescapedForm[] =
+    "holds white space, a letter beyond ASCII or one of & = + % ; , \" <, and is sent unescaped, "
+    "which can spoil requests";
+constexpr char kUnescapedXml[] = "holds & or <, and is sent unescaped, which can spoil requests";
 
 std::string Lower(std::string text) {
   for (char& c : text) {
@@ -37,13 +39,14 @@ size_t Distance(const std::string& a, const std::string& b) {
   return row.back();
 }
 
-// The candidate that is nearest whatever the case; "" when more than a quarter differs.
+// The candidate that is nearest whatever the case, or begins so; "" when over a quarter differs.
 std::string Nearest(const std::string& text, const std::vector<std::string>& candidates) {
   std::string best;
   size_t best_distance = text.size() / 4 + 1;
   if (text.size() > 100) return "";
   for (const std::string& candidate : candidates) {
-    const size_t distance = Distance(Lower(text), Lower(candidate));
+    const bool begins = text.size() > 4 && Lower(candidate).starts_with(Lower(text));
+    const size_t distance = begins ? 1 : Distance(Lower(text), Lower(candidate));
     if (distance >= best_distance) continue;
     best_distance = distance;
     best = candidate;
@@ -71,7 +74,8 @@ void JudgeLogLevel(const std::string& value, Finding* finding) {
       "LOG_VERBOSE", "LOG_INTERNAL_DETAILED_INFO", "LOG_INTERNAL_INFO", "LOG_INFO", "LOG_WARNING",
       "LOG_ERROR",   "LOG_ERROR_REPORT",           "LOG_FATAL"};
   if (IsOneOf(value, words)) return;
-  const std::string nearest = Nearest(value.starts_with("LOG_") ? value : "LOG_" + value, words);
+  const std::string nearest =
+      Nearest(Lower(value).starts_with("log_") ? value : "LOG_" + value, words);
   finding->Blame(State::kWarning,
                  "is no log level, so LOG_INFO counts" +
                      (nearest.empty() ? std::string() : ": did you mean " + nearest + "?"));
@@ -107,34 +111,24 @@ void JudgeFileName(const std::string& value, Finding* finding) {
 void JudgeNothing(const std::string& /*value*/, Finding* /*finding*/) {}
 
 // Values go out as they stand, so they must not hold what means something where they go.
-void JudgeReserved(const std::string& value, const std::string& reserved, Finding* finding) {
-  if (value.find_first_of(reserved) == std::string::npos) return;
-  finding->Blame(State::kWarning, "holds one of " + reserved +
-                                      " and is sent unescaped, which can spoil the requests");
+bool NeedsEscape(char c) {
+  return c <= ' ' || static_cast<unsigned char>(c) >= 0x7f ||
+         std::string("&=+%;,\"<").find(c) != std::string::npos;
 }
-
-bool NeedsEscapeInForms(char c) { return c <= ' ' || static_cast<unsigned char>(c) >= 0x7f; }
 
 void JudgeForm(const std::string& value, Finding* finding) {
-  JudgeReserved(value, kReservedInForms, finding);
-  if (std::none_of(value.begin(), value.end(), NeedsEscapeInForms)) return;
-  finding->Blame(State::kWarning,
-                 "holds white space or other than ASCII and is sent unescaped, which can spoil the "
-                 "requests");
-}
-
-void JudgeClientId(const std::string& value, Finding* finding) {
-  JudgeForm(value, finding);
-  JudgeReserved(value, ",\"", finding);  // goes into a header line too
+  if (std::any_of(value.begin(), value.end(), NeedsEscape)) {
+    finding->Blame(State::kWarning, kUnescapedForm);
+  }
 }
 
 void JudgeXml(const std::string& value, Finding* finding) {
-  JudgeReserved(value, kReservedInXml, finding);
+  if (value.find_first_of("&<") == std::string::npos) return;
+  finding->Blame(State::kWarning, kUnescapedXml);
 }
 
 void JudgeAddress(const std::string& value, Finding* finding) {
   JudgeForm(value, finding);
-  JudgeReserved(value, "<", finding);
   if (value == "02:00:00:00:00:01") {
     finding->Blame(State::kWarning, "is the example's address: each gateway needs its own");
   }
@@ -167,7 +161,7 @@ std::vector<KeyRule> MakeRules() {
        "is missing: no account can be stored or found", State::kBad,
        "is empty: no account can be stored or found", false, false, JudgeFileName},
       Mandatory("OAuth_AsClient_app_name", "the name of this application", JudgeNothing),
-      Mandatory("OAuth_AsClient_app_id", "the OAuth client ID", JudgeClientId),
+      Mandatory("OAuth_AsClient_app_id", "the OAuth client ID", JudgeForm),
       secret,
       Mandatory("account_device_type_code", "what kind of device this is", JudgeXml),
       Mandatory("account_device_model_id", "the gateway's model", JudgeXml),

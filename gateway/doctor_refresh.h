@@ -1,6 +1,8 @@
 #ifndef QORN_GATEWAY_DOCTOR_REFRESH_H_
 #define QORN_GATEWAY_DOCTOR_REFRESH_H_
 
+#include <string>
+
 #include "gateway/doctor.h"
 #include "gateway/doctor_database.h"
 #include "gateway/doctor_report.h"
@@ -9,9 +11,10 @@ namespace gateway {
 
 // Whether the cloud refreshes the users' tokens. Without options.try_refresh it only says that this
 // was not tried. With it the component is loaded and asks for new tokens for each user that has a
-// refresh token; the cloud then forgets the old ones, so nothing is tried unless `sound` says that
-// the new ones can be stored.
-Findings ExamineRefresh(const DoctorOptions& options, const Stored& stored, bool sound);
+// refresh token. The cloud then forgets the old ones, so nothing is tried when there is an
+// obstacle, such as a database that cannot take the new ones; "" is none.
+Findings ExamineRefresh(const DoctorOptions& options, const Stored& stored,
+                        const std::string& obstacle);
 
 }  // namespace gateway
 

@@ -41,7 +41,7 @@ std::string Dump(const nlohmann::ordered_json& line) {
 }  // namespace
 
 void Finding::Blame(State found, const std::string& text) {
-  if (found < state) return;
+  if (found < state || (found == state && advice.find(text) != std::string::npos)) return;
   const bool adds = found == state && state != State::kGood;
   advice = adds ? advice + "; " + text : text;
   state = found;

@@ -25,9 +25,10 @@ Finding ExamineTokens(const StoredUser& user) {
 Finding ExamineFriends(const Stored& stored) {
   Finding finding{"users.friends", std::to_string(stored.friends), "friends are stored"};
   if (stored.friends_without_user > 0) {
-    finding.Blame(State::kWarning, std::to_string(stored.friends_without_user) +
-                                       " of them belong to a user who is gone, and only "
-                                       "remove-friend or a factory reset takes them away");
+    finding.Blame(State::kWarning,
+                  "friends of users who are gone: " + std::to_string(stored.friends_without_user) +
+                      "; only remove-friend-from-db or a factory reset takes them "
+                      "away");
   }
   return finding;
 }
