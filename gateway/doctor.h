@@ -8,7 +8,7 @@
 
 namespace gateway {
 
-// Exit statuses; without any finding that is not good it is 0.
+// Exit statuses; 0 when all findings are good, kExitCannotStart when they cannot be written.
 constexpr int kExitDoctorWarnings = 1;
 constexpr int kExitDoctorBad = 3;
 

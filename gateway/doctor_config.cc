@@ -23,10 +23,10 @@ Finding ExamineFile(const std::string& file, const std::string& error) {
   } else if (stat(file.c_str(), &status) == 0) {
     if ((status.st_mode & S_IROTH) != 0) {
       finding.Blame(State::kWarning,
-                    "everybody on this machine can read the client secret: chmod o= it");
+                    "everybody on this machine can read the client secret: chmod it to 0640");
     }
     if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
-      finding.Blame(State::kWarning, "others than its owner can change it: chmod go-w it");
+      finding.Blame(State::kWarning, "others than its owner can change it: chmod it to 0640");
     }
   }
   return finding;

@@ -75,6 +75,7 @@ int DoctorReport::Finish() {
          << Count(State::kGood) << " good\n";
   }
   out_.flush();
+  if (!out_) return kExitCannotStart;
   if (Count(State::kBad) > 0) return kExitDoctorBad;
   return Count(State::kWarning) > 0 ? kExitDoctorWarnings : kExitGood;
 }

@@ -38,7 +38,8 @@ class DoctorReport {
   DoctorReport(std::ostream& out, Style style) : out_(out), style_(style) {}
 
   void Add(const std::string& title, const Findings& findings);
-  // Writes the totals and returns the program's exit status.
+  // Writes the totals and returns the program's exit status, kExitCannotStart when not all could be
+  // written.
   int Finish();
 
  private:

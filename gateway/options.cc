@@ -57,7 +57,7 @@ void DeclareDoctor(CLI::App* app, Options* options) {
   doctor->callback([options] { options->doctor.wanted = true; });
   doctor->footer(
       "No gateway has to run. Exit status: 0 all is good; 1 warnings; 3 something is bad;\n"
-      "2 wrong option.");
+      "2 wrong option, or the findings cannot be written.");
 }
 
 void FillDefaults(Options* options) {
