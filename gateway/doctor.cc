@@ -1,10 +1,8 @@
 #include "gateway/doctor.h"
 
 #include <curl/curl.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <optional>
 
 #include "gateway/doctor_cloud.h"
@@ -19,11 +17,7 @@ namespace {
 
 DoctorReport::Style StyleOf(const DoctorOptions& options) {
   if (options.json) return DoctorReport::Style::kJson;
-  const char* const no_colour = std::getenv("NO_COLOR");
-  const char* const terminal = std::getenv("TERM");
-  const bool colour = isatty(STDOUT_FILENO) == 1 && (no_colour == nullptr || *no_colour == '\0') &&
-                      terminal != nullptr && std::string(terminal) != "dumb";
-  return colour ? DoctorReport::Style::kColour : DoctorReport::Style::kText;
+  return options.color ? DoctorReport::Style::kColor : DoctorReport::Style::kText;
 }
 
 // What keeps refreshed tokens from being fetched and kept; "" for nothing.

@@ -17,10 +17,11 @@ struct DoctorOptions {
   std::string config_file;
   std::vector<std::string> components;  // used with try_refresh alone
   bool json = false;
+  bool color = false;  // of the text
   bool try_refresh = false;
 };
 
-// Colours the text on a terminal. Writes the findings to `out` and returns the exit status. Changes
+// Writes the findings to `out` and returns the exit status. Changes
 // nothing, unless try_refresh asks for new tokens for each user. Waits for a cloud that does not
 // answer for 20 seconds at most for each of its two servers. Once in a process, before other
 // threads.

@@ -6,8 +6,7 @@
 #include <functional>
 #include <memory>
 
-#include "base/file_path.h"
-#include "base/path_service.h"
+#include "gateway/database_path.h"
 #include "gateway/doctor_files.h"
 
 namespace gateway {
@@ -169,21 +168,13 @@ void ReadContent(Reader* reader, Stored* stored) {
 
 }  // namespace
 
-std::string DatabasePath(const Config& config) {
-  const std::string file = ValueOf(config, "account_db_path");
-  const std::string storage = ValueOf(config, "qorn_storage_path");
-  if (!storage.empty()) return storage + file;
-  FilePath folder;
-  PathService::Get(base::kDirExe, &folder);
-  return folder.Append(file).value();
-}
-
 Findings ExamineDatabase(const Config& config, Stored* stored) {
-  if (ValueOf(config, "account_db_path").empty()) {
+  const std::string path =
+      JoinDatabasePath(ValueOf(config, "qorn_storage_path"), ValueOf(config, "account_db_path"));
+  if (path.empty()) {
     return {{"database.file", std::nullopt, "there is none without account_db_path", State::kBad}};
   }
   Findings findings;
-  const std::string path = DatabasePath(config);
   if (!ExamineFiles(path, &findings)) {
     stored->read = !HasBad(findings);
     return findings;

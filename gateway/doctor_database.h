@@ -25,9 +25,6 @@ struct Stored {
   size_t friends_without_user = 0;
 };
 
-// The database's path, put together as the component does it.
-std::string DatabasePath(const Config& config);
-
 // Examines folder and file and reads the content, without a write of any kind: no lock that is
 // kept, no journal, no roll-back. A database that is locked is waited for, for two seconds.
 Findings ExamineDatabase(const Config& config, Stored* stored);

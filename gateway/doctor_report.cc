@@ -1,9 +1,10 @@
 #include "gateway/doctor_report.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 
 #include "gateway/doctor.h"
+#include "gateway/json_line.h"
+#include "gateway/layout.h"
 #include "gateway/runner.h"
 #include "gateway/text.h"
 
@@ -17,9 +18,9 @@ const char* NameOf(State state) {
   return kNames[static_cast<size_t>(state)];
 }
 
-const char* ColourOf(State state) {
-  static constexpr const char* kColours[] = {"\x1b[32m", "\x1b[33m", "\x1b[1;31m"};
-  return kColours[static_cast<size_t>(state)];
+const char* ColorOf(State state) {
+  static constexpr const char* kColors[] = {"\x1b[32m", "\x1b[33m", "\x1b[1;31m"};
+  return kColors[static_cast<size_t>(state)];
 }
 
 // Ends before the character in which the limit falls.
@@ -30,12 +31,8 @@ std::string Cut(const std::string& text) {
   return text.substr(0, end) + "…";
 }
 
-std::string Padded(const std::string& text, size_t width) {
-  return text + std::string(width > text.size() ? width - text.size() : 0, ' ');
-}
-
-std::string Dump(const nlohmann::ordered_json& line) {
-  return line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+Field NumberField(const char* name, size_t number) {
+  return {name, {std::to_string(number)}, false, Field::Shape::kNumber};
 }
 
 }  // namespace
@@ -66,10 +63,14 @@ void DoctorReport::Add(const std::string& title, const Findings& findings) {
 
 int DoctorReport::Finish() {
   if (style_ == Style::kJson) {
-    out_ << Dump({{"type", "summary"},
-                  {"good", Count(State::kGood)},
-                  {"warning", Count(State::kWarning)},
-                  {"bad", Count(State::kBad)}});
+    out_ << JsonLine(
+        {"summary",
+         "",
+         {NumberField("good", Count(State::kGood)), NumberField("warning", Count(State::kWarning)),
+          NumberField("bad", Count(State::kBad))},
+         "",
+         {}},
+        true);
   } else {
     out_ << Count(State::kBad) << " bad, " << Count(State::kWarning) << " warnings, "
          << Count(State::kGood) << " good\n";
@@ -81,11 +82,11 @@ int DoctorReport::Finish() {
 }
 
 void DoctorReport::WriteText(const Finding& finding, size_t name_width) {
-  const bool colour = style_ == Style::kColour;
-  out_ << "  " << (colour ? ColourOf(finding.state) : "") << Padded(NameOf(finding.state), 9)
-       << (colour ? "\x1b[0m" : "");
+  const bool color = style_ == Style::kColor;
+  out_ << "  " << (color ? ColorOf(finding.state) : "") << PadTo(NameOf(finding.state), 9)
+       << (color ? "\x1b[0m" : "");
   if (finding.value) {
-    out_ << Padded(finding.name, name_width) << "  " << Visible(Cut(*finding.value));
+    out_ << PadTo(finding.name, name_width) << "  " << Visible(Cut(*finding.value));
   } else {
     out_ << finding.name;
   }
@@ -93,13 +94,18 @@ void DoctorReport::WriteText(const Finding& finding, size_t name_width) {
 }
 
 void DoctorReport::WriteJson(const Finding& finding) {
-  nlohmann::ordered_json value;
-  if (finding.value) value = *finding.value;
-  out_ << Dump({{"type", "finding"},
-                {"name", finding.name},
-                {"state", NameOf(finding.state)},
-                {"value", value},
-                {"advice", finding.advice}});
+  // Secrets are shortened by whoever finds.
+  Field value{"value", {}};
+  if (finding.value) value.values = {*finding.value};
+  out_ << JsonLine({"finding",
+                    "",
+                    {{"name", {finding.name}},
+                     {"state", {NameOf(finding.state)}},
+                     value,
+                     {"advice", {finding.advice}}},
+                    "",
+                    {}},
+                   true);
 }
 
 }  // namespace gateway

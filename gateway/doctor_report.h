@@ -32,7 +32,7 @@ bool HasBad(const Findings& findings);
 // Writes findings for people, or one JSON object a line.
 class DoctorReport {
  public:
-  enum class Style { kText, kColour, kJson };
+  enum class Style { kText, kColor, kJson };
 
   // Borrows `out`.
   DoctorReport(std::ostream& out, Style style) : out_(out), style_(style) {}

@@ -248,8 +248,12 @@ ConsoleServices Program::MakeServices(const Host& host) {
 
 int RunGateway(const Options& options) {
   PrepareProcess();
-  // Before the proxies are forgotten, since it tells of them.
-  if (options.doctor.wanted) return RunDoctor(options.doctor, std::cout);
+  if (options.doctor.wanted) {
+    DoctorOptions doctor = options.doctor;
+    doctor.color = MakeStyle(options).color_out;
+    // Before the proxies are forgotten, since it tells of them.
+    return RunDoctor(doctor, std::cout);
+  }
   ForgetProxies();
   return Program(options).Run();
 }

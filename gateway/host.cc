@@ -1,7 +1,6 @@
 #include "gateway/host.h"
 
-#include "base/file_path.h"
-#include "base/path_service.h"
+#include "gateway/database_path.h"
 #include "runtime/runtime.h"
 
 namespace gateway {
@@ -33,13 +32,7 @@ std::string Host::ConfigOption(const std::string& key) const {
 }
 
 std::string Host::DatabasePath() const {
-  const std::string folder = ConfigOption("qorn_storage_path");
-  const std::string file = ConfigOption("account_db_path");
-  if (file.empty()) return "";
-  if (!folder.empty()) return folder + file;
-  FilePath program_folder;
-  PathService::Get(base::kDirExe, &program_folder);
-  return program_folder.Append(file).value();
+  return JoinDatabasePath(ConfigOption("qorn_storage_path"), ConfigOption("account_db_path"));
 }
 
 }  // namespace gateway
