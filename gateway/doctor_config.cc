@@ -86,8 +86,7 @@ class KeyExaminer {
 
   // The network setting, the last key, is read only behind the eleven.
   void JudgeOrder(const KeyRule& rule, bool empty, Finding* finding) {
-    const bool follows = rule.in_order || !stopped_by_.empty();
-    if (follows && !stopped_by_.empty()) {
+    if (!stopped_by_.empty()) {
       finding->Blame(State::kWarning, "is not read, since " + stopped_by_ + " stops the reading");
     } else if (rule.in_order && empty) {
       stopped_by_ = rule.name;

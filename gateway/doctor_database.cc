@@ -53,6 +53,8 @@ class Reader {
     db_.reset(db);
     sqlite3_extended_result_codes(db, 1);
     sqlite3_busy_timeout(db, kBusyMilliseconds);
+    // From the first read on nobody writes in between.
+    Read("BEGIN", [](sqlite3_stmt*) {});
   }
 
   // Calls `take` with each row; SQLITE_OK when all were there.
