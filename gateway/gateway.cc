@@ -252,7 +252,9 @@ int RunGateway(const Options& options) {
     DoctorOptions doctor = options.doctor;
     doctor.color = MakeStyle(options).color_out;
     // Before the proxies are forgotten, since it tells of them.
-    return RunDoctor(doctor, std::cout);
+    const int status = RunDoctor(doctor, std::cout);
+    if (!std::cout) std::cerr << "qorn-gateway: not all of the output could be written\n";
+    return status;
   }
   ForgetProxies();
   return Program(options).Run();
