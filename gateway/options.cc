@@ -1,6 +1,7 @@
 #include "gateway/options.h"
 
 #include <CLI/CLI.hpp>
+#include <filesystem>
 
 #include "base/file_path.h"
 #include "base/path_service.h"
@@ -11,11 +12,12 @@ namespace {
 
 void Declare(CLI::App* app, Options* options) {
   app->add_option("--config", options->config_file,
-                  "Configuration (default: config.xml beside the program)")
+                  "Configuration (default: config.xml beside the program, else " QORN_CONFIG_FILE
+                  ")")
       ->type_name("FILE");
   app->add_option("--component", options->components,
                   "Component to load; may be given several times (default: libqorn_account.so in "
-                  "../lib beside the program)")
+                  "../lib beside the program, else in " QORN_LIBDIR "/qorn)")
       ->type_name("FILE")
       ->allow_extra_args(false);
   app->add_option("--log", options->log_file,
@@ -60,13 +62,23 @@ void DeclareDoctor(CLI::App* app, Options* options) {
       "2 wrong option, or the findings cannot be written.");
 }
 
-void FillDefaults(Options* options) {
+// In the build everything lies beside the program; installed, in the system's folders.
+std::string BesideProgramOr(const std::string& beside, const std::string& installed) {
   FilePath folder;
   PathService::Get(base::kDirExe, &folder);
-  if (options->config_file.empty()) options->config_file = folder.Append("config.xml").value();
+  std::error_code ignored;
+  const std::filesystem::path program(folder.value());
+  const bool built = std::filesystem::exists(program / beside, ignored);
+  return (program / (built ? beside : installed)).lexically_normal().string();
+}
+
+void FillDefaults(Options* options) {
+  if (options->config_file.empty()) {
+    options->config_file = BesideProgramOr("config.xml", QORN_CONFIG_FILE);
+  }
   if (options->components.empty()) {
     options->components.push_back(
-        folder.Append("..").Append("lib").Append("libqorn_account.so").value());
+        BesideProgramOr("../lib/libqorn_account.so", QORN_LIBDIR "/qorn/libqorn_account.so"));
   }
 }
 

@@ -1,0 +1,28 @@
+#!/usr/bin/env bash
+# make-packages.sh BUILD: makes the Debian packages of a build and looks at them with lintian. The
+# same sources give the same packages, byte for byte.
+set -euo pipefail
+build=$1
+
+SOURCE_DATE_EPOCH=$(dpkg-parsechangelog -l packaging/debian/changelog -S Timestamp)
+export SOURCE_DATE_EPOCH
+umask 022
+rm -rf "$build"/*.deb "$build/repacked"
+cpack --config "$build/CPackConfig.cmake" -B "$build" >"$build/cpack.log" 2>&1 || {
+  cat "$build/cpack.log" >&2
+  exit 1
+}
+rm -rf "$build/_CPack_Packages"
+
+# CPack gives each package with a shared library scripts that call ldconfig. The trigger does that.
+platform=$(echo "$build"/libqorn-platform_*.deb)
+dpkg-deb -R "$platform" "$build/repacked"
+rm "$build/repacked/DEBIAN/postinst" "$build/repacked/DEBIAN/postrm"
+dpkg-deb --root-owner-group -b "$build/repacked" "$platform" >/dev/null
+rm -r "$build/repacked"
+
+for package in "$build"/*.deb; do
+  printf '%s: %s bytes\n' "$package" "$(stat -c %s "$package")"
+done
+lintian --fail-on error --tag-display-limit 0 "$build"/*.deb
+printf 'lintian: good\n'
