@@ -1,0 +1,130 @@
+#!/usr/bin/env bash
+# clean-root.sh BUILD: installs the packages of a build into a clean Debian 12, uses, upgrades,
+# removes and purges them. Mounts and processes end with the namespaces that it runs in.
+set -euo pipefail
+if [ "${1:-}" != --inside ]; then
+  exec timeout --foreground 600 unshare --mount --pid --fork --kill-child "$0" --inside "$@"
+fi
+. tests/install/check.sh
+. tests/install/debian.sh
+build=$2
+umask 022
+cache=$PWD/build/clean-root
+mkdir -p "$cache"
+root=$(mktemp -d "$cache/XXXXXX")
+chmod 755 "$root"
+cleanup() {
+  umount "$root/proc" 2>/dev/null || true
+  rm -rf --one-file-system "$root"
+}
+trap cleanup EXIT
+trap 'exit 1' INT TERM
+
+inside() { chroot "$root" /usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C.UTF-8 "$@"; }
+as() { # USER COMMAND...
+  inside setpriv --reuid "$1" --regid "$(inside id -g "$1")" --init-groups "${@:2}"
+}
+apt_get() {
+  inside DEBIAN_FRONTEND=noninteractive apt-get --yes --quiet --no-install-recommends "$@" 2>&1
+}
+mode() { inside stat -c '%a %U:%G' "$1"; }
+# The records of the package manager are its own, and so are the backups of the user database.
+files() {
+  (cd "$root" && find . -xdev \( -path ./proc -o -path ./root/packages -o -path ./var/lib/dpkg -o \
+    -path ./var/lib/apt -o -path ./var/cache -o -path ./var/log/apt -o -path ./var/log/dpkg.log \
+    -o -path "./etc/*-" \) \
+    -prune -o -printf '%p %y %m %u:%g\n' | sort)
+}
+
+# What the packages need comes first, so that what is left at the end is theirs alone.
+install_dependencies() {
+  local needed
+  needed=$(apt_get install --simulate "${packages[@]}" |
+    sed -nE '/^Inst (lib)?qorn-/d; s/^Inst ([^ ]+) .*/\1/p') || return 1
+  # shellcheck disable=SC2086
+  apt_get install logrotate $needed
+}
+
+# Starts the development cloud; sets $http and $https. It ends with this script.
+start_cloud() {
+  local kind url
+  coproc CLOUD { as qorn qorn-devcloud --port 0 --https-port 0 --print-urls; }
+  http='' https=''
+  while [ -z "$https" ] && read -r kind url <&"${CLOUD[0]}"; do
+    case "$kind" in http) http=$url ;; https) https=$url ;; esac
+  done
+}
+fill_in_config() {
+  sed -i -E "s#(<account_zep_auth_url>)[^<]*#\1$http#; s#(<account_user_portal_url>)[^<]*#\1$https#" \
+    "$root/etc/qorn/config.xml"
+}
+gateway() { as qorn qorn-gateway --log /var/log/qorn/gateway.log; }
+
+# The same packages under a higher version and with another configuration.
+make_next_version() {
+  local package folder=$root/root/next
+  for package in "$build"/*.deb; do
+    rm -rf "$folder"
+    dpkg-deb -R "$package" "$folder"
+    sed -i -E 's/^(Version: .*)$/\1+next/; s/\(= ([^)]*)\)/(= \1+next)/g' "$folder/DEBIAN/control"
+    [ ! -f "$folder/etc/qorn/config.xml" ] || echo '<!-- next -->' >>"$folder/etc/qorn/config.xml"
+    dpkg-deb --root-owner-group -b "$folder" "$root/root/packages/next-$(basename "$package")" >/dev/null
+  done
+  rm -r "$folder"
+}
+rotate() {
+  inside logrotate --force --state /root/packages/logrotate.state /etc/logrotate.d/qorn-gateway
+  equal '600 qorn:qorn' mode /var/log/qorn/gateway.log.1
+}
+
+make_root "$root" "$cache/bookworm.tar"
+mkdir "$root/root/packages"
+cp "$build"/*.deb "$root/root/packages"
+names=() packages=()
+for package in "$build"/*.deb; do
+  names+=("$(basename "${package%%_*}")")
+  packages+=("/root/packages/$(basename "$package")")
+done
+
+apt_get update >"$cache/apt-update.log"
+check 'apt finds every dependency' install_dependencies
+before=$(files)
+check 'apt installs the packages' apt_get install "${packages[@]}"
+check 'the linker knows the platform' inside sh -c 'ldconfig -p | grep -q libqorn_platform.so.1'
+check '/var/lib/qorn is the gateway'"'"'s alone' equal '700 qorn:qorn' mode /var/lib/qorn
+check '/var/log/qorn is the gateway'"'"'s alone' equal '700 qorn:qorn' mode /var/log/qorn
+check 'config.xml is read by the gateway and written by root' equal '640 root:qorn' mode /etc/qorn/config.xml
+check 'nobody else reads config.xml' as nobody sh -c '! test -r /etc/qorn/config.xml'
+check 'the user qorn cannot log in' equal /usr/sbin/nologin inside sh -c 'getent passwd qorn | cut -d: -f7'
+check 'qorn-gateway --help' as nobody qorn-gateway --help
+check 'qorn-devcloud --help' as nobody qorn-devcloud --help
+for page in qorn-gateway qorn-devcloud; do
+  check "the manual has $page(1)" inside gzip -t "/usr/share/man/man1/$page.1.gz"
+done
+
+start_cloud
+check 'the cloud starts as qorn' [ -n "$https" ]
+fill_in_config
+check 'the gateway creates a user and signs in, with the installed configuration' \
+  gateway <tests/install/commands.qorn
+check 'the database is the gateway'"'"'s alone' equal '600 qorn:qorn' mode /var/lib/qorn/account.db
+check 'the log is the gateway'"'"'s alone' equal '600 qorn:qorn' mode /var/log/qorn/gateway.log
+check 'logrotate turns the log over' rotate
+
+make_next_version
+edited=$(sha256sum <"$root/etc/qorn/config.xml")
+check 'apt upgrades the packages' apt_get --option Dpkg::Options::=--force-confold \
+  install "${packages[@]/packages\//packages/next-}"
+check 'the version is the new one' inside sh -c "dpkg-query -W -f '\${Version}' qorn-gateway | grep -q next"
+check 'the edited configuration is kept' equal "$edited" sha256sum <"$root/etc/qorn/config.xml"
+check 'and its mode' equal '640 root:qorn' mode /etc/qorn/config.xml
+check 'the accounts are kept' gateway <<<'expect success get-user-uuid-from-user-id alice@example.com'
+
+check 'apt removes the packages' apt_get remove "${names[@]}"
+check 'the programs are gone' not inside sh -c 'ls /usr/bin/qorn-* /usr/lib/*/qorn /usr/lib/*/libqorn*'
+check 'the accounts outlive removal' equal '600 qorn:qorn' mode /var/lib/qorn/account.db
+check 'so does the configuration' equal '640 root:qorn' mode /etc/qorn/config.xml
+check 'apt purges the packages' apt_get purge qorn-gateway
+check 'nothing is left, nothing else has gone' diff <(echo "$before") <(files)
+check 'the user qorn is kept, so that its number goes to nobody else' inside getent passwd qorn
+[ "$failed" -eq 0 ]

@@ -1,0 +1,66 @@
+#!/usr/bin/env bash
+# consumers.sh BUILD: others build against what the packages of a build install: the component
+# itself with the platform of somewhere else, and programs that use the account interface.
+set -euo pipefail
+. tests/install/check.sh
+build=$1
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+libdir=lib/$(dpkg-architecture -qDEB_HOST_MULTIARCH)
+
+# The platform alone, elsewhere, and the component built on it.
+build_on_external_platform() {
+  cmake --install "$build" --prefix "$work/elsewhere" --component platform &&
+    cmake --install "$build" --prefix "$work/elsewhere" --component dev &&
+    rm -r "$work/elsewhere/include/qorn/core_fw/account" &&
+    cmake -S . -B "$work/external" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DQORN_BUILD_TESTS=OFF \
+      -DQORN_PLATFORM=external -DCMAKE_PREFIX_PATH="$work/elsewhere" &&
+    cmake --build "$work/external" --target qorn_account qorn-gateway
+}
+answer_on_external_platform() {
+  printf 'expect success get-session-lifetime\n' |
+    "$work/external/bin/qorn-gateway" --log "$work/log" | grep -q 'get-session-lifetime: 1'
+}
+no_platform_built() { ! compgen -G "$work/external/lib/libqorn_platform*"; }
+uses_elsewhere() { ldd "$1" | grep -qF "libqorn_platform.so.1 => $work/elsewhere/$libdir/"; }
+
+check 'the component builds with QORN_PLATFORM=external' build_on_external_platform
+check 'that build has no platform of its own' no_platform_built
+check 'its component is bound to the platform elsewhere' uses_elsewhere "$work/external/lib/libqorn_account.so"
+check 'its gateway is bound to the platform elsewhere' uses_elsewhere "$work/external/bin/qorn-gateway"
+check 'its gateway loads its component, which answers' answer_on_external_platform
+
+# The packages, unpacked: what a developer of another component has.
+root=$work/root
+for package in "$build"/libqorn-*.deb; do dpkg-deb -x "$package" "$root"; done
+printf '<config><account_db_path>a.db</account_db_path></config>' >"$work/config.xml"
+# pkg-config names the folder that the component is in.
+run_consumer() {
+  LD_LIBRARY_PATH=$root/usr/$libdir "$1" "$work/config.xml" \
+    "$(flags --variable=componentdir qorn-account)/libqorn_account.so"
+}
+build_with_cmake() {
+  cmake -S tests/install/consumer -B "$work/cmake" -G Ninja -DCMAKE_PREFIX_PATH="$root/usr" &&
+    cmake --build "$work/cmake"
+}
+flags() { # PKG-CONFIG-OPTION...
+  PKG_CONFIG_SYSROOT_DIR=$root PKG_CONFIG_LIBDIR=$root/usr/$libdir/pkgconfig pkg-config "$@"
+}
+build_with_pkg_config() {
+  # shellcheck disable=SC2046
+  g++ -std=c++20 tests/install/consumer/consumer.cc -o "$work/consumer" \
+    $(flags --cflags --libs qorn-account)
+}
+all_headers() {
+  (cd "$root/usr/include/qorn" && find . -name '*.h' -printf '#include "%P"\n') >"$work/all.cc"
+  g++ -std=c++20 -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror -fsyntax-only -MD -MF "$work/all.d" \
+    -I"$root/usr/include/qorn" "$work/all.cc" &&
+    not grep -E 'tinyxml|sqlite3|nlohmann|boost|curl|CLI' "$work/all.d"
+}
+
+check 'a program builds with find_package(QornAccount)' build_with_cmake
+check 'the component answers it' equal 'result 1 minutes 30' run_consumer "$work/cmake/consumer"
+check 'a program builds with pkg-config qorn-account' build_with_pkg_config
+check 'the component answers that one too' equal 'result 1 minutes 30' run_consumer "$work/consumer"
+check 'all installed headers compile, without those of other packages' all_headers
+[ "$failed" -eq 0 ]
