@@ -58,7 +58,7 @@ fill_in_config() {
   sed -i -E "s#(<account_zep_auth_url>)[^<]*#\1$http#; s#(<account_user_portal_url>)[^<]*#\1$https#" \
     "$root/etc/qorn/config.xml"
 }
-gateway() { as qorn qorn-gateway --log /var/log/qorn/gateway.log; }
+gateway() { as qorn qorn-gateway --log /var/log/qorn/gateway.log --audit /var/log/qorn/audit.log; }
 
 # The same packages under a higher version and with another configuration.
 make_next_version() {
@@ -72,9 +72,32 @@ make_next_version() {
   done
   rm -r "$folder"
 }
-rotate() {
+# Starts the service as its unit does and waits until it says that it is ready; sets $service.
+start_service() {
+  local line command unit=$root/lib/systemd/system/qorn-gateway.service
+  exec {notify}< <(perl -MIO::Socket::UNIX -e '$| = 1; umask 0;
+    my $socket = IO::Socket::UNIX->new(Type => SOCK_DGRAM, Local => $ARGV[0]) or die $!;
+    print "listening\n"; $socket->recv(my $text, 4096); print "$text\n"' "$root/run/notify")
+  read -r line <&"$notify"
+  command=$(sed -nE '/^ExecStart=/,/[^\\]$/ { s/^ExecStart=//; s/\\$//; p }' "$unit" | tr '\n' ' ')
+  # shellcheck disable=SC2086
+  as qorn env NOTIFY_SOCKET=/run/notify $command >"$root/root/packages/service" 2>&1 &
+  service=$!
+  read -r -t 20 ready <&"$notify" || true
+  rm "$root/run/notify"
+}
+turn_logs_over() {
   inside logrotate --force --state /root/packages/logrotate.state /etc/logrotate.d/qorn-gateway
-  equal '600 qorn:qorn' mode /var/log/qorn/gateway.log.1
+  kill -HUP "$(inside pidof qorn-gateway)"
+  for file in gateway.log audit.log; do
+    timeout 20 sh -c "until [ -e $root/var/log/qorn/$file ]; do sleep 0.05; done" || return 1
+    equal '600 qorn:qorn' mode "/var/log/qorn/$file" || return 1
+    equal '600 qorn:qorn' mode "/var/log/qorn/$file.1" || return 1
+  done
+}
+end_service() {
+  kill -TERM "$(inside pidof qorn-gateway)"
+  wait "$service"
 }
 
 make_root "$root" "$cache/bookworm.tar"
@@ -109,7 +132,11 @@ check 'the gateway creates a user and signs in, with the installed configuration
   gateway <tests/install/commands.qorn
 check 'the database is the gateway'"'"'s alone' equal '600 qorn:qorn' mode /var/lib/qorn/account.db
 check 'the log is the gateway'"'"'s alone' equal '600 qorn:qorn' mode /var/log/qorn/gateway.log
-check 'logrotate turns the log over' rotate
+start_service
+check 'the service starts as its unit says, and says when it is ready' equal READY=1 echo "$ready"
+check 'logrotate and SIGHUP give it new files' turn_logs_over
+end_service && status=0 || status=$?
+check 'SIGTERM ends it in order' [ "$status" -eq 0 ]
 
 make_next_version
 edited=$(sha256sum <"$root/etc/qorn/config.xml")

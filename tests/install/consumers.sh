@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # consumers.sh BUILD: others build against what the packages of a build install: the component
-# itself with the platform of somewhere else, and programs that use the account interface.
+# itself with the platform of somewhere else, and the example of another component.
 set -euo pipefail
 . tests/install/check.sh
 build=$1
@@ -32,24 +32,28 @@ check 'its gateway loads its component, which answers' answer_on_external_platfo
 
 # The packages, unpacked: what a developer of another component has.
 root=$work/root
-for package in "$build"/libqorn-*.deb; do dpkg-deb -x "$package" "$root"; done
-printf '<config><account_db_path>a.db</account_db_path></config>' >"$work/config.xml"
-# pkg-config names the folder that the component is in.
-run_consumer() {
-  LD_LIBRARY_PATH=$root/usr/$libdir "$1" "$work/config.xml" \
-    "$(flags --variable=componentdir qorn-account)/libqorn_account.so"
-}
-build_with_cmake() {
-  cmake -S tests/install/consumer -B "$work/cmake" -G Ninja -DCMAKE_PREFIX_PATH="$root/usr" &&
-    cmake --build "$work/cmake"
-}
+for package in "$build"/*.deb; do dpkg-deb -x "$package" "$root"; done
 flags() { # PKG-CONFIG-OPTION...
   PKG_CONFIG_SYSROOT_DIR=$root PKG_CONFIG_LIBDIR=$root/usr/$libdir/pkgconfig pkg-config "$@"
 }
+build_with_cmake() {
+  cmake -S examples/presence_watch -B "$work/cmake" -G Ninja -DCMAKE_PREFIX_PATH="$root/usr" &&
+    cmake --build "$work/cmake"
+}
 build_with_pkg_config() {
   # shellcheck disable=SC2046
-  g++ -std=c++20 tests/install/consumer/consumer.cc -o "$work/consumer" \
+  g++ -std=c++20 -shared -fPIC examples/presence_watch/presence_watch.cc -o "$work/by-pkg-config.so" \
     $(flags --cflags --libs qorn-account)
+}
+# COMPONENT: runs beside the packages' own component and hears its events.
+watches() {
+  printf '<config><qorn_storage_path>%s/</qorn_storage_path><account_db_path>a.db</account_db_path></config>' \
+    "$work" >"$work/config.xml"
+  rm -f "$work/log"
+  LD_LIBRARY_PATH=$root/usr/$libdir "$root/usr/bin/qorn-gateway" --config "$work/config.xml" \
+    --component "$(flags --variable=componentdir qorn-account)/libqorn_account.so" \
+    --component "$1" --log "$work/log" <<<'expect success sign-in-alt qornsystem mivu5830' &&
+    grep 'presence: qornsystem is home' "$work/log"
 }
 all_headers() {
   (cd "$root/usr/include/qorn" && find . -name '*.h' -printf '#include "%P"\n') >"$work/all.cc"
@@ -58,9 +62,9 @@ all_headers() {
     not grep -E 'tinyxml|sqlite3|nlohmann|boost|curl|CLI' "$work/all.d"
 }
 
-check 'a program builds with find_package(QornAccount)' build_with_cmake
-check 'the component answers it' equal 'result 1 minutes 30' run_consumer "$work/cmake/consumer"
-check 'a program builds with pkg-config qorn-account' build_with_pkg_config
-check 'the component answers that one too' equal 'result 1 minutes 30' run_consumer "$work/consumer"
+check 'a component builds with find_package(QornAccount)' build_with_cmake
+check 'it runs beside the account component' watches "$work/cmake/libpresence_watch.so"
+check 'a component builds with pkg-config qorn-account' build_with_pkg_config
+check 'it runs beside the account component too' watches "$work/by-pkg-config.so"
 check 'all installed headers compile, without those of other packages' all_headers
 [ "$failed" -eq 0 ]
