@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# make-packages.sh BUILD: makes the Debian packages of a build and looks at them with lintian. The
-# same sources give the same packages, byte for byte.
+# make-packages.sh BUILD: makes the Debian packages of a build and looks at them with lintian, at
+# their manual pages with mandoc. The same sources give the same packages, byte for byte.
 set -euo pipefail
 build=$1
 
@@ -24,5 +24,6 @@ rm -r "$build/repacked"
 for package in "$build"/*.deb; do
   printf '%s: %s bytes\n' "$package" "$(stat -c %s "$package")"
 done
+mandoc -T lint -W warning packaging/man/*.1
 lintian --fail-on error --tag-display-limit 0 "$build"/*.deb
-printf 'lintian: good\n'
+printf 'lintian and mandoc: good\n'

@@ -3,21 +3,18 @@
 # removes and purges them. Mounts and processes end with the namespaces that it runs in.
 set -euo pipefail
 if [ "${1:-}" != --inside ]; then
-  exec timeout --foreground 600 unshare --mount --pid --fork --kill-child "$0" --inside "$@"
+  mkdir -p build/clean-root
+  root=$(mktemp -d "$PWD/build/clean-root/XXXXXX")
+  trap 'rm -rf --one-file-system "$root"' EXIT
+  # unshare does not listen to SIGTERM.
+  timeout --foreground --signal KILL 600 \
+    unshare --mount --pid --fork --kill-child "$0" --inside "$1" "$root"
+  exit
 fi
 . tests/install/check.sh
 . tests/install/debian.sh
-build=$2
+build=$2 root=$3
 umask 022
-cache=$PWD/build/clean-root
-mkdir -p "$cache"
-root=$(mktemp -d "$cache/XXXXXX")
-chmod 755 "$root"
-cleanup() {
-  umount "$root/proc" 2>/dev/null || true
-  rm -rf --one-file-system "$root"
-}
-trap cleanup EXIT
 trap 'exit 1' INT TERM
 
 inside() { chroot "$root" /usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C.UTF-8 "$@"; }
@@ -100,7 +97,8 @@ end_service() {
   wait "$service"
 }
 
-make_root "$root" "$cache/bookworm.tar"
+chmod 755 "$root"
+make_root "$root" "$PWD/build/bookworm.tar"
 mkdir "$root/root/packages"
 cp "$build"/*.deb "$root/root/packages"
 names=() packages=()
@@ -109,7 +107,7 @@ for package in "$build"/*.deb; do
   packages+=("/root/packages/$(basename "$package")")
 done
 
-apt_get update >"$cache/apt-update.log"
+check 'apt reads its lists' apt_get update
 check 'apt finds every dependency' install_dependencies
 before=$(files)
 check 'apt installs the packages' apt_get install "${packages[@]}"

@@ -13,6 +13,10 @@ make_root() {
   else
     tar --extract --file "$2" --numeric-owner -C "$1"
   fi
+  mount_root "$1"
+}
+
+mount_root() { # FOLDER
   mount -t proc proc "$1/proc"
   cp /etc/resolv.conf "$1/etc/resolv.conf"
 }

@@ -1,0 +1,42 @@
+#!/usr/bin/env bash
+# arm64.sh PACKAGE...: cross-builds component, platform and their tests for arm64 and runs the tests
+# under qemu. It builds in a Debian root of its own, so that this machine gets no foreign packages;
+# the root is kept. PACKAGE: the libraries' development packages.
+set -euo pipefail
+if [ "${1:-}" != --inside ]; then
+  exec unshare --mount --pid --fork --kill-child "$0" --inside "$@"
+fi
+shift
+. tests/install/debian.sh
+folder=$PWD/build/arm64
+root=$folder/root
+mkdir -p "$folder"
+[ -e "$folder/root-is-whole" ] || rm -rf --one-file-system "$root"
+
+inside() {
+  chroot "$root" /usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C.UTF-8 \
+    DEBIAN_FRONTEND=noninteractive "$@"
+}
+
+if [ -d "$root" ]; then
+  mount_root "$root"
+else
+  mkdir "$root"
+  make_root "$root" "$PWD/build/bookworm.tar"
+  inside dpkg --add-architecture arm64
+  inside apt-get --quiet update
+  inside apt-get --quiet --yes --no-install-recommends install \
+    cmake crossbuild-essential-arm64 ninja-build pkg-config qemu-user-static "${@/%/:arm64}"
+  touch "$folder/root-is-whole"
+fi
+mkdir -p "$root/source"
+mount --bind "$PWD" "$root/source"
+mount -t tmpfs tmpfs "$root/dev/shm"
+
+build=/source/build/arm64/tree
+inside cmake -S /source -B "$build" -G Ninja -DCMAKE_TOOLCHAIN_FILE=/source/cmake/toolchain-aarch64.cmake
+inside cmake --build "$build" --target qorn_account account_test account_library_test \
+  account_stress_test qorn_platform_test qorn_scenario_test
+for part in platform core_fw/account tests; do
+  inside ctest --test-dir "$build/$part" --parallel "$(nproc)" --output-on-failure --no-tests=error --progress
+done
