@@ -11,7 +11,8 @@ shift
 folder=$PWD/build/arm64
 root=$folder/root
 mkdir -p "$folder"
-[ -e "$folder/root-is-whole" ] || rm -rf --one-file-system "$root"
+# A root that was not finished, or has other packages, is made anew.
+[ "$(cat "$folder/packages" 2>/dev/null)" = "$*" ] || rm -rf --one-file-system "$root"
 
 inside() {
   chroot "$root" /usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C.UTF-8 \
@@ -21,13 +22,14 @@ inside() {
 if [ -d "$root" ]; then
   mount_root "$root"
 else
+  rm -f "$folder/packages"
   mkdir "$root"
   make_root "$root" "$PWD/build/bookworm.tar"
   inside dpkg --add-architecture arm64
   inside apt-get --quiet update
   inside apt-get --quiet --yes --no-install-recommends install \
     cmake crossbuild-essential-arm64 ninja-build pkg-config qemu-user-static "${@/%/:arm64}"
-  touch "$folder/root-is-whole"
+  echo "$*" >"$folder/packages"
 fi
 mkdir -p "$root/source"
 mount --bind "$PWD" "$root/source"
