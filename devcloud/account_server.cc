@@ -5,15 +5,22 @@
 #include <optional>
 #include <string>
 
+#include "devcloud/origin.h"
+#include "devcloud/page.h"
+
 namespace devcloud {
 namespace {
 
 using Form = std::map<std::string, std::string>;
 
-const char* const kSignInPage =
-    "<!DOCTYPE html><title>Sign in</title><h1>Sign in</h1>"
-    "<form method=post action=/authorize><label>User ID <input name=user required autofocus>"
-    "</label> <button>Get a code</button></form>";
+constexpr char kSignInForm[] =
+    "<form method=post action=/authorize class=line><label for=user>User ID</label>"
+    "<input id=user name=user required autofocus autocapitalize=none spellcheck=false>"
+    "<button class=main>Get a code</button></form>";
+
+Answer HtmlAnswer(const char* title, const std::string& content) {
+  return {200, "text/html; charset=utf-8", SmallPage(title, content), PageHeaderLines()};
+}
 
 // RFC 6749 section 5.1: answers with tokens are not to be kept by caches.
 Answer Uncached(int status, const nlohmann::json& body) {
@@ -44,22 +51,23 @@ Answer Grant(const std::optional<TokenGrant>& grant) {
 
 }  // namespace
 
-Answer ShowSignIn(const RecordedRequest&) {
-  return {200, "text/html; charset=utf-8", kSignInPage, {}};
-}
+Answer ShowSignIn(const RecordedRequest&) { return HtmlAnswer("Sign in", kSignInForm); }
 
 Answer Authorize(Accounts& accounts, const RecordedRequest& request) {
+  if (IsOfForeignPage(request)) return Refuse("invalid_request", "sent by another web page");
   const std::optional<Form> form = ParseForm(request.body);
   const std::string user = form ? UrlDecode(ValueOf(*form, "user")) : "";
   const std::string code = accounts.IssueCode(user);
   if (code.empty()) return Refuse("invalid_request", "one field \"user\" is needed");
-  Answer answer = Uncached(200, {{"code", code}});
-  if (HeaderOf(request, "Accept").find("text/html") != std::string::npos) {
-    answer.content_type = "text/html; charset=utf-8";
-    answer.body = "<!DOCTYPE html><title>Code</title><p>Code for " + EscapeMarkup(user) +
-                  ", good once within 10 minutes: <code>" + code + "</code>";
+  if (HeaderOf(request, "Accept").find("text/html") == std::string::npos) {
+    return Uncached(200, {{"code", code}});
   }
-  return answer;
+  return HtmlAnswer("Your code", "<p>Code for " + EscapeMarkup(user) +
+                                     ", good once within 10 "
+                                     "minutes:<p><output class=code>" +
+                                     code +
+                                     "</output>"
+                                     "<p><a href=/authorize>Sign in again</a>");
 }
 
 Answer IssueTokens(Accounts& accounts, const RecordedRequest& request) {

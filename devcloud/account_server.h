@@ -11,7 +11,8 @@ namespace devcloud {
 Answer ShowSignIn(const RecordedRequest& request);
 
 // POST /authorize with the URL-encoded form "user=ID". Answers {"code":"..."}, or a page with the
-// code to a client that accepts text/html. An empty user ID gets invalid_request.
+// code to a client that accepts text/html. An empty user ID gets invalid_request, and so does the
+// form of another web page.
 Answer Authorize(Accounts& accounts, const RecordedRequest& request);
 
 // POST /token, the token endpoint of RFC 6749 for the grants authorization_code and refresh_token.

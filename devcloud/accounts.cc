@@ -20,7 +20,7 @@ std::string Accounts::IssueCode(const std::string& user_id) {
   ForgetExpired();
   std::string& guid = records_.guids[user_id];
   if (guid.empty()) guid = NewGuid();
-  std::string code = NewSecret("code-");
+  std::string code = NewSecret();
   records_.codes[code] = {guid, clock_.Now() + kCodeLifetime};
   return code;
 }
@@ -69,7 +69,7 @@ void Accounts::Restore(AccountRecords records) {
 }
 
 TokenGrant Accounts::Issue(const std::string& guid) {
-  TokenGrant grant{guid, NewSecret("access-"), NewSecret("refresh-"), access_token_lifetime_};
+  TokenGrant grant{guid, NewSecret(), NewSecret(), access_token_lifetime_};
   records_.access_tokens[grant.access_token] = {guid, clock_.Now() + access_token_lifetime_};
   records_.refresh_tokens[grant.refresh_token] = guid;
   return grant;

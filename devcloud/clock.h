@@ -15,6 +15,8 @@ class Clock {
     return std::chrono::system_clock::now() + std::chrono::seconds(offset_seconds_.load());
   }
   void Advance(std::chrono::seconds step) { offset_seconds_ += step.count(); }
+  // Of the wall clock.
+  std::chrono::seconds ahead() const { return std::chrono::seconds(offset_seconds_.load()); }
 
  private:
   std::atomic<std::chrono::seconds::rep> offset_seconds_ = 0;

@@ -1,5 +1,6 @@
 #include "devcloud/cloud.h"
 
+#include <atomic>
 #include <exception>
 #include <optional>
 #include <utility>
@@ -10,8 +11,10 @@
 #include "devcloud/clock.h"
 #include "devcloud/control.h"
 #include "devcloud/devices.h"
+#include "devcloud/fault_json.h"
 #include "devcloud/fault_list.h"
 #include "devcloud/http_server.h"
+#include "devcloud/live.h"
 #include "devcloud/portal.h"
 #include "devcloud/request_log.h"
 #include "devcloud/router.h"
@@ -51,33 +54,53 @@ class Cloud::Impl : public RequestHandler {
                                   {options.api_port, false, false}},
                                  certificate, *this, error);
     if (server_ == nullptr) return false;
+    urls = {Url("http", kHttp), Url("https", kHttps), Url("http", kApi)};
     server_->Run();
     return true;
   }
 
-  std::string Url(const char* scheme, std::size_t port_index) const {
-    const bool is_v6 = address.find(':') != std::string::npos;
-    return scheme + std::string("://") + (is_v6 ? "[" + address + "]" : address) + ":" +
-           std::to_string(server_->port(port_index));
+  // Tells the open pages. After everything that changes what they show.
+  void Changed() {
+    live_.MarkStale();
+    server_->WakeStreams();
   }
 
   void ClearFaults() {
     faults.Clear();
-    server_->ResumeStalled();
+    server_->ResumeStalled(0);
+    Changed();
   }
 
-  void RefuseConnections(bool refuse) { server_->RefuseConnections(refuse); }
+  void RefuseConnections(bool refuse) {
+    server_->RefuseConnections(refuse);
+    is_refusing_ = refuse;
+    Changed();
+  }
 
-  void Record(const RecordedRequest& request) override {
-    if (!IsControlRequest(request)) log.Add(request);
+  void Record(RecordedRequest* request) override {
+    request->time = clock.Now();
+    if (!IsControlRequest(*request)) log.Add(request);
   }
 
   Reply Respond(const RecordedRequest& request, bool keep_alive) override {
     const auto normal = [this, &request] { return HandleAndSave(request); };
-    std::optional<Fault> fault;
-    if (!IsControlRequest(request)) fault = faults.Take(PathOf(request));
-    if (fault) return MakeFaultyReply(*fault, request, keep_alive, normal);
-    return {Serialize(normal(), keep_alive), Reply::Delivery::kWhole};
+    if (IsControlRequest(request)) {
+      if (request.method == "GET" && PathOf(request) == "/api/events") return live_.Open();
+      return {Serialize(normal(), keep_alive), Reply::Delivery::kWhole};
+    }
+    const std::optional<Fault> fault = faults.Take(PathOf(request));
+    if (!fault) return {Serialize(normal(), keep_alive), Reply::Delivery::kWhole};
+    Reply reply = MakeFaultyReply(*fault, request, keep_alive, normal);
+    reply.fault = NameOf(fault->kind);
+    reply.fault_number = fault->number;
+    return reply;
+  }
+
+  void RecordReply(const RecordedRequest& request, const Reply& reply) override {
+    std::optional<std::string> answer;
+    if (reply.delivery != Reply::Delivery::kStall) answer = reply.bytes;
+    if (request.number != 0) log.SetReply(request.number, reply.fault, answer);
+    if (request.number != 0 || request.method != "GET") Changed();
   }
 
   const std::string address;
@@ -88,8 +111,21 @@ class Cloud::Impl : public RequestHandler {
   FaultList faults;
   RequestLog log;
   StateFile state_file;
+  Urls urls;
 
  private:
+  std::string Url(const char* scheme, std::size_t port_index) const {
+    const bool is_v6 = address.find(':') != std::string::npos;
+    return scheme + std::string("://") + (is_v6 ? "[" + address + "]" : address) + ":" +
+           std::to_string(server_->port(port_index));
+  }
+
+  bool EndFault(std::uint64_t number) {
+    if (!faults.Remove(number)) return false;
+    server_->ResumeStalled(number);
+    return true;
+  }
+
   void AddRoutes() {
     router_.Add("GET", "/authorize", ShowSignIn);
     router_.Add("POST", "/authorize",
@@ -119,13 +155,18 @@ class Cloud::Impl : public RequestHandler {
   }
 
   Router router_;
-  const ControlContext control_{accounts,
+  std::atomic<bool> is_refusing_ = false;
+  const ControlContext control_{urls,
+                                accounts,
                                 devices,
                                 log,
                                 faults,
                                 clock,
+                                is_refusing_,
+                                [this](std::uint64_t number) { return EndFault(number); },
                                 [this] { ClearFaults(); },
                                 [this](bool refuse) { RefuseConnections(refuse); }};
+  Live live_{control_};
   std::unique_ptr<HttpServer> server_;  // the last member, as its thread uses all the others
 };
 
@@ -139,14 +180,15 @@ Cloud::Cloud(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}
 
 Cloud::~Cloud() = default;
 
-std::string Cloud::http_url() const { return impl_->Url("http", kHttp); }
+std::string Cloud::http_url() const { return impl_->urls.http; }
 
-std::string Cloud::https_url() const { return impl_->Url("https", kHttps); }
+std::string Cloud::https_url() const { return impl_->urls.https; }
 
-std::string Cloud::api_url() const { return impl_->Url("http", kApi); }
+std::string Cloud::api_url() const { return impl_->urls.api; }
 
 std::string Cloud::IssueCode(const std::string& user_id) {
   std::string code = impl_->accounts.IssueCode(user_id);
+  impl_->Changed();
   impl_->state_file.Save();
   return code;
 }
@@ -165,6 +207,7 @@ std::string Cloud::PeerId(const std::string& physical_address) const {
 
 void Cloud::AddGateway(const std::string& physical_address) {
   impl_->devices.Add(physical_address);
+  impl_->Changed();
   impl_->state_file.Save();
 }
 
@@ -172,9 +215,15 @@ bool Cloud::IsRegistered(const std::string& guid, const std::string& physical_ad
   return impl_->devices.IsRegistered(guid, physical_address);
 }
 
-void Cloud::AdvanceClock(std::chrono::seconds step) { impl_->clock.Advance(step); }
+void Cloud::AdvanceClock(std::chrono::seconds step) {
+  impl_->clock.Advance(step);
+  impl_->Changed();
+}
 
-void Cloud::AddFault(Fault fault) { impl_->faults.Add(std::move(fault)); }
+void Cloud::AddFault(Fault fault) {
+  impl_->faults.Add(std::move(fault));
+  impl_->Changed();
+}
 
 void Cloud::ClearFaults() { impl_->ClearFaults(); }
 
@@ -182,7 +231,10 @@ void Cloud::RefuseConnections(bool refuse) { impl_->RefuseConnections(refuse); }
 
 std::vector<RecordedRequest> Cloud::requests() const { return impl_->log.requests(); }
 
-void Cloud::ClearRequests() { impl_->log.Clear(); }
+void Cloud::ClearRequests() {
+  impl_->log.Clear();
+  impl_->Changed();
+}
 
 bool Cloud::WaitForRequests(std::size_t count) const { return impl_->log.WaitFor(count); }
 

@@ -2,6 +2,7 @@
 #define QORN_DEVCLOUD_FAULT_H_
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,7 @@ struct Fault {
   std::size_t bytes = 0;
   std::string location;
   std::vector<std::string> header_lines;  // "Name: value", sent as they are
+  std::uint64_t number = 0;               // given by the list of faults, from 1 on
 };
 
 }  // namespace devcloud

@@ -4,9 +4,16 @@
 
 namespace devcloud {
 
-void FaultList::Add(Fault fault) {
+std::uint64_t FaultList::Add(Fault fault) {
   MutexLock lock(mutex_);
+  fault.number = ++last_number_;
   if (fault.times != 0) faults_.push_back(std::move(fault));
+  return last_number_;
+}
+
+bool FaultList::Remove(std::uint64_t number) {
+  MutexLock lock(mutex_);
+  return std::erase_if(faults_, [number](const Fault& f) { return f.number == number; }) > 0;
 }
 
 void FaultList::Clear() {

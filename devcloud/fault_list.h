@@ -1,6 +1,7 @@
 #ifndef QORN_DEVCLOUD_FAULT_LIST_H_
 #define QORN_DEVCLOUD_FAULT_LIST_H_
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -13,7 +14,10 @@ namespace devcloud {
 // The faults still to come, in the order in which they were added. Thread-safe.
 class FaultList {
  public:
-  void Add(Fault fault);
+  // Gives the fault its number and returns it; numbers are never used twice.
+  std::uint64_t Add(Fault fault);
+  // False when no such fault is left.
+  bool Remove(std::uint64_t number);
   void Clear();
   // The first fault that fits the path, counted as met once more; null when none does.
   std::optional<Fault> Take(const std::string& path);
@@ -22,6 +26,7 @@ class FaultList {
  private:
   mutable Mutex mutex_;
   std::vector<Fault> faults_ DEVCLOUD_TSA(guarded_by(mutex_));
+  std::uint64_t last_number_ DEVCLOUD_TSA(guarded_by(mutex_)) = 0;
 };
 
 }  // namespace devcloud

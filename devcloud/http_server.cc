@@ -1,5 +1,6 @@
 #include "devcloud/http_server.h"
 
+#include <atomic>
 #include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/post.hpp>
@@ -21,6 +22,9 @@ namespace {
 namespace asio = boost::asio;
 using boost::system::error_code;
 using tcp = asio::ip::tcp;
+
+// Open pages hear of changes in pieces of this length, however many there are.
+constexpr std::chrono::milliseconds kWakeDelay(50);
 
 // One port. A second socket, bound but never listening, keeps the port's number while the port is
 // closed: others get it refused, and nobody else can take it.
@@ -149,9 +153,21 @@ class HttpServer::Impl {
     });
   }
 
-  void ResumeStalled() {
+  void ResumeStalled(std::uint64_t fault_number) {
+    asio::post(io_, [this, fault_number] {
+      for (const auto& session : Sessions(true)) session->Resume(fault_number);
+    });
+  }
+
+  void WakeStreams() {
+    if (is_wake_posted_.exchange(true)) return;
     asio::post(io_, [this] {
-      for (const auto& session : Sessions(true)) session->Resume();
+      wake_timer_.expires_after(kWakeDelay);
+      wake_timer_.async_wait([this](const error_code& error) {
+        is_wake_posted_ = false;
+        if (error) return;
+        for (const auto& session : Sessions(true)) session->Wake();
+      });
     });
   }
 
@@ -194,12 +210,15 @@ class HttpServer::Impl {
   void Stop() {
     for (auto& entry : listeners_) entry.second->Close();
     EndSessions(true);
+    wake_timer_.cancel();
     work_.reset();
   }
 
   RequestHandler& handler_;
   asio::io_context io_{1};
   asio::executor_work_guard<asio::io_context::executor_type> work_ = asio::make_work_guard(io_);
+  asio::steady_timer wake_timer_{io_};
+  std::atomic<bool> is_wake_posted_ = false;
   asio::ssl::context tls_{asio::ssl::context::tls_server};
   std::vector<std::pair<bool, std::unique_ptr<Listener>>> listeners_;  // first: may refuse
   std::map<const HttpSession*, std::pair<std::shared_ptr<HttpSession>, bool>> sessions_;
@@ -228,6 +247,8 @@ std::uint16_t HttpServer::port(std::size_t index) const { return impl_->port(ind
 
 void HttpServer::RefuseConnections(bool refuse) { impl_->RefuseConnections(refuse); }
 
-void HttpServer::ResumeStalled() { impl_->ResumeStalled(); }
+void HttpServer::ResumeStalled(std::uint64_t fault_number) { impl_->ResumeStalled(fault_number); }
+
+void HttpServer::WakeStreams() { impl_->WakeStreams(); }
 
 }  // namespace devcloud

@@ -39,8 +39,12 @@ class HttpServer {
   // again. Throws std::runtime_error when the system has no socket left.
   void RefuseConnections(bool refuse);
 
-  // Asks the handler again about every stalled request.
-  void ResumeStalled();
+  // Asks the handler again about every request that the fault of this number stalls, or about every
+  // stalled request for 0.
+  void ResumeStalled(std::uint64_t fault_number);
+
+  // Has every stream send what is new, within some 50 ms, once for all calls until then.
+  void WakeStreams();
 
  private:
   class Impl;

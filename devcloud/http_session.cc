@@ -45,9 +45,14 @@ HttpSession::~HttpSession() = default;
 
 void HttpSession::Start() { transport_->Open(Then(&HttpSession::Read)); }
 
-void HttpSession::Resume() {
-  if (!std::exchange(is_stalled_, false)) return;
+void HttpSession::Resume(std::uint64_t fault_number) {
+  if (!is_stalled_ || (fault_number != 0 && fault_number != reply_.fault_number)) return;
+  is_stalled_ = false;
   Deliver(handler_.Respond(request_, keep_alive_));
+}
+
+void HttpSession::Wake() {
+  if (is_streaming_) Stream();
 }
 
 void HttpSession::End() {
@@ -97,19 +102,20 @@ void HttpSession::OnRequest() {
   request_.header_lines = HeaderLines(request_.raw);
   request_.body = message.body();
   keep_alive_ = message.keep_alive();
-  handler_.Record(request_);
+  handler_.Record(&request_);
   Deliver(handler_.Respond(request_, keep_alive_));
 }
 
 void HttpSession::OnMalformed(int status) {
   request_.raw += std::exchange(unread_, "");
-  handler_.Record(request_);
+  handler_.Record(&request_);
   const Answer answer{status, "text/plain", "The request cannot be read.\n", {}};
   Deliver({Serialize(answer, false), Reply::Delivery::kClose});
 }
 
 void HttpSession::Deliver(Reply reply) {
   reply_ = std::move(reply);
+  handler_.RecordReply(request_, reply_);
   if (reply_.delivery == Reply::Delivery::kStall) {
     is_stalled_ = true;
   } else if (reply_.delivery == Reply::Delivery::kDrip) {
@@ -136,6 +142,11 @@ void HttpSession::OnDelivered() {
     transport_->Reset();
     return End();
   }
+  if (reply_.delivery == Reply::Delivery::kStream) {
+    is_streaming_ = true;
+    WatchStream();
+    return Stream();
+  }
   if (reply_.delivery == Reply::Delivery::kClose || !keep_alive_) return Finish();
   parser_ = std::make_unique<Parser>();
   RecordedRequest next;
@@ -143,6 +154,26 @@ void HttpSession::OnDelivered() {
   request_ = std::move(next);
   is_continued_ = false;
   Parse();
+}
+
+void HttpSession::WatchStream() {
+  transport_->Read(chunk_.data(), chunk_.size(), Then(&HttpSession::WatchStream));
+}
+
+void HttpSession::Stream() {
+  if (is_writing_ || is_over_) return;
+  reply_.bytes = reply_.next();
+  if (reply_.bytes.empty()) return;
+  is_writing_ = true;
+  const auto self = shared_from_this();
+  transport_->Write(reply_.bytes.data(), reply_.bytes.size(), [self](bool ok, std::size_t) {
+    self->is_writing_ = false;
+    if (ok) {
+      self->Stream();
+    } else {
+      self->End();
+    }
+  });
 }
 
 void HttpSession::Finish() { transport_->Finish(Then(&HttpSession::End)); }

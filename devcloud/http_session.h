@@ -2,6 +2,7 @@
 #define QORN_DEVCLOUD_HTTP_SESSION_H_
 
 #include <array>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -23,8 +24,11 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
   ~HttpSession();
 
   void Start();
-  // Asks the handler again, if it has said that the request stalls.
-  void Resume();
+  // Asks the handler again, if it has said that the request stalls by the fault of this number; 0
+  // stands for any.
+  void Resume(std::uint64_t fault_number);
+  // Sends what is new on a stream.
+  void Wake();
   // Ends the session at once.
   void End();
 
@@ -42,6 +46,10 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
   void Deliver(Reply reply);
   void Drip(std::size_t sent);
   void OnDelivered();
+  // Ends the session when the client closes its stream; what it sends on it is dropped.
+  void WatchStream();
+  // One write at a time, so that a slow reader gets fewer and later pieces and holds up nobody.
+  void Stream();
   void Finish();
   Transport::Handler Then(void (HttpSession::*next)());
 
@@ -56,6 +64,8 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
   bool keep_alive_ = false;
   bool is_continued_ = false;
   bool is_stalled_ = false;
+  bool is_streaming_ = false;
+  bool is_writing_ = false;  // on the stream
   bool is_over_ = false;
 };
 

@@ -1,18 +1,22 @@
 #ifndef QORN_DEVCLOUD_PAGE_H_
 #define QORN_DEVCLOUD_PAGE_H_
 
+#include <string>
 #include <vector>
 
-#include "devcloud/accounts.h"
-#include "devcloud/devices.h"
-#include "devcloud/http_text.h"
-#include "devcloud/recorded_request.h"
+#include "devcloud/router.h"
 
 namespace devcloud {
 
-// A page with users, devices and the latest 20 requests. Codes and tokens are not on it.
-Answer MakePage(const AccountRecords& accounts, const std::vector<Device>& devices,
-                const std::vector<RecordedRequest>& requests);
+// The page at / and its parts at /page/NAME.
+void AddPageRoutes(Router* router);
+
+// A small page in the same style. Both texts are markup.
+std::string SmallPage(const std::string& title, const std::string& content);
+
+// "Name: value" lines with which every page goes out: it loads nothing from elsewhere, runs no
+// script but its own, and cannot be framed.
+std::vector<std::string> PageHeaderLines();
 
 }  // namespace devcloud
 

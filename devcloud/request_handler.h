@@ -11,11 +11,14 @@ class RequestHandler {
  public:
   virtual ~RequestHandler() = default;
 
-  // Once for each request, also for one that is not HTTP.
-  virtual void Record(const RecordedRequest& request) = 0;
+  // Once for each request, also for one that is not HTTP. Gives it its number and time.
+  virtual void Record(RecordedRequest* request) = 0;
 
   // After Record; again for a request that was stalled.
   virtual Reply Respond(const RecordedRequest& request, bool keep_alive) = 0;
+
+  // Before the reply goes out.
+  virtual void RecordReply(const RecordedRequest& request, const Reply& reply) = 0;
 };
 
 }  // namespace devcloud

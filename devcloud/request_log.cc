@@ -1,38 +1,98 @@
 #include "devcloud/request_log.h"
 
+#include <algorithm>
 #include <chrono>
 
 namespace devcloud {
 namespace {
 
 constexpr std::size_t kMaxRequests = 10'000;
-constexpr std::size_t kMaxRawBytes = 256u << 20;
+constexpr std::size_t kMaxBytes = 256u << 20;
+constexpr std::size_t kSummaries = 200;
+constexpr std::size_t kSummaryBytes = 200;
 constexpr std::chrono::seconds kPatience(10);
+
+std::size_t SizeOf(const RecordedRequest& request) {
+  return request.raw.size() + (request.answer ? request.answer->size() : 0);
+}
+
+RequestSummary Summarize(const RecordedRequest& request) {
+  RequestSummary summary{request.number,
+                         request.time,
+                         request.tls,
+                         request.method,
+                         request.target.substr(0, kSummaryBytes),
+                         request.raw.size(),
+                         request.fault,
+                         request.answer.has_value(),
+                         0,
+                         ""};
+  if (request.answer) {
+    const std::size_t line_end = request.answer->find_first_of("\r\n");
+    summary.answer_bytes = request.answer->size();
+    summary.answer_line = request.answer->substr(0, std::min(line_end, kSummaryBytes));
+  }
+  return summary;
+}
 
 }  // namespace
 
-void RequestLog::Add(const RecordedRequest& request) {
+void RequestLog::Add(RecordedRequest* request) {
   MutexLock lock(mutex_);
-  requests_.push_back(request);
-  raw_bytes_ += request.raw.size();
+  request->number = ++last_number_;
+  entries_.push_back({*request, ++revision_});
+  bytes_ += SizeOf(*request);
   ++count_;
-  while (requests_.size() > kMaxRequests || raw_bytes_ > kMaxRawBytes) {
-    raw_bytes_ -= requests_.front().raw.size();
-    requests_.pop_front();
-  }
+  DropOldest();
   added_.notify_all();
+}
+
+void RequestLog::SetReply(std::uint64_t number, const std::string& fault,
+                          const std::optional<std::string>& answer) {
+  MutexLock lock(mutex_);
+  if (At(number) == nullptr) return;
+  Entry& entry = entries_[number - entries_.front().request.number];
+  bytes_ -= SizeOf(entry.request);
+  entry.request.fault = fault;
+  entry.request.answer = answer;
+  entry.revision = ++revision_;
+  bytes_ += SizeOf(entry.request);
+  DropOldest();
 }
 
 void RequestLog::Clear() {
   MutexLock lock(mutex_);
-  requests_.clear();
-  raw_bytes_ = 0;
+  entries_.clear();
+  bytes_ = 0;
   count_ = 0;
+  ++revision_;
 }
 
 std::vector<RecordedRequest> RequestLog::requests() const {
   MutexLock lock(mutex_);
-  return {requests_.begin(), requests_.end()};
+  std::vector<RecordedRequest> requests;
+  requests.reserve(entries_.size());
+  for (const Entry& entry : entries_) requests.push_back(entry.request);
+  return requests;
+}
+
+std::optional<RecordedRequest> RequestLog::Find(std::uint64_t number) const {
+  MutexLock lock(mutex_);
+  const Entry* entry = At(number);
+  if (entry == nullptr) return std::nullopt;
+  return entry->request;
+}
+
+RequestChanges RequestLog::ChangesSince(std::uint64_t revision) const {
+  MutexLock lock(mutex_);
+  RequestChanges changes{revision_, last_number_ + 1 - entries_.size(), {}};
+  for (std::size_t i = entries_.size() - std::min(entries_.size(), kSummaries); i < entries_.size();
+       ++i) {
+    if (entries_[i].revision > revision) {
+      changes.summaries.push_back(Summarize(entries_[i].request));
+    }
+  }
+  return changes;
 }
 
 bool RequestLog::WaitFor(std::size_t count) const {
@@ -42,6 +102,19 @@ bool RequestLog::WaitFor(std::size_t count) const {
     if (added_.wait_until(mutex_, deadline) == std::cv_status::timeout) return count_ >= count;
   }
   return true;
+}
+
+const RequestLog::Entry* RequestLog::At(std::uint64_t number) const {
+  if (entries_.empty()) return nullptr;
+  const std::uint64_t first = entries_.front().request.number;
+  return number >= first && number <= last_number_ ? &entries_[number - first] : nullptr;
+}
+
+void RequestLog::DropOldest() {
+  while (entries_.size() > kMaxRequests || bytes_ > kMaxBytes) {
+    bytes_ -= SizeOf(entries_.front().request);
+    entries_.pop_front();
+  }
 }
 
 }  // namespace devcloud

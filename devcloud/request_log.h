@@ -3,7 +3,10 @@
 
 #include <condition_variable>
 #include <cstddef>
+#include <cstdint>
 #include <deque>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "devcloud/mutex.h"
@@ -11,22 +14,60 @@
 
 namespace devcloud {
 
-// The latest requests, at most 10,000 of them and 256 MiB of raw bytes. Thread-safe.
+// A line about one request. Target and answer line are cut after 200 bytes.
+struct RequestSummary {
+  std::uint64_t number;
+  TimePoint time;
+  bool tls;
+  std::string method;
+  std::string target;
+  std::size_t request_bytes;
+  std::string fault;
+  bool is_answered;
+  std::size_t answer_bytes;
+  std::string answer_line;  // the first line of the answer
+};
+
+struct RequestChanges {
+  std::uint64_t revision;  // grows with each change of the log
+  std::uint64_t oldest;    // no request before this number is in the log any more
+  std::vector<RequestSummary> summaries;
+};
+
+// The latest requests, at most 10,000 of them and 256 MiB of raw bytes and answers. Thread-safe.
 class RequestLog {
  public:
-  void Add(const RecordedRequest& request);
+  // Gives the request its number.
+  void Add(RecordedRequest* request);
+  // Nothing happens when the request is in the log no more.
+  void SetReply(std::uint64_t number, const std::string& fault,
+                const std::optional<std::string>& answer);
   void Clear();
   // Oldest first.
   std::vector<RecordedRequest> requests() const;
+  std::optional<RecordedRequest> Find(std::uint64_t number) const;
+  // Those of the latest 200 requests that came or changed after the revision, oldest first.
+  RequestChanges ChangesSince(std::uint64_t revision) const;
   // Counts every request since the start or the last Clear; false after 10 seconds.
   bool WaitFor(std::size_t count) const;
 
  private:
+  struct Entry {
+    RecordedRequest request;
+    std::uint64_t revision;
+  };
+
+  // Null when it is not there.
+  const Entry* At(std::uint64_t number) const DEVCLOUD_TSA(requires_capability(mutex_));
+  void DropOldest() DEVCLOUD_TSA(requires_capability(mutex_));
+
   mutable Mutex mutex_;
   mutable std::condition_variable_any added_;
-  std::deque<RecordedRequest> requests_ DEVCLOUD_TSA(guarded_by(mutex_));
-  std::size_t raw_bytes_ DEVCLOUD_TSA(guarded_by(mutex_)) = 0;
+  std::deque<Entry> entries_ DEVCLOUD_TSA(guarded_by(mutex_));  // numbered without a gap
+  std::size_t bytes_ DEVCLOUD_TSA(guarded_by(mutex_)) = 0;
   std::size_t count_ DEVCLOUD_TSA(guarded_by(mutex_)) = 0;
+  std::uint64_t last_number_ DEVCLOUD_TSA(guarded_by(mutex_)) = 0;
+  std::uint64_t revision_ DEVCLOUD_TSA(guarded_by(mutex_)) = 0;
 };
 
 }  // namespace devcloud

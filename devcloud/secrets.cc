@@ -31,7 +31,9 @@ std::string RandomHex() {
 
 }  // namespace
 
-std::string NewSecret(const std::string& prefix) { return prefix + RandomHex(); }
+std::string NewSecret() { return RandomHex(); }
+
+std::string Shorten(const std::string& secret) { return secret.substr(0, 4) + "…"; }
 
 std::string NewGuid() {
   std::string guid = RandomHex();

@@ -5,9 +5,12 @@
 
 namespace devcloud {
 
-// Random text of `prefix` and 32 hexadecimal digits. Throws std::runtime_error when the system has
-// no random bytes.
-std::string NewSecret(const std::string& prefix);
+// 32 random hexadecimal digits, so that two secrets differ in what Shorten shows too. Throws
+// std::runtime_error when the system has no random bytes.
+std::string NewSecret();
+
+// The first four characters and "…", as secrets are shown to people.
+std::string Shorten(const std::string& secret);
 
 // Random, in the form of a UUID.
 std::string NewGuid();

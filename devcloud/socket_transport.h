@@ -21,6 +21,8 @@ class SocketTransport : public Transport {
       : stream_(std::forward<Arguments>(arguments)...) {
     Ignored ignored;
     socket().set_option(boost::asio::ip::tcp::no_delay(true), ignored);
+    // A stream to a client that has vanished ends too.
+    socket().set_option(boost::asio::socket_base::keep_alive(true), ignored);
   }
 
   void Read(char* data, std::size_t size, Handler handler) override {

@@ -1,13 +1,17 @@
 #include "devcloud/state_file.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <stdexcept>
+#include <system_error>
 #include <utility>
 
 namespace devcloud {
@@ -54,6 +58,25 @@ void Read(const std::string& text, AccountRecords* accounts, std::vector<Device>
   json.at("devices").get_to(*devices);
 }
 
+// Null for a file that is not there and could be made. Throws std::system_error for one that cannot
+// be read.
+std::optional<std::string> ReadFile(const std::string& path) {
+  const auto check = [](bool is_good) {
+    if (!is_good) throw std::system_error(errno, std::generic_category());
+  };
+  if (std::filesystem::is_directory(path)) {
+    throw std::system_error(std::make_error_code(std::errc::is_a_directory));
+  }
+  std::ifstream file(path, std::ios::binary);
+  if (!file) {
+    check(errno == ENOENT);
+    const std::string folder = std::filesystem::path(path).parent_path();
+    check(access(folder.empty() ? "." : folder.c_str(), W_OK) == 0);
+    return std::nullopt;
+  }
+  return std::string{std::istreambuf_iterator<char>(file), {}};
+}
+
 void Replace(const std::string& path, const std::string& text) {
   const std::string draft = path + ".new";
   const mode_t previous = umask(S_IRWXG | S_IRWXO);
@@ -71,15 +94,18 @@ StateFile::StateFile(std::string path, Accounts& accounts, Devices& devices)
     : path_(std::move(path)), accounts_(accounts), devices_(devices) {}
 
 bool StateFile::Load(std::string* error) {
-  if (path_.empty() || !std::filesystem::exists(path_)) return true;
-  std::ifstream file(path_, std::ios::binary);
-  const std::string text{std::istreambuf_iterator<char>(file), {}};
+  if (path_.empty()) return true;
   AccountRecords accounts;
   std::vector<Device> devices;
   try {
-    Read(text, &accounts, &devices);
-  } catch (const Json::exception& failure) {
-    *error = path_ + ": " + failure.what();
+    const std::optional<std::string> text = ReadFile(path_);
+    if (!text) return true;
+    Read(*text, &accounts, &devices);
+  } catch (const Json::exception&) {
+    *error = path_ + ": not a state file of this program; it is left as it is";
+    return false;
+  } catch (const std::system_error& failure) {
+    *error = path_ + ": " + failure.code().message();
     return false;
   }
   accounts_.Restore(std::move(accounts));

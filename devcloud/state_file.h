@@ -16,7 +16,7 @@ class StateFile {
   StateFile(std::string path, Accounts& accounts, Devices& devices);
 
   // A file that is not there leaves both as they are. False, with one line in `error`, for a file
-  // that cannot be read.
+  // that cannot be read or made. A broken file is never written to.
   bool Load(std::string* error);
 
   // Writes what has changed since the last call, whole or not at all. Throws std::runtime_error

@@ -8,8 +8,8 @@ namespace devcloud {
 
 // One accepted connection, with or without TLS. Belongs to the network thread, as do the calls of
 // its handlers; a handler never runs inside the call that it was given to. At most one of Open,
-// Read, Write and Finish is under way at a time, and what they are given must stay until its
-// handler runs.
+// Read, Write and Finish is under way at a time, except for one Read beside one Write, and what
+// they are given must stay until its handler runs.
 class Transport {
  public:
   using Handler = std::function<void(bool ok, std::size_t size)>;

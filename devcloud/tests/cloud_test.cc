@@ -101,7 +101,11 @@ TEST(CloudTest, StopsWithConnectionsOpen) {
   Connection stalled(cloud->http_url());
   stalled.Write("GET /authorize HTTP/1.1\r\n\r\n");
   ASSERT_TRUE(cloud->WaitForRequests(1));
+  Connection page(cloud->api_url());
+  page.Write("GET /api/events HTTP/1.1\r\n\r\n");
+  page.ReadUntil("event: requests");
   cloud = nullptr;
+  page.ReadUntil("");
   EXPECT_EQ(stalled.ReadUntil("") + idle.ReadUntil("") + no_handshake.ReadUntil(""), "");
 }
 

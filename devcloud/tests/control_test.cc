@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "devcloud/tests/client.h"
 
 namespace devcloud {
@@ -43,18 +45,84 @@ TEST(ControlTest, ShowsRequestsButNotItsOwn) {
   EXPECT_TRUE(cloud->requests().empty());
 }
 
-TEST(ControlTest, PageAndStateShowUsersWithoutSecrets) {
-  Options options;
-  options.gateways = {"A<B"};
-  const auto cloud = StartCloud(options);
+TEST(ControlTest, StreamsTellWhatChangesWithoutSecrets) {
+  const auto cloud = StartCloud();
+  Connection page(cloud->api_url());
+  Connection slow_page(cloud->api_url());
+  {
+    Connection closed_page(cloud->api_url());
+    for (Connection* each : {&page, &slow_page, &closed_page}) {
+      each->Write("GET /api/events HTTP/1.1\r\n\r\n");
+    }
+    closed_page.ReadUntil("\"requests\":[]}\n\n");
+  }
+  const std::string begin = page.ReadUntil("\"requests\":[]}\n\n");
+  EXPECT_NE(begin.find("Content-Type: text/event-stream\r\n"), begin.npos);
+  EXPECT_NE(begin.find("event: state\ndata: {"), begin.npos);
   const std::string code = cloud->IssueCode("<ann>");
-  const std::string guid = cloud->UserGuid("<ann>");
-  const std::string page = Send("GET", cloud->api_url() + "/").text;
-  const std::string state = Send("GET", cloud->api_url() + "/api/state").text;
-  EXPECT_NE(page.find("<td>&lt;ann&gt;<td>" + guid), page.npos);
-  EXPECT_NE(page.find("<td>A&lt;B<td>PEER-A&lt;B-"), page.npos);
-  EXPECT_NE(state.find("\"guid\": \"" + guid + "\""), state.npos);
-  EXPECT_EQ((page + state).find(code), page.npos);
+  const std::string state = page.ReadUntil("\n\n");
+  EXPECT_NE(state.find("\"short\":\"" + code.substr(0, 4) + "…\""), state.npos) << state;
+  EXPECT_EQ(state.find(code), state.npos);
+  for (int i = 0; i < 200; ++i) Send("POST", cloud->http_url() + "/token", "x=y");
+  page.ReadUntil("\"number\":200,");
+  Send("DELETE", cloud->api_url() + "/api/requests");
+  page.ReadUntil("{\"oldest\":201,\"requests\":[]}\n\n");
+}
+
+TEST(ControlTest, SingleFaultsAreSwitchedOff) {
+  const auto cloud = StartCloud();
+  const std::string faults = cloud->api_url() + "/api/faults";
+  Send("POST", faults, "{\"kind\":\"status\",\"status\":503,\"times\":-1}");
+  const Exchange added = Send("POST", faults, "{\"kind\":\"stall\",\"path\":\"/authorize\"}");
+  EXPECT_NE(added.text.find("\"number\": 2"), added.text.npos) << added.text;
+  EXPECT_EQ(Send("POST", cloud->http_url() + "/token", "x=y").status, 503);
+  EXPECT_EQ(Send("DELETE", faults + "?number=1").status, 200);
+  EXPECT_EQ(Send("DELETE", faults + "?number=1").status, 404);
+  EXPECT_EQ(Send("POST", cloud->http_url() + "/token", "x=y").status, 400);
+  Connection stalled(cloud->http_url());
+  stalled.Write("GET /authorize HTTP/1.1\r\n\r\n");
+  ASSERT_TRUE(cloud->WaitForRequests(3));
+  EXPECT_FALSE(cloud->requests()[2].answer);
+  EXPECT_EQ(Send("DELETE", faults).status, 200);
+  EXPECT_EQ(stalled.ReadUntil("</html>"), cloud->requests()[2].answer);
+}
+
+TEST(ControlTest, PagesOfOthersChangeNothing) {
+  const auto cloud = StartCloud();
+  const std::string host = cloud->api_url().substr(sizeof("http://") - 1);
+  const std::tuple<std::string, std::string, int> kCases[] = {
+      {host, cloud->api_url(), 200},
+      {"localhost:1", "http://localhost:1", 200},
+      {"devbox", "http://DevBox", 200},
+      {"[::1]:80", "http://[::1]:80", 200},
+      {host, "http://evil.example", 403},
+      {host, "https://" + host, 403},
+      {host, "null", 403},
+      {"evil.example:80", "http://evil.example:80", 403},
+      {"127.0.0.1.evil.example", "http://127.0.0.1.evil.example", 403},
+  };
+  for (const auto& [named, origin, status] : kCases) {
+    const Exchange seen = Send("POST", cloud->api_url() + "/api/codes", "{\"user\":\"ann\"}",
+                               {"Host: " + named, "Origin: " + origin});
+    EXPECT_EQ(seen.status, status) << named << " " << origin;
+    EXPECT_EQ(seen.text.find("\"code\"") != seen.text.npos, status == 200) << seen.text;
+  }
+  EXPECT_EQ(Send("POST", cloud->http_url() + "/authorize", "user=a", {"Origin: null"}).status, 400);
+}
+
+TEST(ControlTest, ShowsOneExchangeByteForByte) {
+  const auto cloud = StartCloud();
+  const std::string exchange = cloud->api_url() + "/api/exchange?number=";
+  const Exchange seen = Send("POST", cloud->http_url() + "/token", "\xFF<&");
+  const auto ends_with = [](const Exchange& answer, const std::string& text) {
+    return answer.text.ends_with("\r\n\r\n" + text);
+  };
+  EXPECT_TRUE(ends_with(Send("GET", exchange + "1&part=request"), cloud->requests()[0].raw));
+  EXPECT_TRUE(ends_with(Send("GET", exchange + "1&part=answer"), seen.text));
+  for (const char* unknown : {"0", "2", "-1", "x", ""}) {
+    EXPECT_EQ(Send("GET", exchange + unknown + "&part=answer").status, 404) << unknown;
+  }
+  EXPECT_EQ(Send("GET", exchange + "1").status, 400);
 }
 
 TEST(ControlTest, ClockMakesCodesOld) {

@@ -34,8 +34,11 @@ TEST(StateFileTest, AccountsAndGatewaysSurviveARestart) {
 TEST(StateFileTest, StartSaysInOneLineWhatIsWrong) {
   const programs::TestFolder folder;
   const auto running = StartCloud();
-  Options taken, unknown, foreign, broken;
+  Options taken, unknown, foreign, broken, cut_off, folder_itself, nowhere;
   broken.state_file = folder.Write("state", "{}");
+  cut_off.state_file = folder.Write("cut", "{\"users\": {\n\"a");
+  folder_itself.state_file = folder.Path("");
+  nowhere.state_file = folder.Path("none/state");
   taken.http_port = static_cast<std::uint16_t>(
       std::stoi(running->http_url().substr(running->http_url().rfind(':') + 1)));
   unknown.address = "nowhere";
@@ -44,7 +47,10 @@ TEST(StateFileTest, StartSaysInOneLineWhatIsWrong) {
       {taken, "Address already in use"},
       {unknown, "nowhere: not an IP address"},
       {foreign, "Cannot assign requested address"},
-      {broken, "/state: "},
+      {broken, "/state: not a state file"},
+      {cut_off, "/cut: not a state file"},
+      {folder_itself, "/: Is a directory"},
+      {nowhere, "/none/state: No such file or directory"},
   };
   for (const auto& [options, expected] : kCases) {
     std::string error;
@@ -52,6 +58,7 @@ TEST(StateFileTest, StartSaysInOneLineWhatIsWrong) {
     EXPECT_NE(error.find(expected), error.npos) << error;
     EXPECT_EQ(error.find('\n'), error.npos) << error;
   }
+  EXPECT_EQ(std::filesystem::file_size(broken.state_file), 2u) << "overwritten";
 }
 
 }  // namespace

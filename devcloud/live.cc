@@ -1,0 +1,45 @@
+#include "devcloud/live.h"
+
+#include <memory>
+#include <utility>
+
+#include "devcloud/state_json.h"
+
+namespace devcloud {
+namespace {
+
+constexpr char kHead[] =
+    "HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Type: text/event-stream\r\n"
+    "Cache-Control: no-store\r\n\r\nretry: 1000\n\n";
+
+std::string Event(const char* name, const std::string& data) {
+  return std::string("event: ") + name + "\ndata: " + data + "\n\n";
+}
+
+}  // namespace
+
+Reply Live::Open() {
+  Reply reply{kHead, Reply::Delivery::kStream};
+  reply.next = [this, seen = std::make_shared<Seen>()] { return Next(seen.get()); };
+  return reply;
+}
+
+std::string Live::Next(Seen* seen) {
+  if (is_stale_.exchange(false)) {
+    std::string state = StateJson(context_, -1);
+    if (state != state_) ++state_version_;
+    state_ = std::move(state);
+  }
+  std::string events;
+  if (std::exchange(seen->state_version, state_version_) != state_version_) {
+    events += Event("state", state_);
+  }
+  const RequestChanges changes = context_.log.ChangesSince(seen->log_revision);
+  const bool is_new = std::exchange(seen->is_new, false);
+  if (std::exchange(seen->log_revision, changes.revision) != changes.revision || is_new) {
+    events += Event("requests", RequestChangesJson(changes));
+  }
+  return events;
+}
+
+}  // namespace devcloud

@@ -1,0 +1,48 @@
+#ifndef QORN_DEVCLOUD_LIVE_H_
+#define QORN_DEVCLOUD_LIVE_H_
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+
+#include "devcloud/control.h"
+#include "devcloud/reply.h"
+
+namespace devcloud {
+
+// GET /api/events: what open pages are told, as server-sent events. A stream begins with the whole
+// state and the latest requests. Later, "state" is the whole state again (as GET /api/state gives
+// it) and "requests" has the summaries that are new or changed. What changes while a reader is slow
+// is told once, in its last form.
+//
+// Belongs to the network thread, except for MarkStale.
+class Live {
+ public:
+  // The context is borrowed.
+  explicit Live(const ControlContext& context) : context_(context) {}
+
+  // Something but the log of requests has changed. Any thread.
+  void MarkStale() { is_stale_ = true; }
+
+  // A stream, which must not be asked after this object is gone.
+  Reply Open();
+
+ private:
+  struct Seen {
+    std::uint64_t state_version = 0;
+    std::uint64_t log_revision = 0;
+    bool is_new = true;
+  };
+
+  std::string Next(Seen* seen);
+
+  const ControlContext& context_;
+  std::atomic<bool> is_stale_ = true;
+  // Made once for all streams.
+  std::string state_;
+  std::uint64_t state_version_ = 0;
+};
+
+}  // namespace devcloud
+
+#endif  // QORN_DEVCLOUD_LIVE_H_
