@@ -57,6 +57,10 @@ void HttpSession::Wake() {
 
 void HttpSession::End() {
   if (std::exchange(is_over_, true)) return;
+  if (is_stalled_) {
+    reply_.delivery = Reply::Delivery::kReset;  // the request waits for an answer no more
+    handler_.RecordReply(request_, reply_);
+  }
   transport_->Close();
   on_end_(this);
 }

@@ -21,22 +21,31 @@ sigset_t HoldEndSignals() {
 }
 
 void AddOptions(CLI::App* app, devcloud::Options* options, bool* urls_only) {
-  app->add_option("--port", options->http_port, "HTTP port (0: a free one)")->capture_default_str();
-  app->add_option("--https-port", options->https_port, "HTTPS port (0: a free one)")
-      ->capture_default_str();
+  app->add_option("--port", options->http_port, "HTTP port; 0: a free one")
+      ->option_text("PORT [0]");
+  app->add_option("--https-port", options->https_port, "HTTPS port; 0: a free one")
+      ->option_text("PORT [0]");
   app->add_option("--api-port", options->api_port,
                   "port of the page and the API alone, open also while the cloud refuses "
-                  "connections (0: a free one)")
-      ->capture_default_str();
-  app->add_option("--address", options->address, "IP address to listen on")->capture_default_str();
+                  "connections; 0: a free one")
+      ->option_text("PORT [0]");
+  app->add_option("--address", options->address, "IP address to listen on")
+      ->option_text("IP [127.0.0.1]");
   app->add_option("--gateway", options->gateways,
-                  "physical address of a gateway that the cloud knows (repeatable)")
+                  "physical address of a gateway that the cloud knows from the start (repeatable)")
+      ->option_text("ADDRESS")
       ->expected(1)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   app->add_option("--state", options->state_file,
-                  "file that keeps accounts, tokens and registrations");
-  app->add_flag("--print-urls", *urls_only, "print the URLs and nothing else");
+                  "file that keeps accounts, tokens and registrations; made when it is not there")
+      ->option_text("FILE");
+  app->add_flag("--print-urls", *urls_only,
+                "print three lines and nothing else: \"http URL\", \"https URL\", \"api URL\"");
   app->set_version_flag("--version", "qorn-devcloud " QORN_VERSION);
+  app->footer(
+      "The page for people is at / of each URL. Runs until SIGINT or SIGTERM.\n"
+      "Exit status: 0 after a signal, 1 when it cannot start, 2 for bad options.\n\n"
+      "Example, for tests of your own: qorn-devcloud --port 0 --print-urls");
 }
 
 int Run(const devcloud::Options& options, bool urls_only) {
@@ -49,7 +58,7 @@ int Run(const devcloud::Options& options, bool urls_only) {
   }
   std::cout << "http " << cloud->http_url() << "\nhttps " << cloud->https_url() << "\napi "
             << cloud->api_url() << "\n";
-  if (!urls_only) std::cout << "Ctrl-C ends it.\n";
+  if (!urls_only) std::cout << "Page: " << cloud->api_url() << "/  Ctrl-C ends it.\n";
   std::cout.flush();
   int signal_number = 0;
   sigwait(&signals, &signal_number);

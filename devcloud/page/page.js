@@ -86,9 +86,10 @@ async function endFaults(path) {
 
 const parts = {
   urls(urls) {
-    $('urls').replaceChildren(...[['Account server', urls.http], ['Portal', urls.https],
-                                  ['Page and API', urls.api]].map(([name, url]) =>
-        element('div', {}, element('dt', {}, name), element('dd', {}, element('code', {}, url)))));
+    const entry = (name, ...list) => element('div', {}, element('dt', {}, name),
+        ...list.map(url => element('dd', {}, element('code', {}, url))));
+    $('urls').replaceChildren(entry('For gateways', urls.http, urls.https),
+                              entry('Page and API', urls.api));
     $('refuse-help').textContent = 'Closes the HTTP and HTTPS ports. The page stays at ' +
         urls.api + '/.';
   },
@@ -113,6 +114,11 @@ const parts = {
     $('faults').replaceChildren(...items);
     $('no-faults').hidden = items.length > 0;
     showEndFaults();
+  },
+  clock_ahead_seconds(seconds) {
+    $('clock').hidden = seconds === 0;
+    $('clock').textContent = 'The cloud’s clock is ' + seconds.toLocaleString('en') +
+        ' seconds ahead.';
   },
   is_refusing: (_, state) => parts.faults(state.faults, state),
 };
