@@ -57,6 +57,7 @@ class Listener {
     error_code ignored;
     acceptor_.close(ignored);
     pause_.cancel(ignored);
+    ++times_closed_;
   }
 
   std::uint16_t port() const {
@@ -66,25 +67,28 @@ class Listener {
 
  private:
   void Accept() {
-    acceptor_.async_accept([this](const error_code& error, tcp::socket socket) {
-      if (error == asio::error::operation_aborted) return;
-      if (error) return AcceptLater();
-      on_accept_(std::move(socket));
-      Accept();
-    });
+    // Closing does not call back what has come in just before.
+    acceptor_.async_accept(
+        [this, times = times_closed_](const error_code& error, tcp::socket socket) {
+          if (times != times_closed_) return;
+          if (error) return AcceptLater();
+          on_accept_(std::move(socket));
+          Accept();
+        });
   }
 
   // Without file descriptors every accept fails at once.
   void AcceptLater() {
     pause_.expires_after(std::chrono::milliseconds(50));
-    pause_.async_wait([this](const error_code& error) {
-      if (!error) Accept();
+    pause_.async_wait([this, times = times_closed_](const error_code&) {
+      if (times == times_closed_) Accept();
     });
   }
 
   tcp::socket holder_;
   tcp::acceptor acceptor_;
   asio::steady_timer pause_;
+  int times_closed_ = 0;
   const OnAccept on_accept_;
 };
 

@@ -34,12 +34,20 @@ std::string Live::Next(Seen* seen) {
   if (std::exchange(seen->state_version, state_version_) != state_version_) {
     events += Event("state", state_);
   }
-  const RequestChanges changes = context_.log.ChangesSince(seen->log_revision);
-  const bool is_new = std::exchange(seen->is_new, false);
-  if (std::exchange(seen->log_revision, changes.revision) != changes.revision || is_new) {
-    events += Event("requests", RequestChangesJson(changes));
+  return events + RequestsSince(&seen->log_revision);
+}
+
+std::string Live::RequestsSince(std::uint64_t* revision) {
+  const std::uint64_t present = context_.log.revision();
+  const std::uint64_t from = std::exchange(*revision, present);
+  if (from == present) return "";
+  if (from != requests_from_ || present != requests_to_) {
+    const RequestChanges changes = context_.log.ChangesSince(from);
+    requests_ = Event("requests", RequestChangesJson(changes));
+    requests_from_ = from;
+    *revision = requests_to_ = changes.revision;
   }
-  return events;
+  return requests_;
 }
 
 }  // namespace devcloud

@@ -31,16 +31,20 @@ class Live {
   struct Seen {
     std::uint64_t state_version = 0;
     std::uint64_t log_revision = 0;
-    bool is_new = true;
   };
 
   std::string Next(Seen* seen);
+  // The event of what changed after this revision; sets it to the present one. "" without a change.
+  std::string RequestsSince(std::uint64_t* revision);
 
   const ControlContext& context_;
   std::atomic<bool> is_stale_ = true;
   // Made once for all streams.
   std::string state_;
   std::uint64_t state_version_ = 0;
+  std::string requests_;
+  std::uint64_t requests_from_ = 0;  // what `requests_` tells lies between these two revisions
+  std::uint64_t requests_to_ = 0;
 };
 
 }  // namespace devcloud

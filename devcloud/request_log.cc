@@ -83,6 +83,11 @@ std::optional<RecordedRequest> RequestLog::Find(std::uint64_t number) const {
   return entry->request;
 }
 
+std::uint64_t RequestLog::revision() const {
+  MutexLock lock(mutex_);
+  return revision_;
+}
+
 RequestChanges RequestLog::ChangesSince(std::uint64_t revision) const {
   MutexLock lock(mutex_);
   RequestChanges changes{revision_, last_number_ + 1 - entries_.size(), {}};

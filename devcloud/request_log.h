@@ -29,8 +29,8 @@ struct RequestSummary {
 };
 
 struct RequestChanges {
-  std::uint64_t revision;  // grows with each change of the log
-  std::uint64_t oldest;    // no request before this number is in the log any more
+  std::uint64_t revision;
+  std::uint64_t oldest;  // no request before this number is in the log any more
   std::vector<RequestSummary> summaries;
 };
 
@@ -46,6 +46,8 @@ class RequestLog {
   // Oldest first.
   std::vector<RecordedRequest> requests() const;
   std::optional<RecordedRequest> Find(std::uint64_t number) const;
+  // Grows with each change, from 1 on.
+  std::uint64_t revision() const;
   // Those of the latest 200 requests that came or changed after the revision, oldest first.
   RequestChanges ChangesSince(std::uint64_t revision) const;
   // Counts every request since the start or the last Clear; false after 10 seconds.
@@ -67,7 +69,7 @@ class RequestLog {
   std::size_t bytes_ DEVCLOUD_TSA(guarded_by(mutex_)) = 0;
   std::size_t count_ DEVCLOUD_TSA(guarded_by(mutex_)) = 0;
   std::uint64_t last_number_ DEVCLOUD_TSA(guarded_by(mutex_)) = 0;
-  std::uint64_t revision_ DEVCLOUD_TSA(guarded_by(mutex_)) = 0;
+  std::uint64_t revision_ DEVCLOUD_TSA(guarded_by(mutex_)) = 1;
 };
 
 }  // namespace devcloud

@@ -109,5 +109,16 @@ TEST(CloudTest, StopsWithConnectionsOpen) {
   EXPECT_EQ(stalled.ReadUntil("") + idle.ReadUntil("") + no_handshake.ReadUntil(""), "");
 }
 
+// Some are accepted in the very moment in which the ports close.
+TEST(CloudTest, StopsWhileConnectionsCome) {
+  for (int i = 0; i < 20; ++i) {
+    const auto cloud = StartCloud();
+    std::vector<std::unique_ptr<Connection>> connections;
+    for (int n = 0; n < 30; ++n) {
+      connections.push_back(std::make_unique<Connection>(cloud->http_url()));
+    }
+  }
+}
+
 }  // namespace
 }  // namespace devcloud

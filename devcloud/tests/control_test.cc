@@ -84,7 +84,8 @@ TEST(ControlTest, SingleFaultsAreSwitchedOff) {
   ASSERT_TRUE(cloud->WaitForRequests(3));
   EXPECT_FALSE(cloud->requests()[2].answer);
   EXPECT_EQ(Send("DELETE", faults).status, 200);
-  EXPECT_EQ(stalled.ReadUntil("</html>"), cloud->requests()[2].answer);
+  const std::string answer = stalled.ReadUntil("</html>");
+  EXPECT_EQ(answer, cloud->requests()[2].answer);
 }
 
 TEST(ControlTest, PagesOfOthersChangeNothing) {
