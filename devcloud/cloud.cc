@@ -99,7 +99,7 @@ class Cloud::Impl : public RequestHandler {
   void RecordReply(const RecordedRequest& request, const Reply& reply) override {
     std::optional<std::string> answer;
     if (reply.delivery != Reply::Delivery::kStall) answer = reply.bytes;
-    if (request.number != 0) log.SetReply(request.number, reply.fault, answer);
+    if (request.number != 0) log.SetReply(request.number, reply.fault, std::move(answer));
     if (request.number != 0 || request.method != "GET") Changed();
   }
 

@@ -15,7 +15,8 @@ namespace devcloud {
 struct Fault {
   enum class Kind {
     kStatus,         // `status` with `body` (a short default when empty) and `header_lines`
-    kBody,           // status 200 with exactly `body`, `content_type` and `header_lines`
+    kBody,           // status 200 with exactly `body`, `content_type` and `header_lines`; a body
+                     // shorter than `bytes` is filled up with the letter x
     kRaw,            // the bytes of `body` as they are, then an orderly close
     kResetAfter,     // the normal answer is made, cut after `bytes` bytes by a TCP reset
     kTruncateAfter,  // the normal answer is made, cut after `bytes` bytes by an orderly close

@@ -50,7 +50,7 @@ bool ReadLines(const Json& value, std::vector<std::string>* lines) {
 
 bool ReadMember(const std::string& name, const Json& value, Fault* fault) {
   constexpr int kMaxTimes = 1'000'000;
-  constexpr int kMaxBytes = 1 << 30;
+  constexpr int kMaxBytes = 64 << 20;
   if (name == "path") return ReadText(value, &fault->path);
   if (name == "times") return ReadNumber(value, -1, kMaxTimes, &fault->times) && fault->times != 0;
   if (name == "kind") return ReadKind(value, &fault->kind);

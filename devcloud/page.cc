@@ -1,5 +1,7 @@
 #include "devcloud/page.h"
 
+#include <utility>
+
 #include "devcloud/page_files.h"
 
 namespace devcloud {
@@ -16,8 +18,9 @@ void AddPageRoutes(Router* router) {
       {"/page/icon.svg", "image/svg+xml", kIconSvg},
   };
   for (const auto& file : kFiles) {
-    const Answer answer{200, file.content_type, file.text, PageHeaderLines()};
-    router->Add("GET", file.path, [answer](const RecordedRequest&) { return answer; });
+    Answer answer{200, file.content_type, file.text, PageHeaderLines()};
+    router->Add("GET", file.path,
+                [answer = std::move(answer)](const RecordedRequest&) { return answer; });
   }
 }
 
@@ -31,11 +34,12 @@ std::string SmallPage(const std::string& title, const std::string& content) {
 }
 
 std::vector<std::string> PageHeaderLines() {
+  // Without a referrer at all, browsers send our own forms with the origin "null".
   return {
       "Content-Security-Policy: default-src 'none'; script-src 'self'; style-src 'self'; "
       "img-src 'self'; connect-src 'self'; form-action 'self'; base-uri 'none'; "
       "frame-ancestors 'none'",
-      "X-Content-Type-Options: nosniff", "Referrer-Policy: no-referrer", "Cache-Control: no-store"};
+      "X-Content-Type-Options: nosniff", "Referrer-Policy: same-origin", "Cache-Control: no-store"};
 }
 
 }  // namespace devcloud

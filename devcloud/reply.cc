@@ -11,6 +11,12 @@ Answer MakeStatus(const Fault& fault) {
   return answer;
 }
 
+Answer MakeBody(const Fault& fault) {
+  Answer answer{200, fault.content_type, fault.body, fault.header_lines};
+  if (answer.body.size() < fault.bytes) answer.body.resize(fault.bytes, 'x');
+  return answer;
+}
+
 Answer MakeRedirect(const Fault& fault, const RecordedRequest& request) {
   Answer answer{fault.status == 0 ? 302 : fault.status, "text/plain", "", fault.header_lines};
   answer.header_lines.push_back("Location: " +
@@ -27,8 +33,7 @@ Reply MakeFaultyReply(const Fault& fault, const RecordedRequest& request, bool k
     case Fault::Kind::kStatus:
       return {Serialize(MakeStatus(fault), keep_alive), Delivery::kWhole};
     case Fault::Kind::kBody:
-      return {Serialize({200, fault.content_type, fault.body, fault.header_lines}, keep_alive),
-              Delivery::kWhole};
+      return {Serialize(MakeBody(fault), keep_alive), Delivery::kWhole};
     case Fault::Kind::kRaw:
       return {fault.body, Delivery::kClose};
     case Fault::Kind::kResetAfter:

@@ -24,7 +24,7 @@ struct Reply {
   std::string bytes;
   Delivery delivery = Delivery::kWhole;
   // Of the fault that made the reply: its kind's name and its number; "" and 0 without one.
-  std::string fault = "";
+  const char* fault = "";
   std::uint64_t fault_number = 0;
   // kStream: the bytes to send now, "" when there is nothing new. Asked on the network thread, when
   // the bytes before are sent and whenever the server's streams are woken.

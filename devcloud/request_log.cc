@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 namespace devcloud {
 namespace {
@@ -48,13 +49,13 @@ void RequestLog::Add(RecordedRequest* request) {
 }
 
 void RequestLog::SetReply(std::uint64_t number, const std::string& fault,
-                          const std::optional<std::string>& answer) {
+                          std::optional<std::string> answer) {
   MutexLock lock(mutex_);
   if (At(number) == nullptr) return;
   Entry& entry = entries_[number - entries_.front().request.number];
   bytes_ -= SizeOf(entry.request);
   entry.request.fault = fault;
-  entry.request.answer = answer;
+  entry.request.answer = std::move(answer);
   entry.revision = ++revision_;
   bytes_ += SizeOf(entry.request);
   DropOldest();

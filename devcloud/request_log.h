@@ -40,8 +40,7 @@ class RequestLog {
   // Gives the request its number.
   void Add(RecordedRequest* request);
   // Nothing happens when the request is in the log no more.
-  void SetReply(std::uint64_t number, const std::string& fault,
-                const std::optional<std::string>& answer);
+  void SetReply(std::uint64_t number, const std::string& fault, std::optional<std::string> answer);
   void Clear();
   // Oldest first.
   std::vector<RecordedRequest> requests() const;

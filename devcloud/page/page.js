@@ -63,7 +63,7 @@ function secrets(credentials) {
 
 function describe({kind, path, times, status, bytes, location}) {
   const what = {
-    status: 'answers ' + (status || 500), body: 'answers 200 with a body', raw: 'sends raw bytes',
+    status: 'answers ' + (status || 500), body: 'answers 200 with a body' + (bytes ? ' of ' + size(bytes) : ''), raw: 'sends raw bytes',
     reset_after: 'resets after ' + size(bytes), truncate_after: 'breaks off after ' + size(bytes),
     stall: 'does not answer', drip: 'sends single bytes',
     redirect: 'redirects (' + (status || 302) + ') to ' + (location || 'the same path'),
@@ -243,6 +243,7 @@ function showFaultFields() {
     if ('disabled' in field) field.disabled = field.hidden;  // and so left out of the checks
   }
   $('status').placeholder = kind === 'redirect' ? '302' : '500';
+  $('bytes').placeholder = kind === 'body' ? 'as long as the body' : '0';
 }
 
 function readFault() {

@@ -22,6 +22,8 @@ TEST(FaultTest, EachKindIsSeenByAClient) {
       {R"("body","body":"{}","content_type":"application/json","header_lines":["X-Extra:  1"])", 0,
        200, "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: 2\r\n",
        "X-Extra:  1\r\n\r\n{}"},
+      {R"("body","body":"{","bytes":4)", 0, 200, "HTTP/1.1 200 OK\r\nContent-Length: 4\r\n",
+       "\r\n\r\n{xxx"},
       {R"("raw","body":"HTTP/1.1 299\nA: b\n\nc")", 0, 299, "HTTP/1.1 299\nA: b\n\nc", ""},
       {R"("reset_after","bytes":0)", CURLE_RECV_ERROR, 0, "", ""},
       {R"("reset_after","bytes":26)", CURLE_RECV_ERROR, 400, kNormalHead, "Request\r\n"},

@@ -71,7 +71,7 @@ def take_screenshot(name, width, scheme):
     needed = browser.execute_script(
         "const page = document.documentElement; return [page.scrollWidth, page.scrollHeight]")
     assert needed[0] <= width, f"{name}: {needed[0]} pixels wide on a screen of {width}"
-    if not browser.execute_script("return document.querySelector('dialog').open"):
+    if not browser.execute_script("return document.querySelector('dialog[open]')"):
         resize(needed[1])
     assert browser.save_screenshot(os.path.join(folder, f"{name}-{width}.png"))
 
@@ -133,6 +133,11 @@ def test():
     wait_for("#faults-title + ul + p", "None")
     step(f"Connections were refused, which the gateway reported, and are open again: {result}")
 
+    browser.get(url + "/authorize")
+    find("#user").send_keys("bob & <co>", Keys.ENTER)
+    wait_for("main", "Code for bob & <co>")
+    step("The authorisation page gives a code too")
+
     complaints = [entry for entry in browser.get_log("browser") if entry["level"] in ("SEVERE", "WARNING")]
     assert not complaints, complaints
     step("The browser has no complaint")
@@ -140,7 +145,7 @@ def test():
 
 browser = start_browser()
 try:
-    with subprocess.Popen(gateway_command + ["--keep-going"], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+    with subprocess.Popen(gateway_command + ["--keep-going"], stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
                           text=True) as gateway:
         test()
 finally:
