@@ -2,6 +2,7 @@
 #define QORN_DEVCLOUD_STATE_JSON_H_
 
 #include <string>
+#include <vector>
 
 #include "devcloud/control.h"
 

@@ -46,7 +46,7 @@ def wait(condition, problem):
 
 
 def wait_for(selector, text):
-    wait(lambda: text in find(selector).get_property("innerText"), f"'{text}' does not appear in {selector}")
+    wait(lambda: text in find(selector).text, f"'{text}' does not appear in {selector}")
 
 
 def step(text):
