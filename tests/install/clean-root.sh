@@ -27,7 +27,7 @@ apt_get() {
 mode() { inside stat -c '%a %U:%G' "$1"; }
 # The records of the package manager are its own, and so are the backups of the user database.
 files() {
-  (cd "$root" && find . -xdev \( -path ./proc -o -path ./root/packages -o -path ./var/lib/dpkg -o \
+  (cd "$root" && find . -xdev \( -path ./proc -o -path ./run -o -path ./root/packages -o -path ./var/lib/dpkg -o \
     -path ./var/lib/apt -o -path ./var/cache -o -path ./var/log/apt -o -path ./var/log/dpkg.log \
     -o -path "./etc/*-" \) \
     -prune -o -printf '%p %y %m %u:%g\n' | sort)
@@ -39,7 +39,7 @@ install_dependencies() {
   needed=$(apt_get install --simulate "${packages[@]}" |
     sed -nE '/^Inst (lib)?qorn-/d; s/^Inst ([^ ]+) .*/\1/p') || return 1
   # shellcheck disable=SC2086
-  apt_get install logrotate $needed
+  apt_get install logrotate systemd $needed
 }
 
 # Starts the development cloud; sets $http and $https. It ends with this script.
@@ -124,6 +124,11 @@ check '/var/log/qorn is the gateway'"'"'s alone' equal '700 qorn:qorn' mode /var
 check 'config.xml is read by the gateway and written by root' equal '640 root:qorn' mode /etc/qorn/config.xml
 check 'nobody else reads config.xml' as nobody sh -c '! test -r /etc/qorn/config.xml'
 check 'the user qorn cannot log in' equal /usr/sbin/nologin inside sh -c 'getent passwd qorn | cut -d: -f7'
+# 15 stands for 1.5.
+check 'the service is exposed by 1.5 at most' inside systemd-analyze security --offline=true \
+  --threshold=15 /lib/systemd/system/qorn-gateway.service
+check 'systemd reads the unit without a complaint' equal '' \
+  inside sh -c 'systemd-analyze verify --man=no qorn-gateway.service 2>&1'
 check 'qorn-gateway --help' as nobody qorn-gateway --help
 check 'qorn-devcloud --help' as nobody qorn-devcloud --help
 for page in qorn-gateway qorn-devcloud; do
