@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <string>
 
 namespace devcloud {
 
@@ -21,6 +22,9 @@ class Clock {
  private:
   std::atomic<std::chrono::seconds::rep> offset_seconds_ = 0;
 };
+
+// "Tue, 31 Jan 2026 08:00:00 GMT" (RFC 9110 section 5.6.7).
+std::string HttpDate(TimePoint time);
 
 }  // namespace devcloud
 

@@ -151,6 +151,7 @@ class Cloud::Impl : public RequestHandler {
     } catch (const std::exception& failure) {
       return {500, "text/plain", std::string(failure.what()) + "\n", {}};
     }
+    answer.header_lines.push_back("Date: " + HttpDate(clock.Now()));
     return answer;
   }
 

@@ -28,7 +28,7 @@ TEST(FaultTest, EachKindIsSeenByAClient) {
       {R"("reset_after","bytes":0)", CURLE_RECV_ERROR, 0, "", ""},
       {R"("reset_after","bytes":26)", CURLE_RECV_ERROR, 400, kNormalHead, "Request\r\n"},
       {R"("truncate_after","bytes":0)", CURLE_GOT_NOTHING, 0, "", ""},
-      {R"("truncate_after","bytes":150)", CURLE_PARTIAL_FILE, 400, kNormalHead, ""},
+      {R"("truncate_after","bytes":187)", CURLE_PARTIAL_FILE, 400, kNormalHead, ""},
       {R"("drip")", 0, 400, kNormalHead, "}"},
       {R"("redirect","status":307,"times":3)", 0, 400, "HTTP/1.1 307 Temporary Redirect\r\n", "}",
        4},
