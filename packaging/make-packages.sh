@@ -25,5 +25,5 @@ for package in "$build"/*.deb; do
   printf '%s: %s bytes\n' "$package" "$(stat -c %s "$package")"
 done
 mandoc -T lint -W warning packaging/man/*.1
-lintian --fail-on error --tag-display-limit 0 "$build"/*.deb
+lintian --fail-on error,warning --tag-display-limit 0 "$build"/*.deb
 printf 'lintian and mandoc: good\n'
