@@ -43,7 +43,8 @@ TerminalLineSource::TerminalLineSource(const StopSignals& signals, Printer* prin
   el_set(editor_.get(), EL_EDITOR, "emacs");
   el_set(editor_.get(), EL_HIST, history, history_.get());
   el_set(editor_.get(), EL_GETCFN, ReadCharacter);
-  el_set(editor_.get(), EL_ADDFN, "qorn-complete", "complete the word", Complete);
+  // The narrow form of this one leaks copies of both texts.
+  el_wset(editor_.get(), EL_ADDFN, L"qorn-complete", L"complete the word", Complete);
   el_set(editor_.get(), EL_BIND, "^I", "qorn-complete", nullptr);
   for (const std::string& line : file_.Load())
     history(history_.get(), &event, H_ENTER, line.c_str());
@@ -73,7 +74,7 @@ void TerminalLineSource::Remember(const std::string& line) {
   if (help_.may_be_kept(line)) file_.Append(line);
 }
 
-unsigned char TerminalLineSource::Complete(EditLine* editor, int) {
+unsigned char TerminalLineSource::Complete(EditLine* editor, wint_t) {
   TerminalLineSource* self = nullptr;
   el_get(editor, EL_CLIENTDATA, &self);
   return self->CompleteLine();

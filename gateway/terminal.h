@@ -40,7 +40,7 @@ class TerminalLineSource : public LineSource {
   static int ReadCharacter(EditLine* editor, wchar_t* character);
 
   // libedit calls it for the Tab key.
-  static unsigned char Complete(EditLine* editor, int key);
+  static unsigned char Complete(EditLine* editor, wint_t key);
   unsigned char CompleteLine();
 
   void Remember(const std::string& line);
