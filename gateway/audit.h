@@ -14,6 +14,10 @@
 
 namespace gateway {
 
+// What is said once a line was lost.
+constexpr char kAuditFailure[] =
+    "the audit file cannot be written; its lines are lost until it can";
+
 // Appends one JSON object a line for each event and each console command; never a secret.
 // Thread-safe.
 class Audit {

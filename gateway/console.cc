@@ -50,9 +50,7 @@ Console::Outcome Console::Execute(const std::string& line) {
   if (step.answer && !step.answer->is_status && step.answer->code != kAccountSuccess) {
     step.error = words[0] + " " + DescribeResult(step.answer->code);
   }
-  if (parts_.audit->TakeFailure()) {
-    parts_.printer->Error("the audit file cannot be written; its lines are lost until it can");
-  }
+  if (parts_.audit->TakeFailure()) parts_.printer->Error(kAuditFailure);
   return Outcome{ClipWords(HideSecrets(step.error), words), step.quit};
 }
 

@@ -166,6 +166,7 @@ int Program::Run() {
     sightings_.NoteEvent(event);
     audit_.NoteEvent(event);
     printer_.Show(MakeRecord(event));
+    if (audit_.TakeFailure()) printer_.Error(kAuditFailure);
   });
   std::string error;
   std::unique_ptr<Host> host = Host::Start(options_.config_file, options_.components, &error);

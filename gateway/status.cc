@@ -52,8 +52,9 @@ Look TakeLook(const ConsoleServices& services, Sightings* sightings) {
                                        &look.peer_id);
   }
   look.database_bytes = FileSize(services.facts.database);
-  for (const Sightings::Session& session : sightings->sessions()) {
-    if (accounts.CheckSessionValidation(session.session_id) == kAccountSuccess) {
+  for (Sightings::Session& session : sightings->sessions()) {
+    // The user may have a new ID by now.
+    if (accounts.GetSessionInfo(session.session_id, &session.user_id) == kAccountSuccess) {
       look.sessions.push_back(session);
     } else {
       sightings->Forget(session.session_id);

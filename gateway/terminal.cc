@@ -12,6 +12,7 @@ namespace gateway {
 namespace {
 
 constexpr int kHistoryLines = 1000;
+constexpr size_t kMostListed = 100;  // candidates for a word
 
 const char* Prompt(EditLine*) { return "qorn> "; }
 
@@ -94,7 +95,10 @@ unsigned char TerminalLineSource::CompleteLine() {
     return CC_REFRESH;
   }
   std::string lines = "\n";
-  for (const std::string& candidate : candidates) lines += "  " + candidate + "\n";
+  const size_t shown = std::min(candidates.size(), kMostListed);
+  for (size_t i = 0; i < shown; ++i) lines += "  " + candidates[i] + "\n";
+  const size_t left = candidates.size() - shown;
+  if (left > 0) lines += "  and " + std::to_string(left) + " more\n";
   printer_->PromptHidden();
   printer_->ShowLines(lines);
   printer_->PromptShown(redraw_.get());

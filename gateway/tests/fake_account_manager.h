@@ -14,7 +14,7 @@ namespace gateway {
 
 // Answers `result`, and on success writes the outputs: each text output is "o" and its number
 // ("o1"), a list "l1" and "l2", a number 30. CheckSessionValidation answers the number that it was
-// given.
+// given; GetSessionInfo knows no session "2".
 class FakeAccountManager : public AccountManager {
  public:
   using Text = const std::string&;
@@ -48,7 +48,6 @@ class FakeAccountManager : public AccountManager {
   FAKE(GetFriendInformation, (Text a, Out x, Out y, Out z, Out t, Out u, Out v), ({a}),
        ({x, y, z, t, u, v}))
   FAKE(DoFactoryReset, (), (), ())
-  FAKE(GetSessionInfo, (Text a, Out x), ({a}), ({x}))
   FAKE(ResetCountForSessionMaintenance, (Text a), ({a}), ())
   FAKE(SetSessionLifetime, (int lifetime), ({std::to_string(lifetime)}), ())
   FAKE(GetNTSServerInfoAndPeerID, (Out x, Out y, Out z, Out t, Out u, Out v), (),
@@ -67,6 +66,10 @@ class FakeAccountManager : public AccountManager {
   AccountResult GetAllFriendsUUID(Text a, List list) override {
     *list = {"l1", "l2"};
     return Note("GetAllFriendsUUID", {a}, {});
+  }
+  AccountResult GetSessionInfo(Text a, Out x) override {
+    const AccountResult answer = Note("GetSessionInfo", {a}, {x});
+    return a == "2" ? kAccountInvalidSessionId : answer;
   }
   AccountResult CheckSessionValidation(Text a) override {
     Note("CheckSessionValidation", {a}, {});
