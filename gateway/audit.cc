@@ -27,7 +27,9 @@ bool WriteAll(int fd, const std::string& line) {
 }  // namespace
 
 bool Audit::Open(const std::string& path) {
-  Descriptor file(open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, kOwnerOnly));
+  // A pipe that nobody reads must stop neither the start nor the bus.
+  Descriptor file(
+      open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, kOwnerOnly));
   if (file.get() < 0) return false;
   base::AutoLock hold(lock_);
   file_.emplace(std::move(file));
