@@ -22,7 +22,6 @@ int RunLines(const RunOptions& options, LineSource* source, Console* console, Pr
         printer->Error(options.source_name + ": cannot be read: " + std::strerror(errno));
         return kExitCommandFailed;
       case LineSource::Result::kStopped:
-        return kExitGood;
       case LineSource::Result::kEnd:
         return status;
     }
