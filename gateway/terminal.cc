@@ -8,6 +8,8 @@
 #include <cstdio>
 #include <utility>
 
+#include "gateway/text.h"
+
 namespace gateway {
 namespace {
 
@@ -16,14 +18,16 @@ constexpr size_t kMostListed = 100;  // candidates for a word
 
 const char* Prompt(EditLine*) { return "qorn> "; }
 
-// What all of the words begin with.
+// What all of the words begin with, in whole characters: libedit takes no part of one.
 std::string CommonBeginning(const std::vector<std::string>& words) {
-  std::string common = words[0];
+  const std::string& first = words[0];
+  size_t length = first.size();
   for (const std::string& word : words) {
-    const auto differs = std::mismatch(common.begin(), common.end(), word.begin(), word.end());
-    common.erase(differs.first, common.end());
+    const auto differs = std::mismatch(first.begin(), first.end(), word.begin(), word.end());
+    length = std::min(length, static_cast<size_t>(differs.first - first.begin()));
   }
-  return common;
+  while (length < first.size() && IsContinuationByte(first[length])) --length;
+  return first.substr(0, length);
 }
 
 }  // namespace
@@ -54,6 +58,8 @@ TerminalLineSource::TerminalLineSource(const StopSignals& signals, Printer* prin
 LineSource::Result TerminalLineSource::Next(std::string* line) {
   if (signals_.WaitForStop(std::chrono::milliseconds(0))) return Result::kStopped;
   int count = 0;
+  // The window may have another size by now.
+  el_resize(editor_.get());
   // el_gets would draw the prompt first and take the terminal over after it: keys that are typed
   // in between would be lost.
   el_set(editor_.get(), EL_PREP_TERM, 1);

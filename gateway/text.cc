@@ -13,8 +13,6 @@ bool IsControl(char c) {
   return byte < 0x20 || byte == 0x7f;
 }
 
-bool IsContinuationByte(char c) { return (static_cast<unsigned char>(c) & 0xc0) == 0x80; }
-
 // UTF-8 writes U+0080 to U+009F, which some terminals obey, as 0xc2 and one byte up to 0x9f.
 bool IsC1At(const std::string& text, size_t at) {
   return text[at] == '\xc2' && at + 1 < text.size() && IsContinuationByte(text[at + 1]) &&
@@ -30,6 +28,8 @@ void AppendHex(char c, std::string* out) {
 }
 
 }  // namespace
+
+bool IsContinuationByte(char c) { return (static_cast<unsigned char>(c) & 0xc0) == 0x80; }
 
 bool IsNameStart(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
 

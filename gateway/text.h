@@ -11,6 +11,9 @@ namespace gateway {
 bool IsNameStart(char c);
 bool IsNamePart(char c);
 
+// Whether a byte of UTF-8 goes on with a character that began before it.
+bool IsContinuationByte(char c);
+
 // Whether the text holds a byte below 0x20 or 0x7f.
 bool HasControlCharacter(const std::string& text);
 
