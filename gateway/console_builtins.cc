@@ -134,7 +134,8 @@ Console::Step Console::Set(const Words& words) {
     return Step{"set: \"" + words[1] + "\" is no name: letters, digits and \"_\", no digit first",
                 {}};
   }
-  variables_.Set(words[1], words[2]);
+  // A copy of a secret stays one when its source gets another value.
+  variables_.Set(words[1], words[2], variables_.HideSecrets(words[2]) != words[2]);
   return Step{};
 }
 

@@ -45,7 +45,8 @@ template <typename Texts>
 Words Matching(const Texts& texts, const std::string& beginning) {
   Words found;
   for (const std::string& text : texts) {
-    if (text.starts_with(beginning)) found.push_back(text);
+    // What cannot be typed is not offered: it could steer the terminal that lists it.
+    if (text.starts_with(beginning) && Visible(text) == text) found.push_back(text);
   }
   std::sort(found.begin(), found.end());
   return found;
