@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <new>
+
 namespace sql {
 
 Statement::Statement() = default;
@@ -15,9 +17,12 @@ Statement::Statement(Statement&& other) noexcept = default;
 Statement& Statement::operator=(Statement&& other) noexcept = default;
 
 bool Statement::BindString(int column, const std::string& value) {
+  if (!is_valid()) return false;
   // SQLite counts parameters from 1. It copies the bytes.
-  return is_valid() && sqlite3_bind_text64(statement_.get(), column + 1, value.data(), value.size(),
-                                           SQLITE_TRANSIENT, SQLITE_UTF8) == SQLITE_OK;
+  const int result = sqlite3_bind_text64(statement_.get(), column + 1, value.data(), value.size(),
+                                         SQLITE_TRANSIENT, SQLITE_UTF8);
+  if (result == SQLITE_NOMEM) throw std::bad_alloc();
+  return result == SQLITE_OK;
 }
 
 bool Statement::Step() { return StepOnce() == SQLITE_ROW; }
@@ -26,7 +31,9 @@ bool Statement::Run() { return StepOnce() == SQLITE_DONE; }
 
 std::string Statement::ColumnString(int column) const {
   if (!is_valid()) return "";
+  const bool is_null = sqlite3_column_type(statement_.get(), column) == SQLITE_NULL;
   const unsigned char* text = sqlite3_column_text(statement_.get(), column);
+  if (text == nullptr && !is_null) throw std::bad_alloc();
   if (text == nullptr) return "";
   const int size = sqlite3_column_bytes(statement_.get(), column);
   return std::string(reinterpret_cast<const char*>(text), static_cast<size_t>(size));

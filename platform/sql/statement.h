@@ -20,7 +20,8 @@ class Statement {
 
   bool is_valid() const { return statement_ != nullptr; }
 
-  // Binds all bytes of `value`, zero bytes too, to a parameter; the first is 0.
+  // Binds all bytes of `value`, zero bytes too, to a parameter; the first is 0. Throws
+  // std::bad_alloc: a value that was not bound would be written as NULL.
   bool BindString(int column, const std::string& value);
 
   // Goes to the next row; true only if there is one.
@@ -30,7 +31,7 @@ class Statement {
   // Whether the last Step or Run went without an error; false before the first.
   bool Succeeded() const { return succeeded_; }
 
-  // The current row's column as text; the first is 0. "" for NULL.
+  // The current row's column as text; the first is 0. "" for NULL. Throws std::bad_alloc.
   std::string ColumnString(int column) const;
 
   // Makes the statement ready to run again, with its parameters or with all of them NULL.
