@@ -8,13 +8,13 @@
 #include <memory>
 #include <optional>
 
+#include "gateway/curl_options.h"
 #include "gateway/doctor_url.h"
 #include "gateway/proxies.h"
 
 namespace gateway {
 namespace {
 
-constexpr long kConnectSeconds = 5;
 constexpr long kTransferSeconds = 10;
 
 struct Server {
@@ -35,10 +35,6 @@ struct Exchange {
   std::optional<long> clock_offset;  // the server's clock minus ours, in seconds
 };
 
-struct CurlDeleter {
-  void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
-};
-
 size_t TakeNothing(char*, size_t, size_t count, void*) { return count; }
 
 // libcurl calls it with the address as soon as a connection is made.
@@ -48,14 +44,7 @@ int TakeAddress(void* exchange, char* address, char*, int, int) {
 }
 
 void SetOptions(CURL* curl, const std::string& url, bool verify, Exchange* exchange, char* error) {
-  curl_easy_setopt(curl, CURLOPT_URL, url.c_str());
-  curl_easy_setopt(curl, CURLOPT_PROTOCOLS_STR, "http,https");
-  curl_easy_setopt(curl, CURLOPT_PROXY, "");
-  curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
-  curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, kConnectSeconds);
-  curl_easy_setopt(curl, CURLOPT_TIMEOUT, kTransferSeconds);
-  curl_easy_setopt(curl, CURLOPT_SSL_VERIFYPEER, verify ? 1L : 0L);
-  curl_easy_setopt(curl, CURLOPT_SSL_VERIFYHOST, verify ? 2L : 0L);
+  SetCommonOptions(curl, url, kTransferSeconds, verify);
   curl_easy_setopt(curl, CURLOPT_ERRORBUFFER, error);
   curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, TakeNothing);
   curl_easy_setopt(curl, CURLOPT_PREREQFUNCTION, TakeAddress);

@@ -6,18 +6,13 @@
 
 #include "base/json_reader.h"
 #include "base/values.h"
+#include "gateway/curl_options.h"
 
 namespace gateway {
 namespace {
 
-constexpr long kConnectSeconds = 5;
 constexpr long kTransferSeconds = 30;
 constexpr size_t kMaxAnswerBytes = size_t{64} * 1024;
-
-struct CurlDeleter {
-  void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
-  void operator()(char* text) const { curl_free(text); }
-};
 
 // libcurl calls it; fewer bytes taken than given end the transfer.
 size_t AppendAnswer(char* bytes, size_t, size_t count, void* answer_text) {
@@ -34,15 +29,8 @@ int CheckStopped(void* stopped, curl_off_t, curl_off_t, curl_off_t, curl_off_t) 
 
 void SetOptions(CURL* curl, const std::string& url, const std::string& body,
                 const std::function<bool()>& stopped, std::string* answer) {
-  curl_easy_setopt(curl, CURLOPT_URL, url.c_str());
+  SetCommonOptions(curl, url, kTransferSeconds, false);
   curl_easy_setopt(curl, CURLOPT_COPYPOSTFIELDS, body.c_str());
-  curl_easy_setopt(curl, CURLOPT_PROTOCOLS_STR, "http,https");
-  curl_easy_setopt(curl, CURLOPT_PROXY, "");
-  curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
-  curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, kConnectSeconds);
-  curl_easy_setopt(curl, CURLOPT_TIMEOUT, kTransferSeconds);
-  curl_easy_setopt(curl, CURLOPT_SSL_VERIFYPEER, 0L);
-  curl_easy_setopt(curl, CURLOPT_SSL_VERIFYHOST, 0L);
   curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, AppendAnswer);
   curl_easy_setopt(curl, CURLOPT_WRITEDATA, answer);
   curl_easy_setopt(curl, CURLOPT_NOPROGRESS, 0L);

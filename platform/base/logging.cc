@@ -105,9 +105,11 @@ bool SetLogFile(const std::string& path) {
   base::ScopedFd file;
   if (!path.empty()) {
     constexpr mode_t kReadableByGroup = 0640;
-    file = base::ScopedFd(
-        open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, kReadableByGroup));
+    // A pipe that nobody reads is refused, not waited for.
+    constexpr int kFlags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK;
+    file = base::ScopedFd(open(path.c_str(), kFlags, kReadableByGroup));
     if (!file.is_valid()) return false;
+    fcntl(file.get(), F_SETFL, O_APPEND);
   }
   Sink& sink = GetSink();
   base::AutoLock hold(sink.lock);
