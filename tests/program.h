@@ -27,6 +27,9 @@ class TestFolder {
 // All of a file; "" when it cannot be read.
 std::string ReadFile(const std::string& path);
 
+// The text with each `from` in it replaced.
+std::string Replace(std::string text, const std::string& from, const std::string& to);
+
 // A library of the build.
 std::string Library(const std::string& name);
 

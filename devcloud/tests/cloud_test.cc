@@ -63,14 +63,6 @@ TEST(CloudTest, TellsClientsWithLargeBodiesToGoOn) {
   EXPECT_TRUE(cloud->requests()[0].tls);
 }
 
-TEST(CloudTest, UnknownPathsAndMethodsAreRefused) {
-  const auto cloud = StartCloud();
-  EXPECT_EQ(Send("GET", cloud->http_url() + "/device").status, 404);
-  const Exchange seen = Send("PUT", cloud->http_url() + "/authorize");
-  EXPECT_EQ(seen.status, 405);
-  EXPECT_NE(seen.text.find("\r\nAllow: GET, POST\r\n"), seen.text.npos);
-}
-
 TEST(CloudTest, RefusesConnectionsAndOpensTheSamePortsAgain) {
   const auto cloud = StartCloud();
   Connection idle(cloud->http_url());

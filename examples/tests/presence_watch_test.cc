@@ -1,8 +1,9 @@
 // The example beside the account component, in the real program on a development cloud.
 #include <gtest/gtest.h>
 
-#include <fstream>
+#include <sstream>
 #include <string>
+#include <utility>
 
 #include "devcloud/cloud.h"
 #include "tests/program.h"
@@ -21,7 +22,7 @@ class PresenceWatchTest : public testing::Test {
 
   // The log's lines that hold `part`, each from there on.
   std::string Log(const std::string& part) const {
-    std::ifstream log(folder_.Path("log"));
+    std::istringstream log(programs::ReadFile(folder_.Path("log")));
     std::string lines;
     for (std::string line; std::getline(log, line);) {
       const size_t text = line.find(part);
@@ -31,21 +32,13 @@ class PresenceWatchTest : public testing::Test {
   }
 
   std::string Config() const {
-    std::string text = "<config><qorn_storage_path>" + folder_.Path("") +
-                       "</qorn_storage_path><account_db_path>account.db</account_db_path>"
-                       "<account_zep_auth_url>" +
-                       cloud_->http_url() +
-                       "</account_zep_auth_url>"
-                       "<account_user_portal_url>" +
-                       cloud_->http_url() + "</account_user_portal_url>";
-    for (const std::string key :
-         {"OAuth_AsClient_app_name", "OAuth_AsClient_app_id", "OAuth_AsClient_app_secret",
-          "account_device_type_code", "account_device_model_id", "account_service",
-          "account_device_physical_address_text", "account_server_type",
-          "account_qor_device_name"}) {
-      text += "<" + key + ">x</" + key + ">";
+    std::string text = programs::ReadFile(QORN_SOURCE "gateway/tests/doctor_config.xml");
+    for (const auto& [from, to] : {std::pair{"LOG_FATAL", std::string("LOG_INFO")},
+                                   {"$data", folder_.Path("")},
+                                   {"$cloud", cloud_->http_url()}}) {
+      text = programs::Replace(text, from, to);
     }
-    return text + "</config>";
+    return text;
   }
 
   std::string error_;
@@ -56,30 +49,16 @@ class PresenceWatchTest : public testing::Test {
 };
 
 TEST_F(PresenceWatchTest, CountsTheOpenSessionsOfEachUser) {
-  const programs::Ended ended = Run("libqorn_account.so", "libpresence_watch.so", R"(
-request-code alice@example.com
-create-user alice@example.com $code
-set alice $user_uuid
-request-code alice@example.com
-sign-in alice@example.com $code
-set first $session_id
-sign-in-alt alice@example.com ""
-set second $session_id
-sign-in-alt qornsystem mivu5830
-sign-out $first
-set-user-info-by-type $alice 200 alice@example.org
-sign-out $second
-do-factory-reset
-sign-in-alt qornsystem mivu5830
-)");
+  const std::string script = programs::ReadFile(QORN_SOURCE "examples/tests/presence.qorn");
+  std::string expected;
+  std::istringstream lines(script);
+  for (std::string line; std::getline(lines, line);) {
+    if (line.starts_with("#> ")) expected += line.substr(3) + "\n";
+  }
+  const programs::Ended ended = Run("libqorn_account.so", "libpresence_watch.so", script);
   EXPECT_EQ(ended.status, 0) << ended.errors;
-  EXPECT_EQ(Log("presence: "),
-            "presence: alice@example.com is home (1 session)\n"
-            "presence: alice@example.com is home (2 sessions)\n"
-            "presence: qornsystem is home (1 session)\n"
-            "presence: alice@example.com is home (1 session)\n"
-            "presence: alice@example.org has left (0 sessions)\n"
-            "presence: qornsystem is home (1 session)\n");
+  EXPECT_NE(expected, "");
+  EXPECT_EQ(Log("presence: "), expected);
   // Only of the session that the reset ended it had to ask.
   EXPECT_EQ(Log("CheckSessionValidationEndI"), "CheckSessionValidationEndInvalid Session ID\n");
 }

@@ -5,10 +5,8 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
-#include <ctime>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -24,28 +22,6 @@
 
 namespace gateway {
 namespace {
-
-std::string Replace(std::string text, const std::string& from, const std::string& to) {
-  for (size_t at = 0; (at = text.find(from, at)) != text.npos; at += to.size()) {
-    text.replace(at, from.size(), to);
-  }
-  return text;
-}
-
-std::string Read(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-devcloud::Fault DateFault(long seconds) {
-  const time_t when = std::time(nullptr) + seconds;
-  char line[50];
-  strftime(line, sizeof(line), "Date: %a, %d %b %Y %H:%M:%S GMT", std::gmtime(&when));
-  devcloud::Fault fault;
-  fault.status = 404;
-  fault.header_lines = {line};
-  return fault;
-}
 
 class Patient {
  public:
@@ -64,18 +40,19 @@ class Patient {
     const std::string what = line.substr(0, line.find(' '));
     const std::string text = line.substr(std::min(line.size(), what.size() + 1));
     const size_t arrow = text.find(" -> ");
-    const std::string config = Read(options_.config_file);
+    const std::string config = programs::ReadFile(options_.config_file);
     devcloud::Fault fault;
     bool good = true;
     if (what == "edit") {
       good = config.find(text.substr(0, arrow)) != config.npos;
-      folder_.Write("config.xml", Replace(config, text.substr(0, arrow), text.substr(arrow + 4)));
+      folder_.Write("config.xml",
+                    programs::Replace(config, text.substr(0, arrow), text.substr(arrow + 4)));
     }
     if (what == "run") good = system(("cd " + folder_.Path("") + " && " + text).c_str()) == 0;
     if (what == "sql") good = database_.Execute(text.c_str());
     if (what == "try-refresh") options_.try_refresh = true;
     if (what == "refuse-cloud") cloud_->RefuseConnections(true);
-    if (what == "date") cloud_->AddFault(DateFault(std::stol(text)));
+    if (what == "clock") cloud_->AdvanceClock(std::chrono::seconds(std::stol(text)));
     if (what == "fault") good = devcloud::ParseFault(text, &fault, &error_);
     if (what == "fault") cloud_->AddFault(fault);
     EXPECT_TRUE(good) << line;
@@ -96,7 +73,7 @@ class Patient {
       const std::string state = object["state"], name = object["name"], advice = object["advice"];
       const std::string value = object["value"].is_null() ? "-" : std::string(object["value"]);
       line = state + " " + name + " " + value + " | " + advice;
-      for (const auto& [shown, real] : names_) line = Replace(line, real, shown);
+      for (const auto& [shown, real] : names_) line = programs::Replace(line, real, shown);
       ++counts[state];
       if (state != "good" || std::count(expected.begin(), expected.end(), line) > 0) {
         lines.push_back(line);
@@ -109,13 +86,13 @@ class Patient {
 
  private:
   std::string Fill(std::string text) const {
-    for (const auto& [name, value] : names_) text = Replace(text, name, value);
+    for (const auto& [name, value] : names_) text = programs::Replace(text, name, value);
     return text;
   }
 
   std::string Snapshot() {
     Spoil("run find . -mindepth 1 ! -name snapshot -printf '%p %m %s %T@\\n' | sort >snapshot");
-    return Read(folder_.Path("snapshot"));
+    return programs::ReadFile(folder_.Path("snapshot"));
   }
 
   std::string error_;
@@ -128,14 +105,15 @@ class Patient {
                                                      {"\\x1b", "\x1b"},
                                                      {"\\xff", "\xff"}};
   DoctorOptions options_{
-      .config_file = folder_.Write("config.xml", Fill(Read(QORN_DOCTOR_DATA "doctor_config.xml"))),
+      .config_file = folder_.Write("config.xml",
+                                   Fill(programs::ReadFile(QORN_DOCTOR_DATA "doctor_config.xml"))),
       .components = {programs::Library("libqorn_account.so")},
       .json = true};
   sql::Connection database_;
 };
 
 TEST(Doctor, FindsWhatTheCasesTell) {
-  std::istringstream cases(Read(QORN_DOCTOR_DATA "doctor_cases.txt") + "== \n");
+  std::istringstream cases(programs::ReadFile(QORN_DOCTOR_DATA "doctor_cases.txt") + "== \n");
   std::string title;
   std::unique_ptr<Patient> patient;
   std::vector<std::string> expected;

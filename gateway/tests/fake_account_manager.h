@@ -92,7 +92,8 @@ class FakeAccountManager : public AccountManager {
  private:
   AccountResult Note(const std::string& name, const Words& inputs, const Outs& outputs) {
     std::string call = name + "(";
-    for (const std::string& input : inputs) call += (call.back() == '(' ? "" : ",") + input;
+    for (const std::string& input : inputs) call += input + ",";
+    if (!inputs.empty()) call.pop_back();
     calls.push_back(call + ")");
     if (result != kAccountSuccess) return result;
     for (size_t i = 0; i < outputs.size(); ++i) *outputs[i] = output_text + std::to_string(i + 1);

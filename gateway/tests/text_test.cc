@@ -4,8 +4,6 @@
 
 #include <utility>
 
-#include "gateway/variables.h"
-
 namespace gateway {
 namespace {
 
@@ -20,15 +18,6 @@ TEST(Visible, WritesControlCharactersAsHex) {
   EXPECT_EQ(Visible("a\x1b[2J\n\x7f"), "a\\x1b[2J\\x0a\\x7f");
   EXPECT_EQ(Visible("x\xc2\x9b!"), "x\\xc2\\x9b!");
   EXPECT_EQ(Visible("é ü 한 … \xc2"), "é ü 한 … \xc2");
-}
-
-TEST(Variables, HideSecretsShortensEachSecretValueInAText) {
-  Variables variables;
-  variables.Set("code", "secret-code", true);
-  variables.Set("name", "public-name");
-  variables.Set("empty", "", true);
-  EXPECT_EQ(variables.HideSecrets("a secret-code,secret-code of public-name"),
-            "a secr…,secr… of public-name");
 }
 
 }  // namespace

@@ -3,11 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
 #include <future>
 
-#include "base/platform_thread.h"
-#include "base/simple_thread.h"
 #include "base/test_clock.h"
 #include "base/timer.h"
 #include "tests/test_support.h"
@@ -51,17 +48,6 @@ TEST(MessageLoop, MayEndWhileItsLastTaskIsPosted) {
     });
     loop.get_future().get()->PostTask(FROM_HERE, [] { MessageLoop::current()->Quit(); });
   }
-}
-
-TEST(SimpleThread, IsNamedToTheKernel) {
-  struct : base::SimpleThread {
-    using SimpleThread::SimpleThread;
-    void Run() override { name = ReadFile("/proc/thread-self/comm"); }
-    std::string name;
-  } thread("AccountCheckThread");
-  thread.Start();
-  thread.Join();
-  EXPECT_EQ(thread.name, "AccountCheckThr\n");
 }
 
 using base::TimeDelta;
@@ -148,22 +134,6 @@ TEST_F(TimerTest, TheTaskMayRestartOrDestroyIt) {
   });
   for (const int runs : {1, 2, 2}) ThenAdvance(kPeriod, runs);
   RunSteps();
-}
-
-TEST(TestClock, MovesSleepersUntilTheRealClockReturns) {
-  auto clock = std::make_unique<base::TestClock>();
-  std::atomic<int> runs{0};
-  const auto asleep = std::async(std::launch::async, [&runs] {
-    base::PlatformThread::Sleep(kPeriod + kPeriod);
-    ++runs;
-    base::PlatformThread::Sleep(kInstant);
-  });
-  for (const int expected : {0, 0, 1}) {
-    clock->WaitForSleepers(1);
-    EXPECT_EQ(runs, expected);
-    if (expected == 0) clock->Advance(kPeriod);
-  }
-  clock.reset();
 }
 
 }  // namespace

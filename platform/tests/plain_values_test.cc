@@ -5,8 +5,6 @@
 #include <tuple>
 #include <vector>
 
-#include "base/file_path.h"
-#include "base/path_service.h"
 #include "base/pickle.h"
 #include "base/string_number_conversions.h"
 #include "base/time.h"
@@ -103,23 +101,6 @@ TEST(Time, StopsAtTheEndsOfItsRange) {
   EXPECT_EQ(most + most, most);
   EXPECT_EQ((TimeDelta::FromMicroseconds(-2) - most).InMicroseconds(), INT64_MIN);
   EXPECT_EQ((Time::UnixEpoch() + TimeDelta::FromMilliseconds(-1500)).ToDoubleT(), -1.5);
-}
-
-TEST(FilePath, AppendsOneSeparator) {
-  const char* const kCases[][3] = {
-      {"a", "b", "a/b"}, {"a//", "b", "a/b"}, {"/", "b", "/b"}, {"", "b", "b"}, {"a", "", "a"}};
-  for (const auto& [path, component, expected] : kCases) {
-    EXPECT_EQ(FilePath::FromUTF8Unsafe(path).Append(component).value(), expected);
-  }
-}
-
-TEST(PathService, KnowsThreeDirectories) {
-  const char* const kEnds[] = {"untouched", "", "/bin", "/lib", "untouched"};
-  for (const int key : {0, 1, 2, 3, 4}) {
-    FilePath path("untouched");
-    EXPECT_EQ(PathService::Get(key, &path), key >= 1 && key <= 3) << key;
-    EXPECT_TRUE(path.value().ends_with(kEnds[key])) << path.value();
-  }
 }
 
 }  // namespace

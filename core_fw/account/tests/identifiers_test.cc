@@ -7,8 +7,6 @@
 #include <numeric>
 #include <vector>
 
-#include "base/test_clock.h"
-#include "base/time.h"
 #include "core_fw/account/include/account_manager.h"
 #include "core_fw/account/src/account_records.h"
 #include "core_fw/account/src/account_result.h"
@@ -56,14 +54,6 @@ TEST(Identifiers, FormatDateShowsLocalTimeWithoutPadding) {
     EXPECT_EQ(FormatDate(c.stored), c.shown) << c.zone << " " << c.stored;
   }
   unsetenv("TZ");
-}
-
-TEST(Identifiers, CurrentTimestampIsWholeSeconds) {
-  base::TestClock clock;
-  const auto now = std::stoll(CurrentTimestamp());
-  clock.Advance(base::TimeDelta::FromMicroseconds(90999999));
-  const auto later = std::stoll(CurrentTimestamp());
-  EXPECT_TRUE(later == now + 90 || later == now + 91) << later - now;
 }
 
 TEST(Records, NameIsWhatStandsBeforeTheFirstAt) {

@@ -277,19 +277,5 @@ TEST_F(LibraryTest, AComponentMadeAfterAnotherStartsAfresh) {
   dlclose(kept);
 }
 
-TEST_F(LibraryTest, TheRuntimeLoadsAndEndsIt) {
-  StartRuntime();
-  std::string error;
-  ASSERT_TRUE(runtime::Runtime::GetInstance()->LoadComponent(LibraryPath(), &error)) << error;
-  void* found = nullptr;
-  ASSERT_TRUE(runtime::Runtime::GetInstance()->QueryInterface("account_interface", &found));
-  std::vector<std::string> list;
-  EXPECT_EQ(static_cast<AccountManager*>(found)->GetAllUsersUUID(&list), 1);
-  EXPECT_THAT(list, ElementsAre("qornsystem"));
-  log_.Take();
-  runtime::Runtime::Destroy();
-  EXPECT_EQ(Lines("COMPONENT_DESTROY").size(), 1u);
-}
-
 }  // namespace
 }  // namespace account

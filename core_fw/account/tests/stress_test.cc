@@ -217,9 +217,6 @@ TEST_F(StressTest, NothingIsLostOrCountedTwice) {
     }
   }
   EXPECT_TRUE(service_.Shutdown());
-  RecordProperty("steps", std::to_string(steps_.load()));
-  RecordProperty("sessions", std::to_string(sessions_.size()));
-  RecordProperty("told_twice", twice);
   std::printf("%ld steps, %zu sessions, %d ended by sign-out and tick together\n", steps_.load(),
               sessions_.size(), twice);
   log_.Take();
