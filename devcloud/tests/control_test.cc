@@ -40,7 +40,8 @@ TEST(ControlTest, AStalledRequestIsAnsweredOnceTheFaultIsOff) {
   ASSERT_TRUE(cloud->WaitForRequests(1));
   EXPECT_FALSE(cloud->requests()[0].answer);
   EXPECT_EQ(Send("DELETE", faults).status, 200);
-  EXPECT_EQ(stalled.ReadUntil("</html>"), cloud->requests()[0].answer);
+  const std::string answer = stalled.ReadUntil("</html>");
+  EXPECT_EQ(answer, cloud->requests()[0].answer);
 }
 
 TEST(ControlTest, ShowsOneExchangeByteForByte) {
