@@ -1,6 +1,8 @@
 #include "base/json_writer.h"
 
 #include <nlohmann/json.hpp>
+#include <string>
+#include <utility>
 
 #include "base/json_reader.h"
 
@@ -8,61 +10,71 @@ namespace base {
 
 namespace {
 
-using nlohmann::json;
+// Scalars are the JSON library's; its lists and objects need memory to be destroyed, and end the
+// process when there is none.
+std::string Scalar(const nlohmann::json& value) {
+  constexpr int kNoIndent = -1;
+  constexpr bool kEnsureAscii = false;
+  return value.dump(kNoIndent, ' ', kEnsureAscii, nlohmann::json::error_handler_t::replace);
+}
 
-bool ConvertDictionary(const DictionaryValue& dictionary, int levels, json* out);
-bool ConvertList(const ListValue& list, int levels, json* out);
+bool AppendDictionary(const DictionaryValue& dictionary, int levels, std::string* out);
+bool AppendList(const ListValue& list, int levels, std::string* out);
 
 // `levels` is how many levels of lists and dictionaries are left.
-bool Convert(const Value& value, int levels, json* out) {
+bool Append(const Value& value, int levels, std::string* out) {
   bool boolean = false;
   int integer = 0;
   double number = 0;
   std::string text;
   const DictionaryValue* dictionary = nullptr;
   const ListValue* list = nullptr;
-  if (value.GetAsDictionary(&dictionary)) return ConvertDictionary(*dictionary, levels, out);
-  if (value.GetAsList(&list)) return ConvertList(*list, levels, out);
+  if (value.GetAsDictionary(&dictionary)) return AppendDictionary(*dictionary, levels, out);
+  if (value.GetAsList(&list)) return AppendList(*list, levels, out);
   if (value.GetAsString(&text)) {
-    *out = text;
+    *out += Scalar(text);
   } else if (value.GetAsBoolean(&boolean)) {
-    *out = boolean;
+    *out += Scalar(boolean);
   } else if (value.GetAsInteger(&integer)) {
-    *out = integer;
+    *out += Scalar(integer);
   } else if (value.GetAsDouble(&number)) {
-    *out = number;
+    *out += Scalar(number);
+  } else {
+    *out += "null";
   }
   return true;
 }
 
-bool ConvertDictionary(const DictionaryValue& dictionary, int levels, json* out) {
+bool AppendDictionary(const DictionaryValue& dictionary, int levels, std::string* out) {
   if (levels == 0) return false;
-  *out = json::object();
+  const char* separator = "{";
   for (const auto& [name, member] : dictionary.members()) {
-    if (!Convert(*member, levels - 1, &(*out)[name])) return false;
+    *out += std::exchange(separator, ",") + Scalar(name) + ":";
+    if (!Append(*member, levels - 1, out)) return false;
   }
+  *out += dictionary.members().empty() ? "{}" : "}";
   return true;
 }
 
-bool ConvertList(const ListValue& list, int levels, json* out) {
+bool AppendList(const ListValue& list, int levels, std::string* out) {
   if (levels == 0) return false;
-  *out = json::array();
+  const char* separator = "[";
   for (size_t i = 0; i < list.GetSize(); ++i) {
     const Value* element = nullptr;
     list.Get(i, &element);
-    if (!Convert(*element, levels - 1, &out->emplace_back())) return false;
+    *out += std::exchange(separator, ",");
+    if (!Append(*element, levels - 1, out)) return false;
   }
+  *out += list.GetSize() == 0 ? "[]" : "]";
   return true;
 }
 
 }  // namespace
 
 bool JSONWriter::Write(const Value& value, std::string* text) {
-  json converted;
-  if (!Convert(value, JSONReader::kMaxLevels, &converted)) return false;
-  constexpr int kNoIndent = -1;
-  constexpr bool kEnsureAscii = false;
-  *text = converted.dump(kNoIndent, ' ', kEnsureAscii, json::error_handler_t::replace);
+  std::string written;
+  if (!Append(value, JSONReader::kMaxLevels, &written)) return false;
+  *text = std::move(written);
   return true;
 }
 
