@@ -17,8 +17,11 @@ const char* Component::GetName() { return ""; }
 int Component::QueryState() { return 0; }
 
 Component::~Component() {
-  const base::debug::StackTrace trace;
   if (logging::GetMinLogLevel() > logging::LOG_ERROR) return;
-  logging::LogMessage(__FILE__, __LINE__, logging::LOG_ERROR).stream()
-      << ": COMPONENT_DESTROY is called" << trace.ToString();
+  try {
+    const base::debug::StackTrace trace;
+    logging::LogMessage(__FILE__, __LINE__, logging::LOG_ERROR).stream()
+        << ": COMPONENT_DESTROY is called" << trace.ToString();
+  } catch (...) {  // Memory ended: the line is lost, or its trace.
+  }
 }

@@ -134,6 +134,8 @@ LogMessage::~LogMessage() {
 }
 
 void LogMessage::Write() {
+  // A stream that ran out of memory takes nothing more: the line ends where it broke off.
+  stream_.clear();
   stream_ << '\n';
   const std::string text = stream_.str();
   const auto handler = GetHandler();

@@ -18,12 +18,7 @@ MessageLoop::MessageLoop() : timers_(std::make_shared<base::internal::TimerQueue
 
 MessageLoop::~MessageLoop() {
   // A task's destruction may use the loop, so it happens while the loop is whole, without the lock.
-  std::deque<Task> leftover;
-  {
-    base::AutoLock hold(lock_);
-    leftover.swap(tasks_);
-  }
-  leftover.clear();
+  for (Task task; TakeTask(&task);) task = {};
   g_current = nullptr;
 }
 

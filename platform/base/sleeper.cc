@@ -1,7 +1,6 @@
 #include "base/sleeper.h"
 
 #include <memory>
-#include <vector>
 
 #include "base/clock.h"
 
@@ -11,7 +10,7 @@ namespace base {
 struct SleeperList {
   Lock lock;
   ConditionVariable grown;
-  std::vector<Sleeper*> sleepers GUARDED_BY(lock);
+  Sleeper* first GUARDED_BY(lock) = nullptr;
 
   static SleeperList& Get() {
     // Never destroyed: threads may sleep until the process ends.
@@ -21,19 +20,22 @@ struct SleeperList {
 
   void Add(Sleeper* sleeper) {
     AutoLock hold(lock);
-    sleepers.push_back(sleeper);
+    sleeper->next_ = first;
+    first = sleeper;
     grown.NotifyAll();
   }
 
   void Remove(Sleeper* sleeper) {
     AutoLock hold(lock);
-    std::erase(sleepers, sleeper);
+    Sleeper** place = &first;
+    while (*place != sleeper) place = &(*place)->next_;
+    *place = sleeper->next_;
   }
 
   int CountArmed() EXCLUSIVE_LOCKS_REQUIRED(lock) {
     const TimeDelta uptime = Clock::Get()->Uptime();
     int count = 0;
-    for (Sleeper* sleeper : sleepers) count += sleeper->IsArmed(uptime) ? 1 : 0;
+    for (Sleeper* s = first; s != nullptr; s = s->next_) count += s->IsArmed(uptime) ? 1 : 0;
     return count;
   }
 };
@@ -57,7 +59,7 @@ void Sleeper::Wake() {
 void Sleeper::LookAgain() {
   SleeperList& list = SleeperList::Get();
   AutoLock hold(list.lock);
-  for (Sleeper* sleeper : list.sleepers) {
+  for (Sleeper* sleeper = list.first; sleeper != nullptr; sleeper = sleeper->next_) {
     AutoLock hold_sleeper(sleeper->lock_);
     sleeper->changed_.NotifyAll();
   }

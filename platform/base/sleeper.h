@@ -10,7 +10,7 @@
 
 namespace base {
 
-// One thread sleeps, any thread wakes it.
+// One thread sleeps, any thread wakes it. Sleeping needs no memory.
 class Sleeper {
  public:
   Sleeper() = default;
@@ -37,6 +37,7 @@ class Sleeper {
   ConditionVariable changed_;
   bool woken_ GUARDED_BY(lock_) = false;
   std::optional<TimeDelta> deadline_ GUARDED_BY(lock_);
+  Sleeper* next_ = nullptr;  // In the list of those that sleep, under its lock.
 };
 
 }  // namespace base

@@ -2,7 +2,6 @@
 
 #include "base/clock.h"
 #include "base/message_loop.h"
-#include "base/timer_queue.h"
 
 namespace base {
 
@@ -12,8 +11,9 @@ Timer::Timer(bool retain_user_task, bool is_repeating)
 Timer::~Timer() { Cancel(); }
 
 void Timer::Start(const tracked_objects::Location& /*from_here*/, TimeDelta delay, Closure task) {
+  Cancel();
   delay_ = delay;
-  task_ = std::move(task);
+  task_ = task ? std::make_shared<const Closure>(std::move(task)) : nullptr;
   Reset();
 }
 
@@ -34,24 +34,26 @@ void Timer::Schedule() {
   if (loop == nullptr) return;
   queue_ = loop->timers_;
   due_ = Clock::Get()->Uptime() + delay_;
-  number_ = loop->timers_->Add(due_, Bind(&Timer::Fire, Unretained(this)));
+  number_ = loop->timers_->Add(due_, this, std::move(entry_));
 }
 
 void Timer::Cancel() {
-  if (const auto queue = queue_.lock()) queue->Remove(due_, number_);
+  const auto queue = queue_.lock();
+  if (queue && number_ != 0) entry_ = queue->Remove(due_, number_);
   number_ = 0;
 }
 
-void Timer::Fire() {
+void Timer::Fire(internal::TimerQueue::Entry entry) {
   number_ = 0;
-  const Closure task = task_;
+  entry_ = std::move(entry);
+  const std::shared_ptr<const Closure> task = task_;
   if (is_repeating_) {
     Schedule();
   } else if (!retain_user_task_) {
     task_ = nullptr;
   }
   // The task may destroy this timer.
-  task();
+  (*task)();
 }
 
 }  // namespace base

@@ -8,16 +8,14 @@
 #include "base/bind.h"
 #include "base/location.h"
 #include "base/time.h"
+#include "base/timer_queue.h"
 
 namespace base {
 
-namespace internal {
-class TimerQueue;
-}
-
 // Runs a task later, once or again and again. It belongs to the message loop of the thread that
 // started it: that thread alone uses and destroys it, and the task runs there. It may outlive the
-// loop, and the task may stop, restart or destroy it.
+// loop, and the task may stop, restart or destroy it. Start alone needs memory: what it throws
+// leaves the timer stopped.
 class Timer {
  public:
   // With `retain_user_task` the task survives Stop and the end of a timer that runs once, so that
@@ -39,17 +37,20 @@ class Timer {
   bool IsRunning() const;
 
  private:
+  friend class internal::TimerQueue;
+
   void Schedule();
   void Cancel();
-  void Fire();
+  void Fire(internal::TimerQueue::Entry entry);
 
   const bool retain_user_task_;
   const bool is_repeating_;
   TimeDelta delay_;
-  Closure task_;
+  std::shared_ptr<const Closure> task_;  // Shared with the run that is under way.
   std::weak_ptr<internal::TimerQueue> queue_;
   TimeDelta due_;
   uint64_t number_ = 0;  // With `due_` this timer's place in `queue_`; 0 when it does not run.
+  internal::TimerQueue::Entry entry_;  // While it does not run, once it has.
 };
 
 }  // namespace base

@@ -6,26 +6,33 @@
 #include <optional>
 #include <utility>
 
-#include "base/bind.h"
 #include "base/time.h"
 
 namespace base {
+
+class Timer;
+
 namespace internal {
 
 // The running timers of one message loop, by the uptime at which they are due. For the loop's
-// thread only.
+// thread only. A timer's entry is made once and then goes to and fro between timer and queue, so
+// that only the first start of a timer needs memory.
 class TimerQueue {
  public:
-  // Answers the entry's number, never 0.
-  uint64_t Add(TimeDelta due, Closure fire);
-  void Remove(TimeDelta due, uint64_t number);
+  using Entries = std::map<std::pair<TimeDelta, uint64_t>, Timer*>;
+  using Entry = Entries::node_type;
+
+  // Answers the entry's number, never 0. Makes an entry if it gets none.
+  uint64_t Add(TimeDelta due, Timer* timer, Entry entry);
+  // Empty for a number that is not there.
+  Entry Remove(TimeDelta due, uint64_t number);
 
   std::optional<TimeDelta> NextDue() const;
-  // Takes out the first entry and runs it, if it is due; true if it was.
+  // Takes out the first entry and fires its timer, if it is due; true if it was.
   bool RunNextDue();
 
  private:
-  std::map<std::pair<TimeDelta, uint64_t>, Closure> entries_;
+  Entries entries_;
   uint64_t last_number_ = 0;
 };
 

@@ -43,10 +43,11 @@ Event* EventManager::CreateEvent(int type) {
 }
 
 void EventManager::Publish(Event* event) {
-  auto delivery = std::make_unique<Delivery>(Delivery{event->type(), event->data(), 0});
+  std::list<Delivery> delivery;
+  delivery.push_back({event->type(), event->data(), 0});
   base::AutoLock hold(lock_);
-  delivery->last_listener = last_number_;
-  queue_.push_back(std::move(delivery));
+  delivery.front().last_listener = last_number_;
+  queue_.splice(queue_.end(), delivery);
   ++published_;
   changed_.NotifyAll();
 }
@@ -90,15 +91,15 @@ void EventManager::RefuseForTest(int type, bool refuse) {
 
 void EventManager::DeliverForever() {
   g_on_bus_thread = true;
-  for (;;) Deliver(*TakeDelivery());
+  for (;;) Deliver(TakeDelivery().front());
 }
 
-std::unique_ptr<EventManager::Delivery> EventManager::TakeDelivery() {
+std::list<EventManager::Delivery> EventManager::TakeDelivery() {
+  std::list<Delivery> taken;
   base::AutoLock hold(lock_);
   while (queue_.empty()) changed_.Wait(lock_);
-  auto delivery = std::move(queue_.front());
-  queue_.pop_front();
-  return delivery;
+  taken.splice(taken.begin(), queue_, queue_.begin());
+  return taken;
 }
 
 void EventManager::Deliver(const Delivery& delivery) {

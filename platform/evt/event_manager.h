@@ -2,8 +2,8 @@
 #define QORN_PLATFORM_EVT_EVENT_MANAGER_H_
 
 #include <cstdint>
-#include <deque>
 #include <functional>
+#include <list>
 #include <map>
 #include <memory>
 #include <set>
@@ -90,7 +90,8 @@ class EventManager {
   ~EventManager() = default;
 
   void DeliverForever();
-  std::unique_ptr<Delivery> TakeDelivery();
+  // A list of one.
+  std::list<Delivery> TakeDelivery();
   void Deliver(const Delivery& delivery);
   // Marks the delivery's next listener behind `*number` as running; null when there is none.
   const Listener* BeginCall(const Delivery& delivery, int* number);
@@ -100,7 +101,7 @@ class EventManager {
   base::Lock lock_;
   base::ConditionVariable changed_;
   std::set<int> refused_ GUARDED_BY(lock_);
-  std::deque<std::unique_ptr<Delivery>> queue_ GUARDED_BY(lock_);
+  std::list<Delivery> queue_ GUARDED_BY(lock_);
   uint64_t published_ GUARDED_BY(lock_) = 0;
   uint64_t delivered_ GUARDED_BY(lock_) = 0;
   Registrations listeners_ GUARDED_BY(lock_);

@@ -1,5 +1,7 @@
 #include "core_fw/account/src/account_db_wrapper.h"
 
+#include <new>
+
 #include "base/location.h"
 #include "base/path_service.h"
 #include "base/platform_thread.h"
@@ -159,7 +161,10 @@ AccountResult AccountDBWrapper::Prepare(const char* function, const char* sql, V
     return kAccountDbExecuteFailure;
   }
   int column = 0;
-  for (const std::string* value : values) statement->BindString(column++, *value);
+  for (const std::string* value : values) {
+    // Unbound it would be written as NULL, and match nothing.
+    if (!statement->BindString(column++, *value)) throw std::bad_alloc();
+  }
   return kAccountSuccess;
 }
 

@@ -130,7 +130,7 @@ AccountResult AccountManagerImpl::GetFriendInformation(
   });
 }
 
-AccountResult AccountManagerImpl::ParseAccountMessage(const std::string& message) {
+AccountResult AccountManagerImpl::ParseAccountMessage(const std::string& message) noexcept {
   AccountResult result = kAccountFailure;
   int severity = kSeverityFailure;
   try {

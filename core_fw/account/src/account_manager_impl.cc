@@ -1,6 +1,7 @@
 #include "core_fw/account/src/account_manager_impl.h"
 
 #include <cassert>
+#include <new>
 #include <utility>
 
 #include "base/bind.h"
@@ -18,13 +19,18 @@ AccountChecker::AccountChecker()
       sessionTable(SessionTable::GetInstance()),
       timer(true, true) {}
 
+void AccountChecker::Prepare() {
+  timer.Start(FROM_HERE, base::TimeDelta::FromMicroseconds(60000000),
+              base::Bind(&AccountChecker::AddAndCheckCount, base::Unretained(this)));
+  timer.Stop();
+}
+
 void AccountChecker::StartRepeat() {
   try {
     controller->InitNetworkSetting();
   } catch (...) {  // Memory ended; the next tick tries again.
   }
-  timer.Start(FROM_HERE, base::TimeDelta::FromMicroseconds(60000000),
-              base::Bind(&AccountChecker::AddAndCheckCount, base::Unretained(this)));
+  timer.Reset();
 }
 
 void AccountChecker::StopRepeat() { timer.Stop(); }
@@ -77,18 +83,33 @@ bool AccountChecker::EndIfIdle(const std::string& session_id) {
 AccountCheckThread::AccountCheckThread() : SimpleThread("AccountCheckThread") {}
 
 void AccountCheckThread::Run() {
-  MessageLoop loop;
-  messageLoop.store(&loop);
-  messageLoop.notify_one();
-  AccountChecker checker;
-  checker.StartRepeat();
-  MessageLoop::current()->Run();
-  checker.StopRepeat();
+  try {
+    MessageLoop loop;
+    AccountChecker checker;
+    checker.Prepare();
+    messageLoop = &loop;
+    SetState(State::kPrepared);
+    checker.StartRepeat();
+    MessageLoop::current()->Run();
+    checker.StopRepeat();
+  } catch (...) {  // Memory ended before the state was set.
+    SetState(State::kFailed);
+  }
 }
 
+void AccountCheckThread::SetState(State state) {
+  state_.store(state, std::memory_order_release);
+  state_.notify_one();
+}
+
+bool AccountCheckThread::WaitUntilPrepared() {
+  state_.wait(State::kStarting, std::memory_order_acquire);
+  return state_.load(std::memory_order_acquire) == State::kPrepared;
+}
+
+// A new loop has room for the task, so nothing is thrown here.
 void AccountCheckThread::ExitThread(AccountCheckThread* thread) {
-  thread->messageLoop.wait(nullptr);
-  thread->messageLoop.load()->PostTask(FROM_HERE, [] { MessageLoop::current()->Quit(); });
+  thread->messageLoop->PostTask(FROM_HERE, [] { MessageLoop::current()->Quit(); });
 }
 
 AccountManagerImpl::AccountManagerImpl() = default;
@@ -100,7 +121,12 @@ bool AccountManagerImpl::Init() {
   controller = AccountController::GetInstance();
   sessionTable = SessionTable::GetInstance();
   auto thread = std::make_unique<AccountCheckThread>();
-  thread->Start();  // Kept only once it runs: Shutdown waits for it.
+  thread->Start();
+  if (!thread->WaitUntilPrepared()) {
+    thread->Join();
+    throw std::bad_alloc();
+  }
+  // Kept only once it runs: Shutdown waits for it.
   checkThread = std::move(thread);
   return true;
 }
@@ -152,7 +178,7 @@ AccountResult AccountManagerImpl::SetSessionLifetime(int lifetime) {
                       [&] { return sessionTable->SetLifetime(lifetime); });
 }
 
-int AccountManagerImpl::GetNetworkSettingStatus() {
+int AccountManagerImpl::GetNetworkSettingStatus() noexcept {
   constexpr char kName[] = "GetNetworkSettingStatus";
   const int status = controller->GetNetworkSettingStatus();
   try {  // One line, none on entry.

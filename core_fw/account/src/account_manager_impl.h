@@ -23,6 +23,9 @@ class AccountChecker {
   AccountChecker(const AccountChecker&) = delete;
   AccountChecker& operator=(const AccountChecker&) = delete;
 
+  // Takes all the memory that the timer needs: what it throws ends the worker's start, and nothing
+  // after it can.
+  void Prepare();
   // Tries the network setting and starts the timer: the first tick comes 60 seconds later.
   void StartRepeat();
   // One tick. The first failure is logged and ends it; the sessions behind wait for the next.
@@ -47,12 +50,19 @@ class AccountCheckThread : public base::SimpleThread {
   AccountCheckThread();
   void Run() override;
 
-  // Makes the thread leave its loop, also when it has not made it yet. Once, between Start and
-  // Join.
+  // Returns once the thread has its loop and timer. False when there was no memory for them: Run
+  // is over then.
+  bool WaitUntilPrepared();
+  // Makes the thread leave its loop. Once, between WaitUntilPrepared and Join.
   static void ExitThread(AccountCheckThread* thread);
 
  private:
-  std::atomic<MessageLoop*> messageLoop{nullptr};  // On the thread's own stack.
+  enum class State { kStarting, kPrepared, kFailed };
+
+  void SetState(State state);
+
+  MessageLoop* messageLoop = nullptr;  // On the thread's own stack; read once it is prepared.
+  std::atomic<State> state_{State::kStarting};
 };
 
 // The service behind the interface: traces, events and sessions around the controller's steps.
@@ -138,13 +148,13 @@ class AccountManagerImpl : public AccountManager {
   AccountResult ResetCountForSessionMaintenance(const std::string& session_id) override;
   AccountResult GetSessionLifetime(int* lifetime) override;
   AccountResult SetSessionLifetime(int lifetime) override;
-  int GetNetworkSettingStatus() override;
+  int GetNetworkSettingStatus() noexcept override;
   AccountResult GetNTSServerInfoAndPeerID(std::string* presence_server, std::string* stun_server,
                                           std::string* turn_server, std::string* connection_port,
                                           std::string* domain, std::string* peer_id) override;
 
   // account_manager_friends.cc, account_manager_sign_in.cc
-  AccountResult ParseAccountMessage(const std::string& message) override;
+  AccountResult ParseAccountMessage(const std::string& message) noexcept override;
   AccountResult RefreshAccessToken(const std::string& user_id) override;
 
   // Two more virtual operations behind the interface's; the component shell calls them.

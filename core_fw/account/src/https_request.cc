@@ -42,10 +42,12 @@ bool MakeHeaderList(const std::vector<std::string>& headers, HeaderList* list) {
   return true;
 }
 
-void SetOptions(CURL* handle, const std::string& url, const HeaderList& headers, unsigned post,
-                const std::string& body, char* error_buffer, std::string* response) {
+// Only the options that libcurl copies can fail: when memory ends.
+CURLcode SetOptions(CURL* handle, const std::string& url, const HeaderList& headers, unsigned post,
+                    const std::string& body, char* error_buffer, std::string* response) {
   curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, error_buffer);
-  curl_easy_setopt(handle, CURLOPT_URL, url.c_str());
+  const CURLcode code = curl_easy_setopt(handle, CURLOPT_URL, url.c_str());
+  if (code != CURLE_OK) return code;
   curl_easy_setopt(handle, CURLOPT_HEADER, 1L);
   curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 1L);
   curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, &AppendResponse);
@@ -59,10 +61,9 @@ void SetOptions(CURL* handle, const std::string& url, const HeaderList& headers,
     curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, 0L);
     curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, 0L);
   }
-  if (post != 0) {
-    curl_easy_setopt(handle, CURLOPT_CUSTOMREQUEST, "POST");
-    curl_easy_setopt(handle, CURLOPT_POSTFIELDS, body.c_str());
-  }
+  if (post == 0) return CURLE_OK;
+  curl_easy_setopt(handle, CURLOPT_POSTFIELDS, body.c_str());
+  return curl_easy_setopt(handle, CURLOPT_CUSTOMREQUEST, "POST");
 }
 
 HttpResult Classify(long status) {
@@ -103,8 +104,8 @@ std::string SendRequest(const std::vector<std::string>& headers, const std::stri
     return std::string();
   }
   char error_buffer[CURL_ERROR_SIZE] = "";
-  SetOptions(handle.get(), url, list, post, body, error_buffer, &response);
-  const CURLcode code = curl_easy_perform(handle.get());
+  CURLcode code = SetOptions(handle.get(), url, list, post, body, error_buffer, &response);
+  if (code == CURLE_OK) code = curl_easy_perform(handle.get());
   long status = 0;
   curl_easy_getinfo(handle.get(), CURLINFO_RESPONSE_CODE, &status);
   handle.reset();
