@@ -1,0 +1,35 @@
+// Memory and threads that end. A program that links memory_faults.cc allocates through it, its
+// libraries included.
+#ifndef QORN_TESTS_FAULTS_MEMORY_FAULTS_H_
+#define QORN_TESTS_FAULTS_MEMORY_FAULTS_H_
+
+namespace faults {
+
+// Whose allocations fail: the thread that calls UseMemoryAs, or those that it starts from then on.
+enum class Side { kNone, kCaller, kStarted };
+void UseMemoryAs(Side side);
+
+// Makes the Nth allocation of that side fail, or the start of a thread if that is what comes Nth;
+// `lasting`: and all after it. Until EndMemoryFault, which tells whether the Nth came. What is
+// allocated in between counts as held until it is freed.
+void StartMemoryFault(Side side, int nth, bool lasting);
+bool EndMemoryFault();
+
+// How many allocations of faults so far are still held. Forgets them.
+int TakeHeldAllocations();
+
+// The test's own code on a thread whose memory ends.
+class MemoryIsBack {
+ public:
+  MemoryIsBack();
+  ~MemoryIsBack();
+  MemoryIsBack(const MemoryIsBack&) = delete;
+  MemoryIsBack& operator=(const MemoryIsBack&) = delete;
+
+ private:
+  const Side before_;
+};
+
+}  // namespace faults
+
+#endif  // QORN_TESTS_FAULTS_MEMORY_FAULTS_H_
