@@ -62,11 +62,15 @@ void Runtime::Destroy() {
   Runtime* const ended = g_runtime;
   if (ended == nullptr) return;
   evt::EventManager::GetInstance()->Flush();
-  ended->End();
+  const bool nothing_runs = ended->End();
   g_runtime = nullptr;
+  if (nothing_runs) {
+    delete ended;
+    return;
+  }
   // Never freed: a component's thread that still runs may be reading its configuration.
-  static auto* const all_ended = new std::vector<Runtime*>;
-  all_ended->push_back(ended);
+  static auto* const all_kept = new std::vector<Runtime*>;
+  all_kept->push_back(ended);
 }
 
 bool Runtime::GetConfigOption(const std::string& key, std::string* value) const {
@@ -126,7 +130,7 @@ bool Runtime::IsLoaded(const Component* component) {
   return false;
 }
 
-void Runtime::End() {
+bool Runtime::End() {
   auto ending = Components();
   std::reverse(ending.begin(), ending.end());
   for (const auto& loaded : ending) loaded->finalized = loaded->component->Finalize();
@@ -134,12 +138,14 @@ void Runtime::End() {
     base::AutoLock hold(lock_);
     components_.clear();
   }
+  bool nothing_runs = true;
   for (const auto& loaded : ending) {
     delete loaded->component;
-    if (!loaded->handed_out || !loaded->finalized) {
-      static_cast<void>(loaded->library.release());
-    }
+    if (loaded->handed_out && loaded->finalized) continue;
+    static_cast<void>(loaded->library.release());
+    nothing_runs = false;
   }
+  return nothing_runs;
 }
 
 }  // namespace runtime

@@ -28,9 +28,8 @@ class Runtime {
 
   // Delivers the events that are queued, finalizes the components in reverse order of loading,
   // then destroys them and unmaps their libraries. A library stays mapped when its component never
-  // handed out an interface or its Finalize answered false, since its threads may still run; for
-  // the same reason the configuration's memory stays until the process ends. Does nothing without
-  // a runtime.
+  // handed out an interface or its Finalize answered false, since its threads may still run; the
+  // configuration's memory then stays until the process ends. Does nothing without a runtime.
   static void Destroy();
 
   Runtime(const Runtime&) = delete;
@@ -57,7 +56,8 @@ class Runtime {
 
   std::vector<std::shared_ptr<LoadedComponent>> Components();
   bool IsLoaded(const Component* component);
-  void End();
+  // Whether no component's thread can run any more.
+  bool End();
 
   const Config config_;
   base::Lock lock_;

@@ -1,0 +1,227 @@
+// Every request of the component while the cloud answers badly: cut at every byte in both ways, and
+// with every other fault. QORN_CLOUD_FAULT_STEP=1 takes every byte and status; without it some are
+// left out.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <thread>
+
+#include "base/test_clock.h"
+#include "core_fw/account/src/account_manager_impl.h"
+#include "core_fw/account/src/user_portal_client.h"
+#include "core_fw/account/tests/test_support.h"
+#include "gateway/operations.h"
+#include "gateway/text.h"
+#include "gateway/words.h"
+
+namespace faults {
+namespace {
+
+using devcloud::Fault;
+using Rows = std::vector<std::string>;
+
+// An operation, the request of it that meets the fault, and the code that it then gives.
+struct Case {
+  const char* line;
+  const char* path;
+  int code;
+};
+
+const Case kCases[] = {
+    {"sign-in ann@x $code_ann", "/token", 15},
+    {"create-user tim@x $code_tim", "/token", 15},
+    {"refresh-access-token ann@x", "/token", 19},
+    {"create-user tim@x $code_tim", "/device/adduserdevice", 16},
+    {"remove-user ann@x bob@x", "/device/deleteuserdevice", 16},
+    {"add-friend-request tim@x $friend_auth_code $code_tim m d a", "/token", 15},
+    {"add-friend-request tim@x $friend_auth_code $code_tim m d a", "/device/adduserdevice", 16},
+    {"add-friend-request tim@x $friend_auth_code $code_tim m d a", "/device/getuserdevice", 16},
+    // The worker's two requests: the status stays.
+    {"tick", "/device/getuserdevice", 0},
+    {"tick", "/device/getntsserverinfo", 0},
+};
+
+class CloudFaults : public account::AccountTest {
+ protected:
+  // Every case with the cloud at this URL, cut at every `step`th byte.
+  void Sweep(const std::string& url, std::size_t step);
+
+ private:
+  void Start();
+  void Stop();
+  int Call(const std::string& line);
+  void RegisterBob();
+  // Calls the case's operation with the fault. Whether it gave the case's code and left the store.
+  bool Fails(const Case& test, Fault fault);
+  // The length of the answer: the first cut that is none.
+  std::size_t CutUntilWhole(const Case& test, std::size_t step);
+  void MeetAll(const Case& test, std::size_t length, std::size_t step);
+
+  base::TestClock clock_;
+  std::unique_ptr<account::AccountManagerImpl> service_;
+  gateway::Variables variables_;
+  std::string answer_;  // To the latest request that met a fault.
+  int met_ = 0;
+};
+
+long CountDescriptors() {
+  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+}
+
+// The worker's first try is refused.
+void CloudFaults::Start() {
+  std::filesystem::remove(database_path());
+  Fault refusal;
+  refusal.path = "/device/getuserdevice";
+  cloud_->AddFault(refusal);
+  service_ = std::make_unique<account::AccountManagerImpl>();
+  service_->Init();
+  clock_.WaitForSleepers(1);
+  for (const std::string id : {"ann", "bob"}) {
+    EXPECT_EQ(Call("create " + id + "@x " + cloud_->IssueCode(id + "@x")), 1);
+    variables_.Set(id, *variables_.Find("user_uuid"));
+  }
+  EXPECT_EQ(Call("add-friend-to-db $ann pal@x g d a p"), 1);
+  EXPECT_EQ(Call("add-friend-candidate $ann tim@x " + cloud_->PeerId("AABBCC")), 1);
+}
+
+void CloudFaults::Stop() {
+  service_->Shutdown();
+  log_.Take();
+}
+
+int CloudFaults::Call(const std::string& line) {
+  if (line == "tick") {
+    clock_.Advance(base::TimeDelta::FromSeconds(60));
+    clock_.WaitForSleepers(1);
+    return service_->GetNetworkSettingStatus();
+  }
+  Rows words;
+  std::string error;
+  EXPECT_TRUE(gateway::SplitWords(line, variables_, &words, &error)) << line << error;
+  gateway::Answer answer;
+  const gateway::Operation* const operation = gateway::FindOperation(words.at(0));
+  EXPECT_TRUE(operation->call(*service_, {words.begin() + 1, words.end()}, &answer, &error));
+  for (const auto& output : answer.outputs) {
+    variables_.Set(output.name, gateway::JoinWords(output.values));
+  }
+  return answer.code;
+}
+
+void CloudFaults::RegisterBob() {
+  const std::string guid = cloud_->UserGuid("bob@x");
+  std::string token;
+  service_->GetUserInfoByType(*variables_.Find("bob"), kUserInfoGetAccessToken, &token);
+  account::HttpResult result{};
+  EXPECT_TRUE(account::AddUserToUserPortal(
+      {cloud_->http_url(), "app-id", account::kGatewayAddress}, {"bob@x", guid, token},
+      {"HGW", "QG-1", account::kGatewayAddress}, "ACCOUNT", &result));
+}
+
+bool CloudFaults::Fails(const Case& test, Fault fault) {
+  const auto rows = [this] {
+    return Sql("SELECT * FROM Users UNION ALL SELECT *, 0 FROM Friends");
+  };
+  for (const std::string id : {"ann", "tim"}) {
+    variables_.Set("code_" + id, cloud_->IssueCode(id + "@x"));
+  }
+  // The cloud may have done what its answer did not tell.
+  if (std::string_view(test.line).starts_with("refresh")) Call("sign-in ann@x $code_ann");
+  if (std::string_view(test.line).starts_with("remove")) RegisterBob();
+  const Rows before = rows();
+  fault.path = test.path;
+  cloud_->ClearRequests();
+  cloud_->AddFault(fault);
+  const int code = Call(test.line);
+  answer_.clear();
+  for (const auto& request : cloud_->requests()) {
+    if (!request.fault.empty()) answer_ = request.answer.value_or("");
+  }
+  cloud_->ClearFaults();
+  log_.Take();
+  ++met_;
+  return code == test.code && rows() == before;
+}
+
+std::size_t CloudFaults::CutUntilWhole(const Case& test, std::size_t step) {
+  Fault fault;
+  fault.kind = Fault::Kind::kTruncateAfter;
+  while (Fails(test, fault) && fault.bytes < 10'000) fault.bytes += step;
+  const std::size_t head = answer_.find("\r\n\r\n");
+  const std::size_t length = answer_.find("Content-Length: ");
+  EXPECT_LT(head, answer_.size()) << fault.bytes;
+  EXPECT_LT(length, head) << fault.bytes;
+  EXPECT_EQ(answer_.size() - head - 4, std::stoul(answer_.substr(length + 16))) << fault.bytes;
+  return answer_.size();
+}
+
+void CloudFaults::MeetAll(const Case& test, std::size_t length, std::size_t step) {
+  Fault fault;
+  for (fault.status = 201; fault.status < 600; fault.status += step == 1 ? 1 : 9) {
+    if (fault.status / 100 == 3) continue;
+    EXPECT_TRUE(Fails(test, fault)) << fault.status;
+  }
+  fault.kind = Fault::Kind::kBody;
+  for (const char* body : {"", "{}", "[", "{\"access_token\":1}", "<?xml", "<?xml?><a><b>",
+                           "<?xml?><response><result>failure</result></response>"}) {
+    fault.body = body;
+    EXPECT_TRUE(Fails(test, fault)) << body;
+  }
+  fault.kind = Fault::Kind::kRaw;
+  EXPECT_TRUE(Fails(test, fault));
+  fault.kind = Fault::Kind::kRedirect;
+  fault.location = "/nowhere";
+  fault.status = 0;
+  EXPECT_TRUE(Fails(test, fault));
+  fault.kind = Fault::Kind::kResetAfter;
+  for (fault.bytes = 0; fault.bytes < length; fault.bytes += step) {
+    ASSERT_TRUE(Fails(test, fault)) << "reset after " << fault.bytes;
+  }
+  cloud_->RefuseConnections(true);
+  EXPECT_NE(Call(test.line), 1);
+  cloud_->RefuseConnections(false);
+  fault = {};
+  fault.kind = Fault::Kind::kDrip;
+  EXPECT_FALSE(Fails(test, fault)) << "a slow answer is a good one";
+}
+
+void CloudFaults::Sweep(const std::string& url, std::size_t step) {
+  config_["account_zep_auth_url"] = config_["account_user_portal_url"] = url;
+  config_["account_enable_MIRLO_network_setting"] = "on";
+  cloud_->AddGateway(account::kGatewayAddress);
+  StartRuntime();
+  Start();
+  Stop();
+  const auto descriptors = CountDescriptors();
+  for (const Case& test : kCases) {
+    SCOPED_TRACE(std::string(test.line) + " " + test.path);
+    Start();
+    const std::size_t length = CutUntilWhole(test, step);
+    Stop();
+    Start();
+    MeetAll(test, length, step);
+    Stop();
+  }
+  // The cloud may still be closing its side.
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  while (CountDescriptors() > descriptors && std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::yield();
+  }
+  EXPECT_LE(CountDescriptors(), descriptors);
+  RecordProperty("faults", met_);
+}
+
+std::size_t Step(std::size_t usual) {
+  const char* const step = std::getenv("QORN_CLOUD_FAULT_STEP");
+  return step == nullptr ? usual : std::stoul(step);
+}
+
+TEST_F(CloudFaults, OverHttp) { Sweep(cloud_->http_url(), Step(3)); }
+
+TEST_F(CloudFaults, OverHttps) { Sweep(cloud_->https_url(), Step(60)); }
+
+}  // namespace
+}  // namespace faults

@@ -1,0 +1,109 @@
+// The component's whole life many times in one process, and its end while the cloud is slow.
+// QORN_LIFECYCLE_ROUNDS sets how many times (default 200).
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include "core_fw/account/include/account_manager.h"
+#include "core_fw/account/src/account_records.h"
+#include "core_fw/account/tests/test_support.h"
+#include "runtime/runtime.h"
+#include "tests/program.h"
+
+namespace faults {
+namespace {
+
+const std::string kLibrary = programs::Library("libqorn_account.so");
+
+struct Usage {
+  long descriptors, threads, resident_kib;
+};
+
+long CountEntries(const char* folder) {
+  return std::distance(std::filesystem::directory_iterator(folder), {});
+}
+
+Usage GetUsage() {
+  long total = 0, resident = 0;
+  std::ifstream("/proc/self/statm") >> total >> resident;
+  return {CountEntries("/proc/self/fd"), CountEntries("/proc/self/task"),
+          resident * sysconf(_SC_PAGESIZE) / 1024};
+}
+
+class LifeCycle : public account::AccountTest {
+ protected:
+  void LiveOnce() {
+    StartRuntime();
+    runtime::Runtime* const runtime = runtime::Runtime::GetInstance();
+    std::string error;
+    ASSERT_TRUE(runtime->LoadComponent(kLibrary, &error)) << error;
+    void* found = nullptr;
+    ASSERT_TRUE(runtime->QueryInterface("account_interface", &found));
+    auto* const accounts = static_cast<AccountManager*>(found);
+    std::string uuid, session;
+    accounts->CreateUser("ann@x", cloud_->IssueCode("ann@x"), &uuid);
+    for (const char* user : {"ann@x", "ann@x", "qornsystem"}) {
+      ASSERT_EQ(accounts->SignInAlt(user, account::kSystemAccountPassword, &uuid, &session), 1);
+    }
+    std::string v[9];
+    ASSERT_EQ(accounts->GetUserInformation(uuid, &v[0], &v[1], &v[2], &v[3], &v[4], &v[5], &v[6],
+                                           &v[7], &v[8]),
+              1);
+    ASSERT_EQ(accounts->SignOut(session), 1);
+    runtime::Runtime::Destroy();
+    cloud_->ClearRequests();
+    log_.Take();
+  }
+};
+
+TEST_F(LifeCycle, LeavesNothingBehind) {
+  constexpr int kWarmUp = 100;
+  const char* const wanted = std::getenv("QORN_LIFECYCLE_ROUNDS");
+  const int rounds = wanted == nullptr ? 200 : std::atoi(wanted);
+  Usage start{};
+  for (int round = 0; round < rounds && !HasFailure(); ++round) {
+    if (round == kWarmUp) start = GetUsage();
+    LiveOnce();
+  }
+  const Usage end = GetUsage();
+  std::printf(
+      "%d lives; after %d and at the end: descriptors %ld %ld, threads %ld %ld, resident "
+      "KiB %ld %ld\n",
+      rounds, kWarmUp, start.descriptors, end.descriptors, start.threads, end.threads,
+      start.resident_kib, end.resident_kib);
+  EXPECT_EQ(end.descriptors, start.descriptors);
+  EXPECT_EQ(end.threads, start.threads);
+#ifndef QORN_SANITIZED
+  EXPECT_LE(end.resident_kib, start.resident_kib + 512);
+#endif
+}
+
+TEST_F(LifeCycle, TheGatewayWaitsForTheWorkersRequest) {
+  config_["account_enable_MIRLO_network_setting"] = "on";
+  cloud_->AddGateway(account::kGatewayAddress);
+  StartRuntime();
+  devcloud::Fault stall;
+  stall.kind = devcloud::Fault::Kind::kStall;
+  cloud_->AddFault(stall);
+  programs::TerminalProgram gateway("qorn-gateway --config " + folder_ +
+                                    "/config.xml --component " + kLibrary + " --log " + folder_ +
+                                    "/log");
+  ASSERT_TRUE(cloud_->WaitForRequests(1));
+  gateway.Signal(SIGTERM);
+  ASSERT_TRUE(gateway.WaitFor("qorn-gateway: stopping: waiting for the components to finish\r\n"));
+  cloud_->ClearFaults();
+  EXPECT_EQ(gateway.Finish().status, 0);
+  // The worker went on with the answer.
+  ASSERT_EQ(cloud_->requests().size(), 2u);
+  EXPECT_EQ(cloud_->requests()[1].target, "/device/getntsserverinfo");
+}
+
+}  // namespace
+}  // namespace faults
