@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -39,6 +40,11 @@ Usage GetUsage() {
 
 class LifeCycle : public account::AccountTest {
  protected:
+  LifeCycle() {
+    config_["account_enable_MIRLO_network_setting"] = "on";
+    cloud_->AddGateway(account::kGatewayAddress);
+  }
+
   void LiveOnce() {
     StartRuntime();
     runtime::Runtime* const runtime = runtime::Runtime::GetInstance();
@@ -48,7 +54,10 @@ class LifeCycle : public account::AccountTest {
     ASSERT_TRUE(runtime->QueryInterface("account_interface", &found));
     auto* const accounts = static_cast<AccountManager*>(found);
     std::string uuid, session;
-    accounts->CreateUser("ann@x", cloud_->IssueCode("ann@x"), &uuid);
+    // Once: the cloud, which is in this process too, never forgets a token.
+    if (accounts->GetUserUUIDFromUserID("ann@x", &uuid) != 1) {
+      ASSERT_EQ(accounts->CreateUser("ann@x", cloud_->IssueCode("ann@x"), &uuid), 1);
+    }
     for (const char* user : {"ann@x", "ann@x", "qornsystem"}) {
       ASSERT_EQ(accounts->SignInAlt(user, account::kSystemAccountPassword, &uuid, &session), 1);
     }
@@ -72,13 +81,19 @@ TEST_F(LifeCycle, LeavesNothingBehind) {
     if (round == kWarmUp) start = GetUsage();
     LiveOnce();
   }
-  const Usage end = GetUsage();
+  // The cloud may still be closing its side of a connection.
+  Usage end = GetUsage();
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  while (end.descriptors > start.descriptors && std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::yield();
+    end = GetUsage();
+  }
   std::printf(
       "%d lives; after %d and at the end: descriptors %ld %ld, threads %ld %ld, resident "
       "KiB %ld %ld\n",
       rounds, kWarmUp, start.descriptors, end.descriptors, start.threads, end.threads,
       start.resident_kib, end.resident_kib);
-  EXPECT_EQ(end.descriptors, start.descriptors);
+  EXPECT_LE(end.descriptors, start.descriptors);
   EXPECT_EQ(end.threads, start.threads);
 #ifndef QORN_SANITIZED
   EXPECT_LE(end.resident_kib, start.resident_kib + 512);
@@ -86,8 +101,6 @@ TEST_F(LifeCycle, LeavesNothingBehind) {
 }
 
 TEST_F(LifeCycle, TheGatewayWaitsForTheWorkersRequest) {
-  config_["account_enable_MIRLO_network_setting"] = "on";
-  cloud_->AddGateway(account::kGatewayAddress);
   StartRuntime();
   devcloud::Fault stall;
   stall.kind = devcloud::Fault::Kind::kStall;

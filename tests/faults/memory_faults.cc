@@ -1,15 +1,19 @@
 #include "tests/faults/memory_faults.h"
 
+#include <curl/curl.h>
 #include <dlfcn.h>
 #include <malloc.h>
 #include <pthread.h>
+#include <sqlite3.h>
 
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <iterator>
 #include <mutex>
+#include <new>
 
 // The C library's own.
 extern "C" {
@@ -67,7 +71,7 @@ struct Start {
 
 void* RunStarted(void* data) {
   const Start start = *static_cast<Start*>(data);
-  __libc_free(data);
+  free(data);
   t_side = Side::kStarted;
   return start.run(start.argument);
 }
@@ -94,8 +98,51 @@ MemoryIsBack::~MemoryIsBack() { t_side = before_; }
 
 }  // namespace faults
 
+#ifdef QORN_SANITIZED
+
+// A sanitizer keeps malloc for itself and finds itself what is held: C++, SQLite and libcurl alone
+// go through here.
+namespace faults {
+namespace {
+
+void* Allocate(size_t size) { return Fails() ? nullptr : malloc(size); }
+void* Clear(size_t count, size_t size) { return Fails() ? nullptr : calloc(count, size); }
+void* Resize(void* memory, size_t size) { return Fails() ? nullptr : realloc(memory, size); }
+char* Copy(const char* text) { return Fails() ? nullptr : strdup(text); }
+
+const int g_sqlite = [] {
+  static const sqlite3_mem_methods kMethods = {
+      [](int size) { return Allocate(static_cast<size_t>(size)); },
+      free,
+      [](void* memory, int size) { return Resize(memory, static_cast<size_t>(size)); },
+      [](void* memory) { return static_cast<int>(malloc_usable_size(memory)); },
+      [](int size) { return (size + 7) & ~7; },
+      [](void*) { return SQLITE_OK; },
+      [](void*) {},
+      nullptr};
+  return sqlite3_config(SQLITE_CONFIG_MALLOC, &kMethods);
+}();
+const CURLcode g_curl =
+    curl_global_init_mem(CURL_GLOBAL_DEFAULT, Allocate, free, Resize, Copy, Clear);
+
+}  // namespace
+}  // namespace faults
+
+void* operator new(size_t size) {
+  void* const memory = faults::Allocate(size == 0 ? 1 : size);
+  return memory != nullptr ? memory : throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept { free(memory); }
+void operator delete(void* memory, size_t /*size*/) noexcept { free(memory); }
+
+// It loses the element that it reads when memory ends.
+extern "C" const char* __lsan_default_suppressions() { return "leak:TiXmlNode::Identify\n"; }
+
+#endif
+
 extern "C" {
 
+#ifndef QORN_SANITIZED
 void* malloc(size_t size) {
   return faults::Fails() ? faults::Refuse() : faults::Hold(__libc_malloc(size));
 }
@@ -114,6 +161,7 @@ void free(void* memory) {
   faults::LetGo(memory);
   __libc_free(memory);
 }
+#endif
 
 int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*run)(void*),
                    void* argument) {
@@ -123,7 +171,7 @@ int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*
   if (faults::t_side == faults::Side::kNone) return real(thread, attributes, run, argument);
   // The C library keeps what it takes for a thread and gives it to the next one.
   const faults::MemoryIsBack back;
-  auto* const start = static_cast<faults::Start*>(__libc_malloc(sizeof(faults::Start)));
+  auto* const start = static_cast<faults::Start*>(malloc(sizeof(faults::Start)));
   *start = {run, argument};
   return real(thread, attributes, &faults::RunStarted, start);
 }
