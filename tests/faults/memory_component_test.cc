@@ -21,6 +21,9 @@ const std::string kName = "account_interface";
 class ComponentMemory : public account::AccountTest {
  protected:
   ComponentMemory() {
+    // The worker's first request fails at once.
+    config_["account_enable_MIRLO_network_setting"] = "on";
+    cloud_->RefuseConnections(true);
     StartRuntime();
     logging::SetLogMessageHandler(
         [](int, const char*, int, size_t, const std::string&) { return true; });
