@@ -31,8 +31,6 @@ std::atomic<Side> g_side{Side::kNone};
 std::atomic<int> g_left{0};
 std::atomic<bool> g_lasting{false};
 
-std::mutex g_mutex;
-void* g_held[1 << 16];
 std::atomic<int> g_held_count{0};
 
 bool IsWatched() { return t_side != Side::kNone && t_side == g_side; }
@@ -41,27 +39,6 @@ bool Fails() {
   if (!IsWatched()) return false;
   const int left = --g_left;
   return left == 0 || (left < 0 && g_lasting);
-}
-
-void* Hold(void* memory) {
-  if (memory == nullptr || !IsWatched()) return memory;
-  const std::lock_guard<std::mutex> guard(g_mutex);
-  if (g_held_count == std::ssize(g_held)) std::abort();
-  g_held[g_held_count++] = memory;
-  return memory;
-}
-
-void LetGo(void* memory) {
-  if (g_held_count == 0) return;
-  const std::lock_guard<std::mutex> guard(g_mutex);
-  void** const end = g_held + g_held_count;
-  void** const found = std::find(g_held, end, memory);
-  if (found != end) *found = g_held[--g_held_count];
-}
-
-void* Refuse() {
-  errno = ENOMEM;
-  return nullptr;
 }
 
 struct Start {
@@ -98,7 +75,61 @@ MemoryIsBack::~MemoryIsBack() { t_side = before_; }
 
 }  // namespace faults
 
-#ifdef QORN_SANITIZED
+#ifndef QORN_SANITIZED
+
+namespace faults {
+namespace {
+
+std::mutex g_mutex;
+void* g_held[1 << 16];
+void* Hold(void* memory) {
+  if (memory == nullptr || !IsWatched()) return memory;
+  const std::lock_guard<std::mutex> guard(g_mutex);
+  if (g_held_count == std::ssize(g_held)) std::abort();
+  g_held[g_held_count++] = memory;
+  return memory;
+}
+
+void LetGo(void* memory) {
+  if (g_held_count == 0) return;
+  const std::lock_guard<std::mutex> guard(g_mutex);
+  void** const end = g_held + g_held_count;
+  void** const found = std::find(g_held, end, memory);
+  if (found != end) *found = g_held[--g_held_count];
+}
+
+void* Refuse() {
+  errno = ENOMEM;
+  return nullptr;
+}
+
+}  // namespace
+}  // namespace faults
+
+extern "C" {
+
+void* malloc(size_t size) {
+  return faults::Fails() ? faults::Refuse() : faults::Hold(__libc_malloc(size));
+}
+
+void* calloc(size_t count, size_t size) {
+  return faults::Fails() ? faults::Refuse() : faults::Hold(__libc_calloc(count, size));
+}
+
+void* realloc(void* memory, size_t size) {
+  if (size != 0 && faults::Fails()) return faults::Refuse();
+  faults::LetGo(memory);
+  return faults::Hold(__libc_realloc(memory, size));
+}
+
+void free(void* memory) {
+  faults::LetGo(memory);
+  __libc_free(memory);
+}
+
+}  // extern "C"
+
+#else
 
 // A sanitizer keeps malloc for itself and finds itself what is held: C++, SQLite and libcurl alone
 // go through here.
@@ -140,31 +171,8 @@ extern "C" const char* __lsan_default_suppressions() { return "leak:TiXmlNode::I
 
 #endif
 
-extern "C" {
-
-#ifndef QORN_SANITIZED
-void* malloc(size_t size) {
-  return faults::Fails() ? faults::Refuse() : faults::Hold(__libc_malloc(size));
-}
-
-void* calloc(size_t count, size_t size) {
-  return faults::Fails() ? faults::Refuse() : faults::Hold(__libc_calloc(count, size));
-}
-
-void* realloc(void* memory, size_t size) {
-  if (size != 0 && faults::Fails()) return faults::Refuse();
-  faults::LetGo(memory);
-  return faults::Hold(__libc_realloc(memory, size));
-}
-
-void free(void* memory) {
-  faults::LetGo(memory);
-  __libc_free(memory);
-}
-#endif
-
-int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*run)(void*),
-                   void* argument) {
+extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
+                              void* (*run)(void*), void* argument) {
   using Create = int (*)(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
   static const auto real = reinterpret_cast<Create>(dlsym(RTLD_NEXT, "pthread_create"));
   if (faults::Fails()) return EAGAIN;
@@ -175,5 +183,3 @@ int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*
   *start = {run, argument};
   return real(thread, attributes, &faults::RunStarted, start);
 }
-
-}  // extern "C"
