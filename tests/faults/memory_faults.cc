@@ -167,7 +167,7 @@ void operator delete(void* memory) noexcept { free(memory); }
 void operator delete(void* memory, size_t /*size*/) noexcept { free(memory); }
 
 // It loses the element that it reads when memory ends.
-extern "C" const char* __lsan_default_suppressions() { return "leak:TiXmlNode::Identify\n"; }
+extern "C" const char* __lsan_default_suppressions() { return "leak:libtinyxml\n"; }
 
 #endif
 
