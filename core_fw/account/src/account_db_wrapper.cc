@@ -1,6 +1,6 @@
 #include "core_fw/account/src/account_db_wrapper.h"
 
-#include <new>
+#include <stdexcept>
 
 #include "base/location.h"
 #include "base/path_service.h"
@@ -162,8 +162,8 @@ AccountResult AccountDBWrapper::Prepare(const char* function, const char* sql, V
   }
   int column = 0;
   for (const std::string* value : values) {
-    // Unbound it would be written as NULL, and match nothing.
-    if (!statement->BindString(column++, *value)) throw std::bad_alloc();
+    // Too long for the database it would be written as NULL, and match nothing.
+    if (!statement->BindString(column++, *value)) throw std::length_error(function);
   }
   return kAccountSuccess;
 }
