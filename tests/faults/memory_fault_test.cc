@@ -38,8 +38,6 @@ class MemoryFaults : public account::AccountTest {
  private:
   // No operation gives it: memory ended around the operation, not in it.
   static constexpr int kUnknown = -1;
-  // The XML library loses the element that it reads when memory ends, with all that is in it.
-  static constexpr int kLostByXml = 7;
   // The least number of faults that take an operation's last line along.
   static constexpr int kAllocationsOfALine = 5;
   struct Left {
