@@ -60,10 +60,14 @@ CURLcode SetOptions(CURL* handle, const std::string& url, const HeaderList& head
   if (url.find("https") != std::string::npos) {
     curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, 0L);
     curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, 0L);
+    // A handle serves one request and has no use for a cache of TLS sessions. When memory ends
+    // while libcurl keeps one, it frees the session's names twice.
+    curl_easy_setopt(handle, CURLOPT_SSL_SESSIONID_CACHE, 0L);
   }
   if (post == 0) return CURLE_OK;
+  const CURLcode post_code = curl_easy_setopt(handle, CURLOPT_CUSTOMREQUEST, "POST");
   curl_easy_setopt(handle, CURLOPT_POSTFIELDS, body.c_str());
-  return curl_easy_setopt(handle, CURLOPT_CUSTOMREQUEST, "POST");
+  return post_code;
 }
 
 HttpResult Classify(long status) {
