@@ -110,6 +110,7 @@ void ScenarioRunner::AddLife() {
     auto done = std::async(std::launch::async, [this, step] { RunLine(step); });
     for (int i = std::stoi(w[0]); i > 0; --i) {
       clock_.WaitForSleepers(sleepers);
+      if (--pauses_locked_ == 0) lock_.reset();
       clock_.Advance(base::TimeDelta::FromMilliseconds(500));
     }
     done.get();
@@ -198,7 +199,8 @@ void ScenarioRunner::AddTrouble() {
   });
   Step("lock", 1, [this](W w) {
     lock_.reset();
-    if (!OnOrOff(w[0])) return;
+    pauses_locked_ = std::atoi(w[0].c_str());
+    if (pauses_locked_ == 0 && !OnOrOff(w[0])) return;
     sqlite3* database = nullptr;
     sqlite3_open(database_path().c_str(), &database);
     lock_.reset(database);

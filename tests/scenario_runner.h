@@ -107,6 +107,7 @@ class ScenarioRunner : public account::AccountTest {
   bool running_ = false;
   bool flag_ = false;  // What the flag of a sign-in holds before the call.
   std::unique_ptr<sqlite3, int (*)(sqlite3*)> lock_{nullptr, sqlite3_close};
+  int pauses_locked_ = 0;  // The lock is let go when it comes to 0.
   gateway::Variables variables_;
 
   // What the latest step left.

@@ -29,7 +29,7 @@ bool Meets(FileCall call) {
   g_calls_left = g_fault.lasting ? 1 : 0;
   g_reached = true;
   g_shorten = g_fault.kind == FaultKind::kShortened;
-  if (g_fault.kind == FaultKind::kDelayed) g_delay();
+  if (g_fault.kind == FaultKind::kDelayed || g_fault.kind == FaultKind::kBusy) g_delay();
   return g_fault.kind != FaultKind::kShortened && g_fault.kind != FaultKind::kDelayed;
 }
 

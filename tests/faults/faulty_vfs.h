@@ -36,7 +36,7 @@ class FaultyVfs {
   ~FaultyVfs();
 
   // From now on the `nth` such call, counted from 1, has the fault. `delay` runs on the thread of a
-  // call that comes later.
+  // call that comes later or finds a lock taken.
   void Set(const FileFault& fault, int nth, std::function<void()> delay);
   // Ends the fault; whether a call had it.
   bool Clear();

@@ -62,7 +62,9 @@ class StoreFaults : public account::AccountTest {
   };
 
   gateway::Answer Call(const std::string& line);
-  // Makes the operation's run, or leaves it out, on a fresh database. False when no call was met.
+  // Starts the service anew under the fault. The code is that of the next call without it.
+  gateway::Answer Start(const FileFault& fault, int nth, bool* met);
+  // Runs the operation, or leaves it out, on a fresh database. False when no call had the fault.
   bool Run(bool leave_out, const FileFault& fault, int nth, Left* left);
   void CallOn();
   void Judge(const Left& left, const Left& before, const Left& after);
@@ -109,6 +111,20 @@ gateway::Answer StoreFaults::Call(const std::string& line) {
   return answer;
 }
 
+gateway::Answer StoreFaults::Start(const FileFault& fault, int nth, bool* met) {
+  service_->Shutdown();
+  if (operation_.leaves == "new") std::filesystem::remove(database_path());
+  vfs_.Set(fault, nth, [] {});
+  service_->Init();
+  *met = vfs_.Clear();
+  const gateway::Answer answer = Call("uuid bob@x");
+  EXPECT_EQ(answer.code == 3, testing::Value(log_.Take(), testing::Contains(testing::HasSubstr(
+                                                              "#CheckAndCreateTable#  Fail to"))));
+  service_->Shutdown();
+  service_->Init();
+  return answer;
+}
+
 bool StoreFaults::Run(bool leave_out, const FileFault& fault, int nth, Left* left) {
   std::filesystem::copy_file(baseline_, database_path(),
                              std::filesystem::copy_options::overwrite_existing);
@@ -123,9 +139,15 @@ bool StoreFaults::Run(bool leave_out, const FileFault& fault, int nth, Left* lef
   // Another process changed the schema: it has to be read again.
   if (fault.lasting) Sql("CREATE INDEX i ON Users(userId); DROP INDEX i");
   log_.Take();
-  vfs_.Set(fault, nth, [this] { UseSystemAccount(); });
-  const gateway::Answer answer = leave_out ? gateway::Answer() : Call(operation_.line);
-  const bool met = vfs_.Clear();
+  bool met = false;
+  gateway::Answer answer;
+  if (operation_.line == "start") {
+    answer = Start(fault, nth, &met);
+  } else if (!leave_out) {
+    vfs_.Set(fault, nth, [this] { UseSystemAccount(); });
+    answer = Call(operation_.line);
+    met = vfs_.Clear();
+  }
   left->code = answer.code;
   left->outputs.clear();
   for (const auto& output : answer.outputs) left->outputs += gateway::JoinWords(output.values);
