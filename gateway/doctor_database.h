@@ -29,6 +29,10 @@ struct Stored {
 // kept, no journal, no roll-back. A database that is locked is waited for, for two seconds.
 Findings ExamineDatabase(const Config& config, Stored* stored);
 
+// Examines folder and file in the same way, and of the content what can be seen at once: a large
+// database is not read whole, a locked one is not waited for.
+Findings GlanceAtDatabase(const std::string& path);
+
 }  // namespace gateway
 
 #endif  // QORN_GATEWAY_DOCTOR_DATABASE_H_

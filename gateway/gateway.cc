@@ -174,6 +174,7 @@ int Program::Run() {
     printer_.Error(error);
     return kExitCannotStart;
   }
+  for (const std::string& fault : host->storage_faults()) printer_.Error(fault);
   Notify("READY=1");
   const int status = RunConsole(*host, std::move(input));
   Activity::Scope scope(activity_, "the components to finish");

@@ -1,6 +1,7 @@
 #include "gateway/host.h"
 
 #include "gateway/database_path.h"
+#include "gateway/storage_check.h"
 #include "runtime/runtime.h"
 
 namespace gateway {
@@ -11,6 +12,7 @@ std::unique_ptr<Host> Host::Start(const std::string& config_file,
   if (runtime == nullptr) return nullptr;
   std::unique_ptr<Host> host(new Host());
   if (!host->lock_.Take(host->DatabasePath(), error)) return nullptr;
+  host->storage_faults_ = FindStorageFaults(host->DatabasePath());
   for (const std::string& component : components) {
     if (!runtime->LoadComponent(component, error)) return nullptr;
   }

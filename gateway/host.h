@@ -27,6 +27,10 @@ class Host {
   // Valid while the host lives; the caller has left all operations before it is destroyed.
   AccountManager* accounts() const { return accounts_; }
 
+  // What was wrong with the database when the host started, a line each; the host runs all the
+  // same.
+  const std::vector<std::string>& storage_faults() const { return storage_faults_; }
+
   // "" for a key that is absent.
   std::string ConfigOption(const std::string& key) const;
 
@@ -38,6 +42,7 @@ class Host {
   Host() = default;
 
   StorageLock lock_;
+  std::vector<std::string> storage_faults_;
   AccountManager* accounts_ = nullptr;
 };
 

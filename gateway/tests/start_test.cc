@@ -68,6 +68,35 @@ TEST(Start, NamesWhatIsWrongInOneLineAndExitsWith2) {
   }
 }
 
+TEST(Start, SaysWhatIsWrongWithTheDatabaseAndRuns) {
+  const TestFolder folder;
+  folder.Write("text", "no database, and longer than a header: " + std::string(100, 'x'));
+  folder.Write("empty", "");
+  std::filesystem::create_directory(folder.Path("folder"));
+  // Folder, file, and what the one line begins with.
+  const std::vector<std::string> cases[] = {
+      {folder.Path(""), "none", ""},
+      {folder.Path(""), "empty", ""},
+      {folder.Path("nowhere/"), "a",
+       "database.folder " + folder.Path("nowhere") + ": is not there"},
+      {folder.Path("text/"), "a", "database.folder " + folder.Path("text") + ": is not a folder"},
+      {folder.Path(""), "folder", "database.file " + folder.Path("folder") + ": is not a file"},
+      {folder.Path(""), "text", "database.integrity " + folder.Path("text") + ": cannot be read"}};
+  for (const auto& c : cases) {
+    const std::string config =
+        folder.Write("config.xml", "<config><qorn_storage_path>" + c[0] +
+                                       "</qorn_storage_path><account_db_path>" + c[1] +
+                                       "</account_db_path></config>");
+    const Ended ended = RunGateway("--config " + config + " --log " + folder.Path("log") +
+                                   " --component " + Library("libqorn_gateway_fake_component.so"));
+    EXPECT_EQ(ended.status, 0);
+    const std::string line = c[2].empty() ? "" : "qorn-gateway: " + c[2];
+    EXPECT_EQ(ended.errors.substr(0, line.size()), line);
+    EXPECT_EQ(std::count(ended.errors.begin(), ended.errors.end(), '\n'), line.empty() ? 0 : 1)
+        << ended.errors;
+  }
+}
+
 TEST(Start, ReadsTheShippedConfigurationAndAppendsToALogThatNobodyElseReads) {
   const TestFolder folder;
   const std::string log = folder.Path("log");
