@@ -128,28 +128,18 @@ void ReplaceSystemCalls(sqlite3_vfs* vfs, bool replace) {
 
 }  // namespace
 
-std::string FileFault::Name() const {
-  static constexpr const char* kCalls[] = {"open", "read", "write",  "sync",
-                                           "cut",  "lock", "delete", "access"};
-  static constexpr const char* kKinds[] = {"fails", "full", "busy", "shortened", "delayed"};
-  return std::string(kCalls[static_cast<int>(call)]) + " " + kKinds[static_cast<int>(kind)] +
-         (lasting ? " from" : " at");
-}
-
 std::vector<FileFault> AllFileFaults() {
-  std::vector<FileFault> all;
-  for (int i = 0; i <= static_cast<int>(FileCall::kAccess); ++i) {
-    for (const FaultKind kind : {FaultKind::kFails, FaultKind::kFull, FaultKind::kBusy,
-                                 FaultKind::kShortened, FaultKind::kDelayed}) {
-      const auto call = static_cast<FileCall>(i);
-      if (kind == FaultKind::kFull && call != FileCall::kWrite) continue;
-      if (kind == FaultKind::kBusy && call != FileCall::kLock) continue;
-      if (kind == FaultKind::kShortened && call != FileCall::kRead && call != FileCall::kWrite) {
-        continue;
-      }
-      all.push_back({call, kind, false});
-      if (kind != FaultKind::kDelayed) all.push_back({call, kind, true});
-    }
+  using C = FileCall;
+  std::vector<FileFault> all = {
+      {C::kRead, FaultKind::kShortened, false},  {C::kRead, FaultKind::kShortened, true},
+      {C::kWrite, FaultKind::kShortened, false}, {C::kWrite, FaultKind::kShortened, true},
+      {C::kWrite, FaultKind::kFull, false},      {C::kWrite, FaultKind::kFull, true},
+      {C::kLock, FaultKind::kBusy, false},       {C::kLock, FaultKind::kBusy, true}};
+  for (const FileCall call :
+       {C::kOpen, C::kRead, C::kWrite, C::kSync, C::kTruncate, C::kLock, C::kDelete, C::kAccess}) {
+    all.push_back({call, FaultKind::kFails, false});
+    all.push_back({call, FaultKind::kFails, true});
+    all.push_back({call, FaultKind::kDelayed, false});
   }
   return all;
 }

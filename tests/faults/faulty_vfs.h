@@ -5,7 +5,6 @@
 #include <sqlite3.h>
 
 #include <functional>
-#include <string>
 #include <vector>
 
 namespace faults {
@@ -21,8 +20,6 @@ struct FileFault {
   FileCall call;
   FaultKind kind;
   bool lasting;  // each later call of the sort has it too
-
-  std::string Name() const;
 };
 
 // Each kind of each call that it makes sense for, once and lasting.

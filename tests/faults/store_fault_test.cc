@@ -231,7 +231,9 @@ void StoreFaults::TestBody() {
   int met = 0;
   for (const FileFault& fault : AllFileFaults()) {
     for (int nth = 1; !HasFailure(); ++nth, ++met) {
-      SCOPED_TRACE(fault.Name() + " " + std::to_string(nth));
+      SCOPED_TRACE(testing::Message()
+                   << "call " << static_cast<int>(fault.call) << ", kind "
+                   << static_cast<int>(fault.kind) << (fault.lasting ? ", from " : ", at ") << nth);
       if (!Run(false, fault, nth, &left)) break;
       Judge(left, before, after);
     }
