@@ -182,6 +182,8 @@ void StoreFaults::CallOn() {
 void StoreFaults::UseSystemAccount() {
   std::async(std::launch::async, [this] {
     std::string text, session;
+    int lifetime = 0;
+    EXPECT_EQ(service_->GetSessionLifetime(&lifetime), 1);
     EXPECT_EQ(service_->SignInAlt("qornsystem", account::kSystemAccountPassword, &text, &session),
               1);
     EXPECT_EQ(service_->CheckSessionValidation(session), 1);
