@@ -1,0 +1,246 @@
+"""Kills a gateway at random moments: death_test.py COUNT API-URL FOLDER SEED GATEWAY-COMMAND...
+
+FOLDER is the gateway's storage folder. After each death a copy of the database must be whole, hold
+every change that the gateway had answered, and of the command that was running a whole number of its
+statements, in their order. The gateway that starts next must read the same and work on. Ends with
+status 1 at the first moment where one of these does not hold.
+"""
+
+import base64
+import collections
+import json
+import os
+import random
+import re
+import shutil
+import sqlite3
+import subprocess
+import sys
+import threading
+import time
+import urllib.request
+
+COUNT, API, FOLDER, SEED, *COMMAND = sys.argv[1:]
+CLOUD_COMMANDS = ("create-user", "refresh-access-token", "sign-in", "remove-user")
+ACCOUNTS = [f"user{number}" for number in range(6)]
+chance = random.Random(int(SEED))
+tallies = collections.defaultdict(collections.Counter)
+open_url = urllib.request.build_opener(urllib.request.ProxyHandler({})).open
+
+
+def ask_cloud(path, body=None, method=None):
+    data = None if body is None else json.dumps(body).encode()
+    with open_url(urllib.request.Request(API + path, data, method=method)) as answer:
+        return json.load(answer)
+
+
+def get_code(account):
+    return ask_cloud("/api/codes", {"user": account + "@x"})["code"]
+
+
+class Gateway:
+    """A gateway that dies some time after arm(); ask() gives None once it is dead."""
+
+    def __init__(self):
+        self.process = subprocess.Popen(COMMAND + ["--json", "--keep-going"], stdin=subprocess.PIPE,
+                                        stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        self.timer = None
+
+    def arm(self, most_seconds):
+        if self.timer is None:
+            self.timer = threading.Timer(chance.uniform(0, most_seconds), self.process.kill)
+            self.timer.start()
+
+    def ask(self, words):
+        try:
+            os.write(self.process.stdin.fileno(), (" ".join(words) + "\n").encode())
+        except BrokenPipeError:
+            return None
+        for line in self.process.stdout:
+            answer = json.loads(line) if line.endswith(b"\n") else {}
+            if answer.get("type") == "answer":
+                return answer
+        return None
+
+    def bury(self):
+        self.timer.join()
+        status = self.process.wait()
+        self.process.stdin.close()
+        self.process.stdout.close()
+        assert status == -9, f"the gateway ended by itself with status {status}"
+
+
+class State:
+    """What the tables should hold. Users by their account: [UUID, ID, name, refresh token]; friends by
+    UUID: the rest of the row. A UUID that the gateway has not answered yet is "?"; a token that it got
+    in this life is ("code", CODE) or ("refresh", EARLIER TOKEN)."""
+
+    def __init__(self, users=(), friends=(), interrupted=()):
+        self.users = {row[1].split("@")[0]: list(row) for row in users}
+        self.friends = {row[0]: row[1:] for row in friends}
+        self.interrupted = set(interrupted)  # accounts of which a command was interrupted
+
+    def account_of(self, words):
+        if words[0] == "create-user":
+            return words[1].split("@")[0]
+        return next((user for user, row in self.users.items() if words[1:] and words[1] in row[:2]), None)
+
+    def statements(self, words, outputs):
+        """The changes that the command makes to the tables, one for each statement."""
+        name, user = words[0], self.account_of(words)
+        friends = [uuid for uuid, row in self.friends.items() if user and row[0] == self.users.get(user, [0])[0]]
+
+        def change(column, value):
+            return [lambda: self.users[user].__setitem__(column, value(self.users[user][column]))]
+
+        def drop(uuids):
+            return [lambda uuid=uuid: self.friends.pop(uuid) for uuid in uuids]
+
+        if name == "create-user" and user not in self.users:
+            row = [outputs.get("user_uuid", "?"), words[1], user, ("code", words[2])]
+            return [lambda: self.users.update({user: row})]
+        if name == "sign-in":
+            return change(3, lambda old: ("code", words[2]))
+        if name == "refresh-access-token":
+            return change(3, lambda old: ("refresh", old))
+        if name == "set-user-info-by-type":
+            return change(1 if words[2] == "200" else 2, lambda old: words[3])
+        if name == "add-friend-to-db":
+            row = (words[1], words[2], words[2].split("@")[0], *words[3:])
+            return [lambda: self.friends.update({outputs.get("friend_uuid", "?"): row})]
+        if name == "remove-friend-from-db":
+            return drop(uuid for uuid in friends if self.friends[uuid][1] == words[2])
+        if name == "remove-user":
+            return [lambda: self.users.pop(user)] + drop(friends)
+        return [self.users.clear, self.friends.clear] if name == "do-factory-reset" else []
+
+    def tables(self, tokens):
+        def find(token):
+            return token if isinstance(token, str) else tokens.get(find(token[1]), "none")
+
+        users = {(*row[:3], find(row[3])) for row in self.users.values()}
+        return users, {(uuid, *row) for uuid, row in self.friends.items()}
+
+    def choose_command(self):
+        user = chance.choice(ACCOUNTS)
+        if user not in self.users:
+            return ["create-user", user + "@x", get_code(user)]
+        uuid, user_id = self.users[user][:2]
+        friends = [row[1] for row in self.friends.values() if row[0] == uuid] or ["none"]
+        name = f"Name{chance.randrange(10**6)}" * chance.choice((1, 900))  # one page, several pages
+        friend = [f"f{chance.randrange(10**9)}@y", "guid", "device", "address", "peer"]
+        commands = {("set-user-info-by-type", uuid, "200", f"{user}@{chance.choice('xyz')}"): 2,
+                    ("set-user-info-by-type", uuid, "201", name): 2, ("refresh-access-token", user_id): 3,
+                    ("add-friend-to-db", uuid, *friend): 14, ("remove-user", user_id, user_id): 2,
+                    ("remove-friend-from-db", uuid, chance.choice(friends), "peer"): 2 * (friends != ["none"]),
+                    ("do-factory-reset",): 1}
+        return list(chance.choices(list(commands), list(commands.values()))[0])
+
+
+def work(gateway, state, todo):
+    """Gives commands until the gateway is dead; gives back the one that was not answered."""
+    if chance.random() < 0.1:
+        gateway.arm(0.06)  # while it starts
+    known = gateway.ask(["get-all-users-uuid"])
+    if known is None:
+        return ["start"]
+    assert set(known["outputs"]["user_uuids"]) == {row[0] for row in state.users.values()} | {"qornsystem"}, known
+    for patience in range(chance.randrange(12), -1000, -1):
+        words = todo.pop(0) if todo else state.choose_command()
+        several = words[0] in ("remove-user", "do-factory-reset")
+        if patience < 0 or several:
+            gateway.arm(0.05 if several else 0.006)
+        user = state.account_of(words)
+        answer = gateway.ask(words)
+        if answer is None:
+            return words
+        if answer["code"] == 1:
+            for change in state.statements(words, answer["outputs"]):
+                change()
+            tallies["answered changes"][words[0]] += 1
+        if user in state.interrupted and words[0] in CLOUD_COMMANDS:
+            tallies["users of an interrupted command, later"][f"{words[0]}: {answer['code']}"] += 1
+            if (words[0], answer["code"]) == ("refresh-access-token", 19):  # The cloud has given a new one.
+                todo = [["sign-in", words[1], get_code(user)]]
+            elif (words[0], answer["code"]) == ("remove-user", 16):  # The cloud's registration is gone.
+                todo = [["create-user", words[1], get_code(user)], words]
+            elif (words[0], answer["code"]) == ("create-user", 1):
+                state.interrupted.remove(user)
+        else:
+            assert answer["code"] == 1, f"{words} answered {answer}"
+
+
+def copy_and_look():
+    """Users and friends in a copy of the database, which must be whole and have no empty column."""
+    copied, original = FOLDER.rstrip("/") + "-copy.db", os.path.join(FOLDER, "account.db")
+    for ending in ("", "-journal"):
+        open(copied + ending, "wb").close()
+        if os.path.exists(original + ending):
+            shutil.copy(original + ending, copied + ending)
+    tallies["deaths"]["with a journal to roll back"] += os.path.getsize(copied + "-journal") > 0
+    database = sqlite3.connect(copied, timeout=0)
+    assert database.execute("PRAGMA integrity_check").fetchall() == [("ok",)]
+    made = {name for name, in database.execute("SELECT name FROM sqlite_master WHERE type='table'")}
+    users, friends = (database.execute(f"SELECT * FROM {table}").fetchall() if table in made else []
+                      for table in ("Users", "Friends"))
+    database.close()
+    assert all(all(row) for row in users + friends), "an empty column"
+    return [(*row[:3], row[5]) for row in users], friends
+
+
+def tokens_so_far():
+    """The refresh tokens that the cloud gave, by the code or the refresh token that was sent."""
+    tokens = {}
+    for request in ask_cloud("/api/requests"):
+        asked = re.search(r"\b(?:code|refresh_token)=([^&]+)", request["body"])
+        given = re.search(rb'"refresh_token":\s*"([^"]+)', base64.b64decode(request["answer_base64"] or ""))
+        if request["target"] == "/token" and given:
+            tokens[asked[1]] = given[1].decode()
+    return tokens
+
+
+def compare(state, statements, tables, tokens):
+    """How much of the command is in the tables; the state goes along."""
+    known = {row[0] for row in state.users.values()} | set(state.friends)
+    found = tuple({(row[0] if row[0] in known else "?", *row[1:]) for row in rows} for rows in tables)
+    for done in range(len(statements) + 1):
+        if found == state.tables(tokens):
+            return "all" if done == len(statements) else ("none", "the first")[done] if done < 2 else "several"
+        if done < len(statements):
+            statements[done]()
+    raise AssertionError(f"lost or half done\nfound {found}\nexpected at most {state.tables(tokens)}")
+
+
+def die_once(state, todo):
+    if chance.random() < 0.05:  # A new folder: the tables are made again.
+        shutil.rmtree(FOLDER)
+        os.mkdir(FOLDER)
+        state, todo = State(), []
+    ask_cloud("/api/requests", method="DELETE")
+    gateway = Gateway()
+    words = work(gateway, state, todo)
+    gateway.bury()
+    tables = copy_and_look()
+    user = state.account_of(words)
+    done = compare(state, state.statements(words, {}), tables, tokens_so_far())
+    tallies["statements of the running command that were done"][f"{words[0]}: {done}"] += 1
+    orphans = {row[1] for row in tables[1]} - {row[0] for row in tables[0]}
+    tallies["deaths"]["with stored friends of a user who is gone"] += bool(orphans)
+    state = State(*tables, state.interrupted | ({user} if words[0] in CLOUD_COMMANDS else set()))
+    again = words[0] in ("remove-user", "refresh-access-token") and user in state.users
+    return state, [words] if again else []
+
+
+begin = time.monotonic()
+state, todo = State(), []
+for moment in range(int(COUNT)):
+    try:
+        state, todo = die_once(state, todo)
+    except Exception:
+        print(f"death_test.py: moment {moment} of seed {SEED}; its storage folder stays: {FOLDER}", file=sys.stderr)
+        raise
+for title, tally in tallies.items():
+    print(title)
+    for name, number in sorted(tally.items()):
+        print(f"  {number:6} {name}")
+print(f"{COUNT} deaths in {time.monotonic() - begin:.0f} s, seed {SEED}: nothing answered was lost, nothing half done")
