@@ -138,9 +138,12 @@ void Console::ShowAndRemember(const std::string& name, const Answer& answer) {
 void Console::NoteInAudit(const CommandInfo& command, const Words& words, const Step& step) {
   Audit::Command note;
   note.name = command.name;
-  note.user_uuid = variables_.HideSecrets(ArgumentNamed(command, words, "USER_UUID"));
-  note.user_id = variables_.HideSecrets(ArgumentNamed(command, words, "USER_ID"));
   note.message = step.error.empty() ? "done" : "not done";
+  // Words of a command that was refused may stand in each other's places, a code in the user's.
+  if (step.answer || step.error.empty()) {
+    note.user_uuid = variables_.HideSecrets(ArgumentNamed(command, words, "USER_UUID"));
+    note.user_id = variables_.HideSecrets(ArgumentNamed(command, words, "USER_ID"));
+  }
   if (step.answer) {
     note.result = step.answer->code;
     note.message = step.answer->is_status ? "status" : ResultMessage(step.answer->code);
