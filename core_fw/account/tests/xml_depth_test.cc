@@ -1,8 +1,12 @@
 #include "core_fw/account/src/xml_depth.h"
 
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <string>
+
+#include "core_fw/account/src/user_portal_client.h"
+#include "core_fw/account/tests/test_support.h"
 
 namespace account {
 namespace {
@@ -49,6 +53,29 @@ TEST(XmlDepth, CountsWhatReallyNests) {
       {"unfinished", kPlain + Times(11, "<a></a>") + "<a b='", false},
   };
   for (const auto& c : cases) EXPECT_EQ(XmlNestsDeeperThan(c.xml, 10), c.deeper) << c.name;
+}
+
+// Says for an answer of so many levels whether its result was read.
+void* ReadNestedAnswer(void* levels) {
+  const int inner = *static_cast<int*>(levels) - 1;
+  const std::string xml = kPlain + ("<response><result>success</result>" + Times(inner, "<a>")) +
+                          Times(inner, "</a>") + "</response>";
+  return ReadResultAnswer("Read", kHttpOk, xml) ? levels : nullptr;
+}
+
+TEST(XmlDepth, TheDeepestAnswerFitsAStackOf512KiB) {
+  LogCapture log;
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  pthread_attr_setstacksize(&attributes, 512 << 10);
+  for (int levels : {1000, 1001, 200000}) {
+    pthread_t thread;
+    void* read = nullptr;
+    ASSERT_EQ(pthread_create(&thread, &attributes, ReadNestedAnswer, &levels), 0);
+    pthread_join(thread, &read);
+    EXPECT_EQ(read != nullptr, levels == 1000) << levels;
+  }
+  pthread_attr_destroy(&attributes);
 }
 
 }  // namespace
