@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cwchar>
+#include <utility>
 
 #include "gateway/text.h"
 
@@ -70,10 +71,11 @@ std::string LayOut(const Table& table, bool show_secrets, bool color) {
   std::vector<std::vector<std::string>> lines(1);
   for (const Table::Column& column : table.columns) lines[0].push_back(column.title);
   for (const std::vector<Field>& row : table.rows) {
-    std::vector<std::string>& cells = lines.emplace_back();
+    std::vector<std::string> cells;
     for (const Table::Column& column : table.columns) {
       cells.push_back(Cell(row, column.field, show_secrets));
     }
+    lines.push_back(std::move(cells));
   }
   std::vector<size_t> widths(table.columns.size());
   for (const std::vector<std::string>& cells : lines) {
