@@ -1,0 +1,27 @@
+# qorn_add_fuzzer(NAME LIBS lib): the target fuzz/NAME.cc with its seeds in fuzz/corpus/NAME. With
+# QORN_FUZZ a libFuzzer program (clang), else a test that runs the target once over each seed.
+if(QORN_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+  add_custom_target(fuzzers)
+endif()
+
+function(qorn_add_fuzzer name)
+  if(NOT QORN_FUZZ AND NOT QORN_BUILD_TESTS)
+    return()
+  endif()
+  cmake_parse_arguments(arg "" "" "LIBS" ${ARGN})
+  add_executable(fuzz_${name} ${name}.cc)
+  target_link_libraries(fuzz_${name} PRIVATE ${arg_LIBS} Threads::Threads)
+  if(QORN_FUZZ)
+    target_link_options(fuzz_${name} PRIVATE -fsanitize=fuzzer)
+    add_dependencies(fuzzers fuzz_${name})
+  else()
+    target_sources(fuzz_${name} PRIVATE corpus_main.cc)
+    add_test(NAME Fuzz.${name} COMMAND fuzz_${name} ${CMAKE_CURRENT_SOURCE_DIR}/corpus/${name})
+    set_tests_properties(Fuzz.${name} PROPERTIES TIMEOUT 120)
+    # ThreadSanitizer does not start where the kernel randomises addresses widely.
+    if(QORN_SANITIZE MATCHES thread)
+      set_target_properties(fuzz_${name} PROPERTIES CROSSCOMPILING_EMULATOR "setarch;-R")
+    endif()
+  endif()
+endfunction()
