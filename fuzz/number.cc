@@ -1,0 +1,73 @@
+// Integers and dates, each against the C library's own reading.
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <ctime>
+#include <limits>
+
+#include "base/string_number_conversions.h"
+#include "base/time.h"
+#include "core_fw/account/src/identifiers.h"
+#include "fuzz/fuzz.h"
+
+namespace {
+
+void CheckInteger(const std::string& text) {
+  char* end = nullptr;
+  const long long wide = std::strtoll(text.c_str(), &end, 10);
+  const int expected = static_cast<int>(std::clamp<long long>(
+      wide, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
+  const bool whole = !text.empty() && std::strchr("+-0123456789", text[0]) != nullptr &&
+                     end == text.c_str() + text.size() && wide == expected;
+  int value = 7;
+  fuzz::Require(base::StringToInt(text, &value) == whole, "a whole number, and no other, is good");
+  fuzz::Require(value == expected, "the part that is a number counts");
+  int again = 0;
+  fuzz::Require(base::StringToInt(base::IntToString(value), &again) && again == value,
+                "a number reads back");
+}
+
+void CheckDate(const std::string& text) {
+  int seconds = 0;
+  base::StringToInt(text, &seconds);
+  tm parts{};
+  char weekday[16];
+  const std::string date = account::FormatDate(text);
+  const int read = std::sscanf(date.c_str(), "%d/%d/%d %15s %d:%d:%d", &parts.tm_year, &parts.tm_mon,
+                               &parts.tm_mday, weekday, &parts.tm_hour, &parts.tm_min,
+                               &parts.tm_sec);
+  parts.tm_year -= 1900;
+  parts.tm_mon -= 1;
+  fuzz::Require(read == 7 && timegm(&parts) == seconds, "a date shows its second");
+}
+
+void CheckTime(const std::uint8_t* data, std::size_t size) {
+  std::int64_t numbers[2] = {};
+  if (size < sizeof(numbers)) return;
+  std::memcpy(numbers, data, sizeof(numbers));
+  const base::TimeDelta one = base::TimeDelta::FromSeconds(numbers[0]);
+  const base::TimeDelta two = base::TimeDelta::FromMilliseconds(numbers[1]);
+  const base::Time zero = base::Time::UnixEpoch();
+  const base::Time time = zero + base::TimeDelta::FromMicroseconds(numbers[1]) + one;
+  fuzz::Require((one + two > one) == (two > base::TimeDelta()) || one + two == one,
+                "a sum lies beyond its parts, or at the end");
+  fuzz::Require(one - one == base::TimeDelta() && time - time == base::TimeDelta(), "no time");
+  base::Time::Exploded part;
+  time.UTCExplode(&part);
+  time.LocalExplode(&part);
+  fuzz::Require(part.month >= 1 && part.month <= 12 && part.millisecond >= 0 &&
+                    part.millisecond < 1000 && part.day_of_week >= 0 && part.day_of_week < 7,
+                "parts stay in their ranges");
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static const int zone = setenv("TZ", "UTC0", 1);
+  fuzz::Require(zone == 0, "the time zone can be set");
+  const std::string text = fuzz::Text(data, size);
+  CheckInteger(text);
+  CheckDate(text);
+  CheckTime(data, size);
+  return 0;
+}
