@@ -15,6 +15,8 @@ namespace {
 constexpr char kRootName[] = "config";
 constexpr char kSpace[] = " \t\r\n";
 constexpr char kDoctype[] = "!DOCTYPE";
+// The parser recurses once for each level of elements and has no limit of its own.
+constexpr int kMostElements = 1000;
 
 // What is wrong with a text, and where; lines and columns count from 1.
 struct Fault {
@@ -45,6 +47,18 @@ Fault FaultAt(const std::string& text, size_t offset, const std::string& reason)
   return {static_cast<int>(line), static_cast<int>(offset - line_start + 1), reason};
 }
 
+// Where one element too many may begin, npos if none does.
+size_t FindElementTooMany(const std::string& text) {
+  int count = 0;
+  size_t at = text.find('<');
+  for (; at != std::string::npos; at = text.find('<', at + 1)) {
+    if (at + 1 < text.size() && std::string("/!?").find(text[at + 1]) != std::string::npos)
+      continue;
+    if (++count > kMostElements) break;
+  }
+  return at;
+}
+
 size_t StartOf(const std::string& text) {
   return std::min(text.find_first_not_of(kSpace), text.size());
 }
@@ -70,6 +84,11 @@ bool Parse(const std::string& text, TiXmlDocument* document, const char** end, F
   const size_t zero = text.find('\0');
   if (zero != std::string::npos) {
     *fault = FaultAt(text, zero, "a zero byte");
+    return false;
+  }
+  const size_t too_many = FindElementTooMany(text);
+  if (too_many != std::string::npos) {
+    *fault = FaultAt(text, too_many, "more than " + std::to_string(kMostElements) + " elements");
     return false;
   }
   document->SetTabSize(1);

@@ -21,7 +21,8 @@ bool ReadConfigEntries(const std::string& file, std::vector<ConfigEntry>* entrie
 
 // Reads the configuration file into `*config`, key by value; of equal keys the first. False,
 // `*config` untouched and one line in `*error`, "FILE: reason" or "FILE:LINE:COLUMN: reason", when
-// it cannot be read, is not well-formed or has another root than "config". Any thread.
+// it cannot be read, is not well-formed, has over 1,000 elements or another root than "config". Any
+// thread.
 bool ReadConfigFile(const std::string& file, std::map<std::string, std::string>* config,
                     std::string* error);
 

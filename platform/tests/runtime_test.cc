@@ -89,6 +89,9 @@ TEST_F(RuntimeTest, ReadsTheConfiguration) {
 TEST_F(RuntimeTest, RefusesABadConfigurationWithItsPlace) {
   auto cases = ReadCases("bad_config_cases.txt");
   cases.emplace_back("<config>\n<a>\0</a></config>"s, "2:4: a zero byte");
+  std::string deep = "<config>\n";
+  while (deep.size() < 300000) deep += "<a>";
+  cases.emplace_back(deep, "2:2998: more than 1000 elements");
   for (const auto& [text, error] : cases) {
     EXPECT_EQ(Create(text), nullptr) << text;
     EXPECT_TRUE(error_.starts_with(file_ + ":" + error)) << error_;
