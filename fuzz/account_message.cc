@@ -1,9 +1,10 @@
 // Account messages as they come in and go out, and the JSON under them.
+#include "core_fw/account/src/account_message.h"
+
 #include <algorithm>
 
 #include "base/json_reader.h"
 #include "base/json_writer.h"
-#include "core_fw/account/src/account_message.h"
 #include "fuzz/fuzz.h"
 
 namespace account {

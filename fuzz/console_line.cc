@@ -75,7 +75,8 @@ void CheckShown(const std::string& shown, const PrinterStyle& style) {
   for (std::string line; std::getline(lines, line);) {
     fuzz::Require(!HasControlCharacter(line), "nothing shown steers a terminal");
     fuzz::Require(!style.json || base::JSONReader::Read(line), "each line is JSON");
-    fuzz::Require(style.show_secrets || line.find(kCode) == std::string::npos, "no secret is shown");
+    fuzz::Require(style.show_secrets || line.find(kCode) == std::string::npos,
+                  "no secret is shown");
   }
 }
 

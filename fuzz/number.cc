@@ -15,8 +15,8 @@ namespace {
 void CheckInteger(const std::string& text) {
   char* end = nullptr;
   const long long wide = std::strtoll(text.c_str(), &end, 10);
-  const int expected = static_cast<int>(std::clamp<long long>(
-      wide, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
+  const int expected = static_cast<int>(std::clamp<long long>(wide, std::numeric_limits<int>::min(),
+                                                              std::numeric_limits<int>::max()));
   const bool whole = !text.empty() && std::strchr("+-0123456789", text[0]) != nullptr &&
                      end == text.c_str() + text.size() && wide == expected;
   int value = 7;
@@ -33,9 +33,9 @@ void CheckDate(const std::string& text) {
   tm parts{};
   char weekday[16];
   const std::string date = account::FormatDate(text);
-  const int read = std::sscanf(date.c_str(), "%d/%d/%d %15s %d:%d:%d", &parts.tm_year, &parts.tm_mon,
-                               &parts.tm_mday, weekday, &parts.tm_hour, &parts.tm_min,
-                               &parts.tm_sec);
+  const int read =
+      std::sscanf(date.c_str(), "%d/%d/%d %15s %d:%d:%d", &parts.tm_year, &parts.tm_mon,
+                  &parts.tm_mday, weekday, &parts.tm_hour, &parts.tm_min, &parts.tm_sec);
   parts.tm_year -= 1900;
   parts.tm_mon -= 1;
   fuzz::Require(read == 7 && timegm(&parts) == seconds, "a date shows its second");
