@@ -39,12 +39,18 @@ bool ReadText(const std::string& file, std::string* text, std::string* error) {
   return false;
 }
 
+// Counts lines as the parser does: a carriage return ends one too, the pair of both once.
 Fault FaultAt(const std::string& text, size_t offset, const std::string& reason) {
-  const std::string before = text.substr(0, offset);
-  const auto line = 1 + std::count(before.begin(), before.end(), '\n');
-  // Without a line break before it, npos + 1 is 0.
-  const size_t line_start = before.rfind('\n') + 1;
-  return {static_cast<int>(line), static_cast<int>(offset - line_start + 1), reason};
+  int line = 1;
+  size_t line_start = 0;
+  for (size_t i = 0; i < offset; ++i) {
+    if (text[i] != '\n' && text[i] != '\r') continue;
+    const char other = text[i] == '\n' ? '\r' : '\n';
+    if (i + 1 < offset && text[i + 1] == other) ++i;
+    ++line;
+    line_start = i + 1;
+  }
+  return {line, static_cast<int>(offset - line_start + 1), reason};
 }
 
 // Where one element too many may begin, npos if none does.

@@ -92,6 +92,7 @@ TEST_F(RuntimeTest, RefusesABadConfigurationWithItsPlace) {
   std::string deep = "<config>\n";
   while (deep.size() < 300000) deep += "<a>";
   cases.emplace_back(deep, "2:2998: more than 1000 elements");
+  cases.emplace_back("<config>\r\n\r<a>\0</a></config>"s, "3:4: a zero byte");
   for (const auto& [text, error] : cases) {
     EXPECT_EQ(Create(text), nullptr) << text;
     EXPECT_TRUE(error_.starts_with(file_ + ":" + error)) << error_;
