@@ -10,19 +10,13 @@
 #include <thread>
 
 #include "base/test_clock.h"
-#include "core_fw/account/src/account_manager_impl.h"
 #include "core_fw/account/src/user_portal_client.h"
-#include "core_fw/account/tests/test_support.h"
-#include "gateway/operations.h"
-#include "gateway/text.h"
-#include "gateway/words.h"
+#include "tests/faults/operation_sweep.h"
 
 namespace faults {
 namespace {
 
 using devcloud::Fault;
-using Rows = std::vector<std::string>;
-
 // An operation, the request of it that meets the fault, and the code that it then gives.
 struct Case {
   const char* line;
@@ -44,15 +38,16 @@ const Case kCases[] = {
     {"tick", "/device/getntsserverinfo", 0},
 };
 
-class CloudFaults : public account::AccountTest {
+class CloudFaults : public StoredUsersTest {
  protected:
   // Every case with the cloud at this URL, cut at every `step`th byte.
   void Sweep(const std::string& url, std::size_t step);
 
  private:
+  void StartService() override;
   void Start();
   void Stop();
-  int Call(const std::string& line);
+  int Operate(const std::string& line);
   void RegisterBob();
   // Calls the case's operation with the fault. Whether it gave the case's code and left the store.
   bool Fails(const Case& test, Fault fault);
@@ -61,8 +56,6 @@ class CloudFaults : public account::AccountTest {
   void MeetAll(const Case& test, std::size_t length, std::size_t step);
 
   base::TestClock clock_;
-  std::unique_ptr<account::AccountManagerImpl> service_;
-  gateway::Variables variables_;
   std::string answer_;  // To the latest request that met a fault.
   int met_ = 0;
 };
@@ -72,20 +65,17 @@ long CountDescriptors() {
 }
 
 // The worker's first try is refused.
-void CloudFaults::Start() {
-  std::filesystem::remove(database_path());
+void CloudFaults::StartService() {
   Fault refusal;
   refusal.path = "/device/getuserdevice";
   cloud_->AddFault(refusal);
-  service_ = std::make_unique<account::AccountManagerImpl>();
-  service_->Init();
+  StoredUsersTest::StartService();
   clock_.WaitForSleepers(1);
-  for (const std::string id : {"ann", "bob"}) {
-    EXPECT_EQ(Call("create " + id + "@x " + cloud_->IssueCode(id + "@x")), 1);
-    variables_.Set(id, *variables_.Find("user_uuid"));
-  }
-  EXPECT_EQ(Call("add-friend-to-db $ann pal@x g d a p"), 1);
-  EXPECT_EQ(Call("add-friend-candidate $ann tim@x " + cloud_->PeerId("AABBCC")), 1);
+}
+
+void CloudFaults::Start() {
+  StartWithUsers();
+  EXPECT_EQ(Call("add-friend-candidate $ann tim@x $peer").code, 1);
 }
 
 void CloudFaults::Stop() {
@@ -93,22 +83,11 @@ void CloudFaults::Stop() {
   log_.Take();
 }
 
-int CloudFaults::Call(const std::string& line) {
-  if (line == "tick") {
-    clock_.Advance(base::TimeDelta::FromSeconds(60));
-    clock_.WaitForSleepers(1);
-    return service_->GetNetworkSettingStatus();
-  }
-  Rows words;
-  std::string error;
-  EXPECT_TRUE(gateway::SplitWords(line, variables_, &words, &error)) << line << error;
-  gateway::Answer answer;
-  const gateway::Operation* const operation = gateway::FindOperation(words.at(0));
-  EXPECT_TRUE(operation->call(*service_, {words.begin() + 1, words.end()}, &answer, &error));
-  for (const auto& output : answer.outputs) {
-    variables_.Set(output.name, gateway::JoinWords(output.values));
-  }
-  return answer.code;
+int CloudFaults::Operate(const std::string& line) {
+  if (line != "tick") return Call(line).code;
+  clock_.Advance(base::TimeDelta::FromSeconds(60));
+  clock_.WaitForSleepers(1);
+  return service_->GetNetworkSettingStatus();
 }
 
 void CloudFaults::RegisterBob() {
@@ -135,7 +114,7 @@ bool CloudFaults::Fails(const Case& test, Fault fault) {
   fault.path = test.path;
   cloud_->ClearRequests();
   cloud_->AddFault(fault);
-  const int code = Call(test.line);
+  const int code = Operate(test.line);
   answer_.clear();
   for (const auto& request : cloud_->requests()) {
     if (!request.fault.empty()) answer_ = request.answer.value_or("");
@@ -181,7 +160,7 @@ void CloudFaults::MeetAll(const Case& test, std::size_t length, std::size_t step
     ASSERT_TRUE(Fails(test, fault)) << "reset after " << fault.bytes;
   }
   cloud_->RefuseConnections(true);
-  EXPECT_NE(Call(test.line), 1);
+  EXPECT_NE(Operate(test.line), 1);
   cloud_->RefuseConnections(false);
   fault = {};
   fault.kind = Fault::Kind::kDrip;
@@ -193,8 +172,7 @@ void CloudFaults::Sweep(const std::string& url, std::size_t step) {
   config_["account_enable_MIRLO_network_setting"] = "on";
   cloud_->AddGateway(account::kGatewayAddress);
   StartRuntime();
-  Start();
-  Stop();
+  StoreUsers();
   const auto descriptors = CountDescriptors();
   for (const Case& test : kCases) {
     SCOPED_TRACE(std::string(test.line) + " " + test.path);
