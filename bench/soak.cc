@@ -22,10 +22,10 @@
 #include "base/logging.h"
 #include "base/test_clock.h"
 #include "base/time.h"
+#include "bench/random_steps.h"
 #include "gateway/host.h"
 #include "gateway/proxies.h"
 #include "gateway/request_code.h"
-#include "tests/soak/random_steps.h"
 
 namespace soak {
 namespace {

@@ -1,4 +1,4 @@
-#include "tests/soak/random_steps.h"
+#include "bench/random_steps.h"
 
 #include <utility>
 

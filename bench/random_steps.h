@@ -1,6 +1,6 @@
 // Random operations of the account interface, for many threads at once.
-#ifndef QORN_TESTS_SOAK_RANDOM_STEPS_H_
-#define QORN_TESTS_SOAK_RANDOM_STEPS_H_
+#ifndef QORN_BENCH_RANDOM_STEPS_H_
+#define QORN_BENCH_RANDOM_STEPS_H_
 
 #include <functional>
 #include <mutex>
@@ -58,4 +58,4 @@ class RandomSteps {
 
 }  // namespace soak
 
-#endif  // QORN_TESTS_SOAK_RANDOM_STEPS_H_
+#endif  // QORN_BENCH_RANDOM_STEPS_H_

@@ -15,9 +15,9 @@
 
 #include "base/test_clock.h"
 #include "base/time.h"
+#include "bench/random_steps.h"
 #include "core_fw/account/src/account_manager_impl.h"
 #include "core_fw/account/tests/test_support.h"
-#include "tests/soak/random_steps.h"
 
 namespace account {
 namespace {
