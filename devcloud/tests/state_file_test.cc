@@ -2,16 +2,34 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
 
 #include "devcloud/tests/client.h"
-#include "tests/program.h"
 
 namespace devcloud {
 namespace {
 
+class TestFolder {
+ public:
+  TestFolder() : path_(mkdtemp((testing::TempDir() + "stateXXXXXX").data())) {}
+  ~TestFolder() { std::filesystem::remove_all(path_); }
+  TestFolder(const TestFolder&) = delete;
+  TestFolder& operator=(const TestFolder&) = delete;
+
+  std::string Path(const std::string& name) const { return path_ + "/" + name; }
+  std::string Write(const std::string& name, const std::string& text) const {
+    std::ofstream(Path(name)) << text;
+    return Path(name);
+  }
+
+ private:
+  const std::string path_;
+};
+
 TEST(StateFileTest, AccountsAndGatewaysSurviveARestart) {
-  const programs::TestFolder folder;
+  const TestFolder folder;
   Options options;
   options.state_file = folder.Path("state");
   std::string code, guid;
@@ -32,7 +50,7 @@ TEST(StateFileTest, AccountsAndGatewaysSurviveARestart) {
 }
 
 TEST(StateFileTest, StartSaysInOneLineWhatIsWrong) {
-  const programs::TestFolder folder;
+  const TestFolder folder;
   const auto running = StartCloud();
   Options taken, unknown, foreign, broken, cut_off, folder_itself, nowhere;
   broken.state_file = folder.Write("state", "{}");

@@ -1,0 +1,88 @@
+"""The doctor at a gateway in order, spoilt as doctor_cases.txt says."""
+
+import email.utils
+import json
+import os
+import pathlib
+import sqlite3
+import subprocess
+import time
+
+import programs
+
+STATES = ("good ", "warning ", "bad ")
+
+
+class Patient:
+    def __init__(self, folder, cloud):
+        os.umask(0o077)
+        self.folder, self.cloud = folder, cloud
+        self.names = {"$config": f"{folder}/config.xml", "$data": f"{folder}/data", "$cloud": cloud.urls["http"],
+                      "$https": cloud.urls["https"], "\\x1b": "\x1b", "\\xff": "\udcff",
+                      "$past": email.utils.formatdate(time.time() - 996, usegmt=True)}  # A test may take seconds.
+        self.config = programs.write_config(folder, cloud)
+        made = programs.run("qorn-gateway", "--config", self.config, text=f"create-user ann {cloud.issue_code('ann')}")
+        assert made.status == 0, made
+        self.database = sqlite3.connect(folder / "data/account.db", isolation_level=None)
+        self.options = ["--json"]
+
+    def spoil(self, line):
+        for name, value in self.names.items():
+            line = line.replace(name, value)
+        what, _, text = line.partition(" ")
+        if what == "edit":
+            old, new = text.encode(errors="surrogateescape").split(b" -> ")
+            assert old in self.config.read_bytes(), old
+            self.config.write_bytes(self.config.read_bytes().replace(old, new))
+        elif what == "run":
+            subprocess.run(text, shell=True, cwd=self.folder, check=True)
+        elif what == "sql":
+            self.database.executescript(text)
+        elif what == "clock":
+            self.cloud.ask("/api/clock", {"advance_seconds": int(text)})
+        elif what == "fault":
+            self.cloud.ask("/api/faults", json.loads(text))
+        elif what == "try-refresh":
+            self.options.append("--try-refresh")
+        else:
+            assert line == "", f"no such step: {line}"
+
+    def files(self):
+        return {path: (found.st_mode, found.st_size, found.st_mtime_ns)
+                for path in self.folder.rglob("*") for found in [path.stat()]}
+
+    def examine(self):
+        """The doctor's findings by their lines, STATE NAME VALUE | ADVICE, and its last line."""
+        before = self.files()
+        ended = programs.run("qorn-gateway", "doctor", "--config", self.config, *self.options)
+        assert "--try-refresh" in self.options or self.files() == before, self.files()
+        *findings, summary = map(json.loads, ended.output.splitlines())
+        lines = []
+        for finding in findings:
+            value = "-" if finding["value"] is None else finding["value"]
+            lines.append(f"{finding['state']} {finding['name']} {value} | {finding['advice']}")
+            for name, real in self.names.items():
+                lines[-1] = lines[-1].replace(real, name)
+        good, warning, bad = (sum(line.startswith(state) for line in lines) for state in STATES)
+        assert summary == {"type": "summary", "good": good, "warning": warning, "bad": bad}, summary
+        assert ended.status == (3 if bad else 1 if warning else 0), ended
+        return lines
+
+
+class Doctor(programs.TestCase):
+    def test_finds_what_the_cases_tell(self):
+        for number, case in enumerate(pathlib.Path("doctor_cases.txt").read_text().split("\n== ")[1:]):
+            title, *lines = case.split("\n")
+            expected = [line for line in lines if line.startswith(STATES)]
+            with self.subTest(title), programs.Cloud() as cloud:
+                patient = Patient(self.folder / str(number), cloud)
+                for step in lines:
+                    if step not in expected:
+                        patient.spoil(step)
+                found = [line for line in patient.examine() if line in expected or not line.startswith("good ")]
+                self.assertEqual(found, expected)
+
+    def test_writes_for_people_and_programs(self):
+        for case in pathlib.Path("doctor_output.txt").read_text().split("== ")[1:]:
+            arguments, output = case.split("\n", 1)
+            self.assertEqual(programs.run("qorn-gateway", *arguments.split()), (3, output, ""))

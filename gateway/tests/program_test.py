@@ -1,0 +1,186 @@
+"""Scripts, pipes, terminals and signals, with a component that needs no cloud."""
+
+import os
+import pathlib
+import re
+import signal
+import socket
+
+import programs
+
+
+class GatewayTestCase(programs.TestCase):
+    def setUp(self):
+        super().setUp()
+        # The component's long operation lasts until the test closes it.
+        self.pipe = self.folder / "pipe"
+        os.mkfifo(self.pipe)
+        self.command = ("qorn-gateway", "--config", self.write("config.xml", "<config></config>"), "--component",
+                        programs.LIBRARIES / "libqorn_gateway_fake_component.so", "--log", self.folder / "log")
+
+    def audit(self):
+        """The audit file without its times."""
+        return re.sub('"time":"20[0-9-]{8}T[0-9:.]{12}Z",', "", (self.folder / "audit").read_text())
+
+    def start(self, *arguments, **environment):
+        """Starts it at a terminal, where it keeps the history in the test's folder."""
+        return self.enterContext(programs.Terminal(*self.command, *arguments, XDG_STATE_HOME=str(self.folder),
+                                                   **environment))
+
+
+class Script(GatewayTestCase):
+    def test_runs_to_its_end_with_events_before_answers(self):
+        transcript = pathlib.Path("script.transcript").read_text()
+        script, output, audit = re.split("^== .*\n", transcript, flags=re.M)[1:]
+        path = self.write("good.qorn", script[:-1].replace("\\r", "\r"))
+        ended = programs.run(*self.command, "--audit", self.folder / "audit", "--script", path)
+        self.assertEqual(ended, (0, output, ""))
+        self.assertEqual(self.audit(), audit)
+
+    def test_stops_at_the_first_failure_unless_it_keeps_going(self):
+        for failure in ("nonsense", "sign-out", "check-session-validation 2", "expect 1 check-session-validation 2",
+                        "say $nothing"):
+            with self.subTest(failure):
+                script = self.write("bad.qorn", f"say one\n{failure}\nsay two\n")
+                stopping = programs.run(*self.command, "--script", script)
+                going = programs.run(*self.command, "--keep-going", "--script", script)
+                self.assertEqual((stopping.status, going.status, going.errors), (1, 1, stopping.errors))
+                self.assert_one_line(stopping.errors, f"qorn-gateway: {script}:2: ")
+                self.assertNotIn("two", stopping.output)
+                self.assertIn("two", going.output)
+
+    def test_may_be_a_pipe_with_no_endless_line(self):
+        place = "qorn-gateway: standard input:1: "
+        for text, expected in (
+                ("say one\nquit\nsay two\n", (0, "one\n", "")),
+                ("nonsense", (1, "", place + 'unknown command "nonsense"; "help" lists them all\n')),
+                ("a" * (9 << 20) + "\nsay next\n", (1, "next\n", place + "the line is too long\n"))):
+            self.assertEqual(programs.run(*self.command, "--keep-going", text=text), expected)
+
+    def test_fails_when_its_output_is_lost(self):
+        with open("/dev/full", "wb") as full:
+            self.assertEqual(programs.run(*self.command, text="say one\n", stdout=full).status, 1)
+
+    def test_is_refused_when_it_is_a_folder(self):
+        self.assertEqual(programs.run(*self.command, "--script", self.folder),
+                         (1, "", f"qorn-gateway: {self.folder}: cannot be read: Is a directory\n"))
+
+
+class SignalInALongOperation(GatewayTestCase):
+    def setUp(self):
+        super().setUp()
+        self.gateway = self.start("--script", self.write("busy.qorn", f"search-user {self.pipe} x\nsay later\n"))
+        self.writer = open(self.pipe, "wb")  # Returns once the command reads.
+        self.addCleanup(self.writer.close)
+
+    def test_lets_it_finish(self):
+        self.gateway.send_signal(signal.SIGTERM)
+        self.assertEqual(self.gateway.wait_for("qorn-gateway: stopping: waiting for search-user\r\n"), "")
+        self.writer.close()
+        self.assertEqual(self.gateway.finish(), (0, "search-user: 1 Success\r\n"
+                                                 "qorn-gateway: stopping: waiting for the components to finish\r\n"))
+
+    def test_ends_the_program_the_second_time(self):
+        self.gateway.send_signal(signal.SIGINT)
+        self.gateway.wait_for("waiting for search-user\r\n")
+        self.gateway.send_signal(signal.SIGTERM)
+        self.assertEqual(self.gateway.finish()[0], -signal.SIGTERM)
+
+
+class Prompt(GatewayTestCase):
+    def setUp(self):
+        super().setUp()
+        self.console = self.start("--audit", self.folder / "audit")
+        self.console.wait_for("qorn> ")
+
+    def enter(self, keys, *shown):
+        self.console.type(keys)
+        for text in (*shown, "qorn> "):
+            self.console.wait_for(text)
+
+    def test_edits_lines_keeps_history_and_goes_on_after_a_failure(self):
+        self.enter("check-session-validation 22\b\n", "answered 2 (Invalid Session ID)")  # One digit taken back.
+        self.enter("say é한\n", "\né한\r\n")
+        self.enter("\x10\x10\x7f5\n", "check-session-validation answered 5")  # Two lines up, and another digit.
+        self.assertEqual(self.console.finish("\x04")[0], 0)
+
+    def test_stops_in_order_without_running_the_unfinished_line(self):
+        status, output = self.console.finish("say never\x03")
+        self.assertEqual(status, 0)
+        self.assertRegex(output, "(?s)qorn-gateway: stopping\r\n.*waiting for the components to finish")
+        self.assertNotIn("\nnever", output)
+
+    def test_is_drawn_again_below_an_event_that_comes_by_itself(self):
+        self.enter(f"sign-out {self.pipe}\n", "sign-out: 1 Success")
+        open(self.pipe, "wb").close()
+        self.enter("", "session_id: ended\r\n")
+
+    def test_keeps_its_history_without_secrets_and_reads_a_broken_one(self):
+        for line in ("say one two\n", "sign-in alice secret-code\n", "request-cod alice\n"):
+            self.enter(line)
+        self.console.finish("\x04")
+        history = self.folder / "qorn/history"
+        self.assertEqual((history.read_text(), programs.mode(history)), ("say one two\n", "0o600"))
+        with history.open("a") as file:
+            file.write("\x1b[2J\n" + "\0" * (1 << 20) + "\n")
+        self.console = self.start()
+        self.console.wait_for("qorn> ")
+        # The line is drawn with its prompt when it is fetched from the history.
+        self.enter("\x10\n", "\none two\r\n")
+        self.assertEqual(self.console.finish("\x04")[0], 0)
+
+    def test_completes_commands_and_seen_ids(self):
+        self.enter("check-s\t1\n", "check-session-validation: 1 Success")
+        self.enter("sign-in\t", "  sign-in\r\n  sign-in-alt\r\n")
+        self.enter("-alt alice x\n", "session_id: o2")
+        self.enter("get-session-info o\t\n", "get-session-info: 1 Success")
+
+    def test_watches_until_enter(self):
+        self.console.type("watch\n")
+        self.console.wait_for("press Enter to end.\r\n")
+        self.enter("\n")
+        self.enter("say on\n", "\non\r\n")
+
+    def test_opens_log_and_audit_anew_at_a_hangup(self):
+        for name in ("log", "audit"):
+            (self.folder / name).rename(self.folder / (name + ".1"))
+        self.console.send_signal(signal.SIGHUP)
+        while not (self.folder / "audit").exists() or not self.audit():
+            self.enter("say on\n")
+        self.assertTrue((self.folder / "log").exists())
+
+
+class Service(GatewayTestCase):
+    def test_leaves_a_storage_folder_to_the_gateway_that_works_in_it(self):
+        self.write("config.xml", f"<config><qorn_storage_path>{self.folder}/</qorn_storage_path>"
+                   "<account_db_path>a.db</account_db_path></config>")
+        first = self.start()
+        first.wait_for("qorn> ")
+        self.assertEqual(programs.run(*self.command), (
+            2, "", f"qorn-gateway: another gateway works in the storage folder {self.folder}/\n"))
+        first.finish("\x04")
+        self.assertEqual(programs.run(*self.command).status, 0)
+
+    def test_tells_its_manager_and_runs_without_input_until_a_signal(self):
+        manager = self.enterContext(socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM))
+        manager.settimeout(programs.PATIENCE)
+        manager.bind(str(self.folder / "notify"))
+        gateway = self.start("--daemon", NOTIFY_SOCKET=str(self.folder / "notify"))
+        self.assertEqual(manager.recv(64), b"READY=1")
+        gateway.send_signal(signal.SIGTERM)
+        self.assertEqual(gateway.finish()[0], 0)
+
+    def test_waits_for_the_workers_request(self):
+        cloud = self.enterContext(programs.Cloud("--gateway", "AABBCC"))
+        cloud.ask("/api/faults", {"kind": "stall"})
+        config = programs.write_config(self.folder, cloud, (">off<", ">on<"))
+        gateway = self.enterContext(programs.Terminal("qorn-gateway", "--config", config, "--log",
+                                                      self.folder / "log"))
+        programs.wait_until(cloud.exchanges)
+        gateway.send_signal(signal.SIGTERM)
+        gateway.wait_for("qorn-gateway: stopping: waiting for the components to finish\r\n")
+        cloud.ask("/api/faults", method="DELETE")
+        self.assertEqual(gateway.finish()[0], 0)
+        # The worker went on with the answer.
+        _, (request, _) = cloud.exchanges()
+        self.assertIn(b" /device/getntsserverinfo ", request)

@@ -1,0 +1,150 @@
+"""What tests of whole programs share. CTest names the build's folder in QORN_BUILD.
+
+Waiting is for a condition, and fails after PATIENCE seconds without it.
+"""
+
+import base64
+import collections
+import json
+import os
+import pathlib
+import re
+import select
+import ssl
+import subprocess
+import tempfile
+import time
+import unittest
+import urllib.request
+
+BUILD = pathlib.Path(os.environ["QORN_BUILD"]).resolve()
+LIBRARIES = BUILD / "lib"
+SOURCE = pathlib.Path(__file__).resolve().parent.parent
+PATIENCE = 90
+Ended = collections.namedtuple("Ended", "status output errors")  # status: minus the signal that ended it
+open_url = urllib.request.build_opener(
+    urllib.request.ProxyHandler({}), urllib.request.HTTPSHandler(context=ssl._create_unverified_context())).open
+
+
+def run(program, *arguments, text="", stdout=subprocess.PIPE, **options):
+    """Runs a program of the build to its end, with the text as its input."""
+    ended = subprocess.run([BUILD / "bin" / program, *arguments], input=text.encode(), stdout=stdout,
+                           stderr=subprocess.PIPE, timeout=PATIENCE, **options)
+    return Ended(ended.returncode, (ended.stdout or b"").decode(), ended.stderr.decode())
+
+
+def wait_until(condition):
+    deadline = time.monotonic() + PATIENCE
+    while not condition():
+        assert time.monotonic() < deadline, "the condition did not come"
+        time.sleep(0.005)
+
+
+def mode(path):
+    return oct(os.stat(path).st_mode & 0o777)
+
+
+def write_config(folder, cloud, *changes):
+    """Writes config.xml for a gateway whose storage folder is "data" beside it; changes are pairs of texts."""
+    (folder / "data").mkdir(parents=True, exist_ok=True)
+    text = (SOURCE / "tests/config.xml").read_text()
+    for old, new in (("$data", f"{folder}/data"), ("$cloud", cloud.urls["http"]), *changes):
+        assert old in text, old
+        text = text.replace(old, new)
+    (folder / "config.xml").write_text(text)
+    return folder / "config.xml"
+
+
+def ask(url, body=None, method=None):
+    """What a server answers, to a POST if there is a body; without proxies or a look at certificates."""
+    data = None if body is None else json.dumps(body).encode()
+    with open_url(urllib.request.Request(url, data, method=method), timeout=PATIENCE) as answer:
+        return answer.read().decode()
+
+
+class Program(subprocess.Popen):
+    """A program of the build, killed at the end of its block if it still runs then."""
+
+    def __init__(self, *command, **options):
+        super().__init__(command, cwd=BUILD / "bin", **options)
+
+    def __exit__(self, *failure):
+        self.kill()
+        super().__exit__(*failure)
+
+
+class Cloud(Program):
+    """A development cloud on free ports; `urls` has those for "http", "https" and "api"."""
+
+    def __init__(self, *options):
+        super().__init__("./qorn-devcloud", "--port", "0", "--https-port", "0", "--print-urls", *options,
+                         stdout=subprocess.PIPE)
+        self.urls = dict(self.stdout.readline().decode().split() for _ in range(3))
+
+    def ask(self, path, body=None, method=None):
+        return json.loads(ask(self.urls["api"] + path, body, method))
+
+    def issue_code(self, user):
+        return self.ask("/api/codes", {"user": user})["code"]
+
+    def exchanges(self):
+        """The bytes of each request that has come, and of its answer."""
+        return [[base64.b64decode(request[part] or "") for part in ("raw_base64", "answer_base64")]
+                for request in self.ask("/api/requests")]
+
+
+class Terminal(Program):
+    """A program at a pseudo-terminal, where output and errors are one stream."""
+
+    def __init__(self, program, *arguments, **environment):
+        self.terminal, side = os.openpty()
+        self.unread = b""
+        super().__init__("setsid", "--ctty", "./" + program, *arguments, stdin=side, stdout=side, stderr=side,
+                         env={**os.environ, "TERM": "dumb", **environment})
+        os.close(side)
+
+    def __exit__(self, *failure):
+        super().__exit__(*failure)
+        os.close(self.terminal)
+
+    def type(self, keys):
+        os.write(self.terminal, keys.encode())
+
+    def wait_for(self, text):
+        """Reads to the end of the text and gives what came before it."""
+        while text.encode() not in self.unread:
+            assert self._read(), f"ended without {text!r}: {self.unread.decode()!r}"
+        before, _, self.unread = self.unread.partition(text.encode())
+        return before.decode()
+
+    def finish(self, keys=""):
+        """Types the keys and gives the status and what is left of the output."""
+        self.type(keys)
+        while self._read():
+            pass
+        return self.wait(PATIENCE), self.unread.decode()
+
+    def _read(self):
+        assert select.select([self.terminal], [], [], PATIENCE)[0], f"nothing comes after {self.unread}"
+        try:
+            self.unread += os.read(self.terminal, 4096)
+        except OSError:  # The program has ended.
+            return False
+        return True
+
+
+class TestCase(unittest.TestCase):
+    maxDiff = None
+
+    def setUp(self):
+        memory = "/dev/shm" if os.path.isdir("/dev/shm") else None
+        self.folder = pathlib.Path(self.enterContext(tempfile.TemporaryDirectory(dir=memory)))
+
+    def write(self, name, text):
+        (self.folder / name).write_bytes(text.encode())
+        return self.folder / name
+
+    def assert_one_line(self, errors, begin, *words):
+        self.assertRegex(errors, "^" + re.escape(begin) + ".*\n$")
+        for word in words:
+            self.assertIn(word, errors)
