@@ -1,15 +1,15 @@
-"""Kills a gateway at random moments: death_test.py COUNT API-URL FOLDER SEED GATEWAY-COMMAND...
+"""Kills a gateway at random moments: death_test.py COUNT FOLDER SEED
 
-FOLDER is the gateway's storage folder. After each death a copy of the database must be whole, hold
-every change that the gateway had answered, and of the command that was running a whole number of its
-statements, in their order. The gateway that starts next must read the same and work on. Ends with
-status 1 at the first moment where one of these does not hold.
+FOLDER gets the gateway's configuration and its storage folder. After each death a copy of the database
+must be whole, hold every change that the gateway had answered, and of the command that was running a whole
+number of its statements, in their order. The gateway that starts next must read the same and work on. Ends
+with status 1 at the first moment where one of these does not hold.
 """
 
-import base64
 import collections
 import json
 import os
+import pathlib
 import random
 import re
 import shutil
@@ -18,45 +18,42 @@ import subprocess
 import sys
 import threading
 import time
-import urllib.request
 
-COUNT, API, FOLDER, SEED, *COMMAND = sys.argv[1:]
+import programs
+
+COUNT, FOLDER, SEED = sys.argv[1:]
+STORAGE = os.path.join(FOLDER, "data")
 CLOUD_COMMANDS = ("create-user", "refresh-access-token", "sign-in", "remove-user")
 ACCOUNTS = [f"user{number}" for number in range(6)]
 chance = random.Random(int(SEED))
 tallies = collections.defaultdict(collections.Counter)
-open_url = urllib.request.build_opener(urllib.request.ProxyHandler({})).open
-
-
-def ask_cloud(path, body=None, method=None):
-    data = None if body is None else json.dumps(body).encode()
-    with open_url(urllib.request.Request(API + path, data, method=method)) as answer:
-        return json.load(answer)
+cloud = programs.Cloud()
+config = programs.write_config(pathlib.Path(FOLDER).resolve(), cloud, (">off<", ">on<"))
 
 
 def get_code(account):
-    return ask_cloud("/api/codes", {"user": account + "@x"})["code"]
+    return cloud.issue_code(account + "@x")
 
 
-class Gateway:
+class Gateway(programs.Program):
     """A gateway that dies some time after arm(); ask() gives None once it is dead."""
 
     def __init__(self):
-        self.process = subprocess.Popen(COMMAND + ["--json", "--keep-going"], stdin=subprocess.PIPE,
-                                        stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        super().__init__("./qorn-gateway", "--config", config, "--log", "/dev/null", "--json", "--keep-going",
+                         stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
         self.timer = None
 
     def arm(self, most_seconds):
         if self.timer is None:
-            self.timer = threading.Timer(chance.uniform(0, most_seconds), self.process.kill)
+            self.timer = threading.Timer(chance.uniform(0, most_seconds), self.kill)
             self.timer.start()
 
     def ask(self, words):
         try:
-            os.write(self.process.stdin.fileno(), (" ".join(words) + "\n").encode())
+            os.write(self.stdin.fileno(), (" ".join(words) + "\n").encode())
         except BrokenPipeError:
             return None
-        for line in self.process.stdout:
+        for line in self.stdout:
             answer = json.loads(line) if line.endswith(b"\n") else {}
             if answer.get("type") == "answer":
                 return answer
@@ -64,10 +61,10 @@ class Gateway:
 
     def bury(self):
         self.timer.join()
-        status = self.process.wait()
-        self.process.stdin.close()
-        self.process.stdout.close()
-        assert status == -9, f"the gateway ended by itself with status {status}"
+        self.wait()
+        self.stdin.close()
+        self.stdout.close()
+        assert self.returncode == -9, f"the gateway ended by itself with status {self.returncode}"
 
 
 class State:
@@ -172,7 +169,7 @@ def work(gateway, state, todo):
 
 def copy_and_look():
     """Users and friends in a copy of the database, which must be whole and have no empty column."""
-    copied, original = FOLDER.rstrip("/") + "-copy.db", os.path.join(FOLDER, "account.db")
+    copied, original = os.path.join(FOLDER, "copy.db"), os.path.join(STORAGE, "account.db")
     for ending in ("", "-journal"):
         open(copied + ending, "wb").close()
         if os.path.exists(original + ending):
@@ -191,11 +188,11 @@ def copy_and_look():
 def tokens_so_far():
     """The refresh tokens that the cloud gave, by the code or the refresh token that was sent."""
     tokens = {}
-    for request in ask_cloud("/api/requests"):
-        asked = re.search(r"\b(?:code|refresh_token)=([^&]+)", request["body"])
-        given = re.search(rb'"refresh_token":\s*"([^"]+)', base64.b64decode(request["answer_base64"] or ""))
-        if request["target"] == "/token" and given:
-            tokens[asked[1]] = given[1].decode()
+    for request, answer in cloud.exchanges():
+        asked = re.search(rb"\b(?:code|refresh_token)=([^&]+)", request)
+        given = re.search(rb'"refresh_token":\s*"([^"]+)', answer)
+        if request.startswith(b"POST /token ") and given:
+            tokens[asked[1].decode()] = given[1].decode()
     return tokens
 
 
@@ -213,10 +210,10 @@ def compare(state, statements, tables, tokens):
 
 def die_once(state, todo):
     if chance.random() < 0.05:  # A new folder: the tables are made again.
-        shutil.rmtree(FOLDER)
-        os.mkdir(FOLDER)
+        shutil.rmtree(STORAGE)
+        os.mkdir(STORAGE)
         state, todo = State(), []
-    ask_cloud("/api/requests", method="DELETE")
+    cloud.ask("/api/requests", method="DELETE")
     gateway = Gateway()
     words = work(gateway, state, todo)
     gateway.bury()
@@ -233,12 +230,13 @@ def die_once(state, todo):
 
 begin = time.monotonic()
 state, todo = State(), []
-for moment in range(int(COUNT)):
-    try:
-        state, todo = die_once(state, todo)
-    except Exception:
-        print(f"death_test.py: moment {moment} of seed {SEED}; its storage folder stays: {FOLDER}", file=sys.stderr)
-        raise
+with cloud:
+    for moment in range(int(COUNT)):
+        try:
+            state, todo = die_once(state, todo)
+        except Exception:
+            print(f"death_test.py: moment {moment} of seed {SEED}; its folder stays: {FOLDER}", file=sys.stderr)
+            raise
 for title, tally in tallies.items():
     print(title)
     for name, number in sorted(tally.items()):
