@@ -35,7 +35,7 @@ using SteadyClock = std::chrono::steady_clock;
 constexpr unsigned kThreads = 8;
 constexpr unsigned kStableUsers = 50;
 // What the heap keeps back for reuse, above all while eight threads are still new to it.
-constexpr long kAllowedKiB = 16 * 1024;
+constexpr long kAllowedKiB = 16L * 1024;
 // An invitation is kept until the component ends.
 constexpr long kBytesPerInvitation = 512;
 

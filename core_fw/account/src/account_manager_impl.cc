@@ -92,6 +92,7 @@ void AccountCheckThread::Run() {
     checker.StartRepeat();
     MessageLoop::current()->Run();
     checker.StopRepeat();
+    messageLoop = nullptr;
   } catch (...) {  // Memory ended before the state was set.
     SetState(State::kFailed);
   }
