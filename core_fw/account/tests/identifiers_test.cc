@@ -4,11 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <numeric>
-#include <vector>
 
-#include "core_fw/account/include/account_manager.h"
-#include "core_fw/account/src/account_records.h"
 #include "core_fw/account/src/account_result.h"
 #include "core_fw/account/tests/test_support.h"
 
@@ -56,30 +52,8 @@ TEST(Identifiers, FormatDateShowsLocalTimeWithoutPadding) {
   unsetenv("TZ");
 }
 
-TEST(Records, NameIsWhatStandsBeforeTheFirstAt) {
-  EXPECT_EQ(NameFromId("ann@home@x", "Default"), "ann");
-  EXPECT_EQ(NameFromId("@x", "Default"), "");
-  EXPECT_EQ(NameFromId("ann", "Default"), "Default");
-}
-
-TEST(AccountResult, NumbersAndMessagesAreFixed) {
+TEST(AccountResult, MessagesAreFixed) {
   for (int code = -1; code <= 20; ++code) EXPECT_EQ(AccountResultToString(code), Message(code));
-  std::vector<int> codes(19);
-  std::iota(codes.begin(), codes.end(), 1);
-  EXPECT_THAT(codes,
-              testing::ElementsAre(
-                  kAccountSuccess, kAccountInvalidSessionId, kAccountDbConnectFailure,
-                  kAccountDbExecuteFailure, kAccountNoUserWithUserId, kAccountNoUserWithUserUuid,
-                  kAccountUserGuidMismatch, kAccountNoFriendWithFriendId,
-                  kAccountNoFriendWithFriendUuid, kAccountInvalidFriendAuthCode, kAccountNoUser,
-                  kAccountDuplicatedUserId, kAccountDuplicatedUserGuid, kAccountDuplicatedFriendId,
-                  kAccountZepServerFailure, kAccountUserPortalFailure, kAccountInternalServerError,
-                  kAccountRemoteAccessFailure, kAccountFailure));
-  const int events[] = {kEventAccountAddFriend,          kEventAccountCreateUser,
-                        kEventAccountRemoveFriend,       kEventAccountRemoveUser,
-                        kEventAccountSetUserInformation, kEventAccountSignIn,
-                        kEventAccountSignInAlt,          kEventAccountSignOut};
-  EXPECT_THAT(events, testing::ElementsAre(1, 2, 3, 4, 5, 6, 7, 8));
 }
 
 }  // namespace

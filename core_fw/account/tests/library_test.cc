@@ -264,18 +264,5 @@ TEST_F(LibraryTest, ItIsDestroyedOnceAndUnmapped) {
   }
 }
 
-TEST_F(LibraryTest, AComponentMadeAfterAnotherStartsAfresh) {
-  StartRuntime();
-  Load()->Init(runtime::Runtime::GetInstance());
-  void* const kept = dlopen(LibraryPath().c_str(), RTLD_NOW | RTLD_LOCAL);
-  Unload();
-  Load()->Init(runtime::Runtime::GetInstance());
-  std::vector<std::string> list;
-  EXPECT_EQ(Ask()->GetAllUsersUUID(&list), 1);
-  Unload();
-  log_.Take();
-  dlclose(kept);
-}
-
 }  // namespace
 }  // namespace account

@@ -4,7 +4,6 @@
 
 #include <array>
 #include <atomic>
-#include <new>
 #include <thread>
 
 #include "base/logging.h"
@@ -16,18 +15,17 @@
 namespace account {
 namespace {
 
-constexpr char kStart[] = "2 #account#Name#  NameStart";
-
 TEST(ServiceFrame, BothLevelsGateTheLines) {
   LogCapture log;
+  const std::string start = "2 #account#Name#  NameStart";
   const std::string end = "4 #account#Name#  NameEndInvalid Session ID";
   const struct {
     int platform;
     int component;
     std::vector<std::string> lines;
-  } cases[] = {{0, 2, {kStart, end}}, {-1, -1, {kStart, end}}, {0, 3, {end}}, {3, 2, {end}},
-               {0, 4, {end}},         {4, 4, {end}},           {0, 5, {}},    {5, 2, {}},
-               {2, 2, {kStart, end}}};
+  } cases[] = {{0, 2, {start, end}}, {-1, -1, {start, end}}, {0, 3, {end}}, {3, 2, {end}},
+               {0, 4, {end}},        {4, 4, {end}},          {0, 5, {}},    {5, 2, {}},
+               {2, 2, {start, end}}};
   for (const auto& c : cases) {
     logging::SetMinLogLevel(c.platform);
     SetComponentLogLevel(c.component);
@@ -38,23 +36,7 @@ TEST(ServiceFrame, BothLevelsGateTheLines) {
   SetComponentLogLevel(2);
 }
 
-TEST(ServiceFrame, AnExceptionBecomesAFailure) {
-  LogCapture log;
-  EXPECT_EQ(RunOperation(FROM_HERE, "Name", []() -> AccountResult { throw std::bad_alloc(); }), 19);
-  EXPECT_THAT(log.Take(),
-              testing::ElementsAre(kStart, "4 #account#Name#  NameEndFailure for certain reason"));
-}
-
 using ServiceTest = AccountTest;
-
-TEST_F(ServiceTest, ShutdownRightAfterInitWaitsForTheWorker) {
-  StartRuntime();
-  for (int i = 0; i < 50; ++i) {
-    AccountManagerImpl service;
-    EXPECT_TRUE(service.Init());
-    EXPECT_TRUE(service.Shutdown());
-  }
-}
 
 TEST_F(ServiceTest, ASessionThatEndsWhileTheStateIsReadCutsTheAnswerShort) {
   StartRuntime();
