@@ -40,5 +40,7 @@ inside cmake -S /source -B "$build" -G Ninja -DCMAKE_TOOLCHAIN_FILE=/source/cmak
 inside cmake --build "$build" --target qorn_account account_test account_library_test \
   account_stress_test qorn_platform_test qorn_scenario_test
 for part in platform core_fw/account tests; do
-  inside ctest --test-dir "$build/$part" --parallel "$(nproc)" --output-on-failure --no-tests=error --progress
+  # What was not built is slow under qemu, or needs programs.
+  inside ctest --test-dir "$build/$part" --parallel "$(nproc)" --output-on-failure --no-tests=error \
+    --progress --exclude-regex _NOT_BUILT
 done

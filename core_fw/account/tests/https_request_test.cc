@@ -36,8 +36,8 @@ TEST_F(HttpsRequestTest, ClassifiesTheStatusAndReturnsTheWholeAnswer) {
     fault.header_lines = {"X-Mark: here"};
     cloud_->AddFault(fault);
     EXPECT_THAT(SendRequest({}, cloud_->http_url() + "/token", 1, "body=1", &result_),
-                MatchesRegex("HTTP/1.1 " + std::to_string(status) +
-                             " .*\r\nX-Mark: here\r\n\r\n" + fault.body));
+                MatchesRegex("HTTP/1.1 " + std::to_string(status) + " .*\r\nX-Mark: here\r\n\r\n" +
+                             fault.body));
     EXPECT_EQ(result_, result) << status;
   }
 }

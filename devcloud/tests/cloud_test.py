@@ -1,0 +1,221 @@
+"""The cloud's connections, faults, live page and state file, as clients see them."""
+
+import os
+import signal
+
+import programs
+from wire import Connection, send
+
+REQUEST = "GET /authorize HTTP/1.1\r\n\r\n"
+HEAD = "HTTP/1.1 400 Bad Request\r\n"
+
+
+class CloudTest(programs.TestCase):
+    def setUp(self):
+        super().setUp()
+        self.cloud = self.enterContext(programs.Cloud())
+        self.http, self.https, self.api = self.cloud.urls.values()
+
+    def connect(self, url):
+        return self.enterContext(Connection(url))
+
+    def set_fault(self, **fault):
+        self.cloud.ask("/api/faults", fault)
+
+    def end_faults(self):
+        programs.ask(self.api + "/api/faults", method="DELETE")
+
+    def wait_for_request(self):
+        programs.wait_until(self.cloud.exchanges)
+
+
+class Connections(CloudTest):
+    def test_requests_are_kept_byte_for_byte(self):
+        first = ("POST /authorize?q HTTP/1.1\r\nhOST:x\r\nX-Odd:   zep2 \r\nX-Odd: ä\r\n"
+                 "Transfer-Encoding: chunked\r\n\r\n3\r\nuse\r\n7;e=1\r\nr=ann&b\r\n0\r\n\r\n")
+        rest = ["GET /nowhere HTTP/1.1\r\n\r\n", "GET /authorize HTTP/1.1\r\nConnection: close\r\n\r\n"]
+        connection = self.connect(self.http)
+        connection.write("".join([first, *rest]))
+        answers = connection.read_until()
+        self.assertRegex(answers, "(?s)200 OK.*404 Not Found.*\r\nConnection: close\r\n")
+        self.assertEqual([raw.decode() for raw, _ in self.cloud.exchanges()], [first, *rest])
+        seen = self.cloud.ask("/api/requests")[0]
+        self.assertEqual((seen["method"], seen["target"], seen["body"]), ("POST", "/authorize?q", "user=ann&b"))
+        self.assertEqual(seen["header_lines"],
+                         ["hOST:x", "X-Odd:   zep2 ", "X-Odd: ä", "Transfer-Encoding: chunked"])
+
+    def test_what_is_no_request_is_answered_and_kept(self):
+        for text, status in (("nonsense\r\n\r\nmore", 400), ("GET / HTTP/1.1\nHost: x\n\n", 400),
+                             ("POST /token HTTP/1.1\r\nContent-Length: 70000000\r\n\r\n", 413),
+                             ("GET / HTTP/1.1\r\nX: " + "x" * (3 << 20) + "\r\n\r\n", 431)):
+            with self.subTest(text[:60]), Connection(self.http) as connection:
+                connection.write(text)
+                self.assertTrue(connection.read_until("cannot be read.\n").startswith(f"HTTP/1.1 {status} "))
+                seen = self.cloud.ask("/api/requests")[-1]
+                self.assertEqual(seen["method"], "")
+                self.assertTrue(text.encode().startswith(self.cloud.exchanges()[-1][0]))
+
+    def test_clients_with_large_bodies_are_told_to_go_on(self):
+        seen = send("POST", self.https + "/token", "x" * 1_500_000, ["Expect: 100-continue"])
+        self.assertTrue(seen.text.startswith("HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 400 "), seen)
+        request, = self.cloud.ask("/api/requests")
+        self.assertEqual((len(request["body"]), request["tls"]), (1_500_000, True))
+
+    def test_they_are_refused_and_the_same_ports_open_again(self):
+        idle = self.connect(self.http)
+        self.set_fault(kind="refuse")
+        self.assertEqual(idle.read_until(), "")
+        for url in (self.http, self.https):
+            self.assertRaises(ConnectionRefusedError, Connection, url)
+        self.assertTrue(self.cloud.ask("/api/state")["is_refusing"])
+        self.end_faults()
+        for url in (self.http, self.https):
+            self.assertEqual(send("GET", url + "/authorize").status, 200)
+
+    def test_the_end_does_not_wait_for_them(self):
+        self.set_fault(kind="stall")
+        waiting = [self.connect(url) for url in (self.http, self.https, self.http)]
+        waiting[2].write(REQUEST)
+        self.wait_for_request()
+        page = self.connect(self.api)
+        page.write("GET /api/events HTTP/1.1\r\n\r\n")
+        page.read_until("event: requests")
+        self.cloud.send_signal(signal.SIGTERM)
+        self.assertEqual(self.cloud.wait(programs.PATIENCE), 0)
+        page.read_until()
+        self.assertEqual([connection.read_until() for connection in waiting], ["", "", ""])
+
+    def test_they_may_come_while_it_ends(self):
+        for _ in range(20):
+            with programs.Cloud() as cloud:
+                connections = [Connection(cloud.urls["http"]) for _ in range(30)]
+                cloud.send_signal(signal.SIGTERM)
+                self.assertEqual(cloud.wait(programs.PATIENCE), 0)
+                for connection in connections:
+                    connection.socket.close()
+
+
+class Faults(CloudTest):
+    # A fault, and what a client then sees: how the answer ends, status, begin and end of the text, number of
+    # requests. Without a fault the form "x=y" gets 400.
+    CASES = (
+        ({"kind": "status"}, "whole", 500, "HTTP/1.1 500 Internal Server Error\r\n", "ordered.\n", 1),
+        ({"kind": "status", "status": 204}, "whole", 204, "HTTP/1.1 204 No Content\r\n", "\r\n\r\n", 1),
+        ({"kind": "body", "body": "{}", "content_type": "application/json", "header_lines": ["X-Extra:  1"]}, "whole",
+         200, "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: 2\r\n", "X-Extra:  1\r\n\r\n{}", 1),
+        ({"kind": "body", "body": "{", "bytes": 4}, "whole", 200, "HTTP/1.1 200 OK\r\nContent-Length: 4\r\n",
+         "\r\n\r\n{xxx", 1),
+        ({"kind": "raw", "body": "HTTP/1.1 299\nA: b\n\nc"}, "whole", 299, "HTTP/1.1 299\nA: b\n\nc", "", 1),
+        ({"kind": "reset_after", "bytes": 0}, "reset", 0, "", "", 1),
+        ({"kind": "reset_after", "bytes": 26}, "reset", 400, HEAD, "Request\r\n", 1),
+        ({"kind": "truncate_after", "bytes": 0}, "cut", 0, "", "", 1),
+        ({"kind": "truncate_after", "bytes": 187}, "cut", 400, HEAD, "", 1),
+        ({"kind": "drip"}, "whole", 400, HEAD, "}", 1),
+        ({"kind": "redirect", "status": 307, "times": 3}, "whole", 400, "HTTP/1.1 307 Temporary Redirect\r\n", "}", 4),
+        ({"kind": "redirect", "location": "/authorize"}, "whole", 400, "HTTP/1.1 302 Found\r\n", "}", 2))
+
+    def test_each_kind_is_seen_by_a_client(self):
+        for url in (self.http, self.https):
+            for fault, end, status, begin, last, requests in self.CASES:
+                with self.subTest(fault, url=url):
+                    programs.ask(self.api + "/api/requests", method="DELETE")
+                    self.set_fault(**fault)
+                    seen = send("POST", url + "/token", "x=y")
+                    self.assertEqual((seen.end, seen.status), (end, status))
+                    self.assertTrue(seen.text.startswith(begin) and seen.text.endswith(last), seen)
+                    # Each write is a TLS record of its own.
+                    if url == self.https and seen.text:
+                        self.assertEqual(seen.largest == 1, fault["kind"] == "drip")
+                    exchanges = self.cloud.exchanges()
+                    self.assertEqual(len(exchanges), requests)
+                    self.assertTrue(seen.text.encode().endswith(exchanges[-1][1]))
+                    self.assertEqual(send("POST", url + "/token", "x=y").status, 400)
+
+    def test_path_and_times_say_who_meets_it(self):
+        self.set_fault(kind="status", status=503, path="/token", times=-1)
+        self.set_fault(kind="status", status=502, times=2)
+        steps = (("/token", 503), ("/authorize", 502), ("/token?q", 503), ("/token/x", 502), ("/authorize?q=1", 400),
+                 ("/api/state", 405), ("/token", 503))
+        for target, status in steps:
+            self.assertEqual(send("POST", self.http + target, "x=y").status, status, target)
+        self.end_faults()
+        self.assertEqual(send("POST", self.http + "/token", "x=y").status, 400)
+
+    def test_stalled_requests_go_on_when_it_ends(self):
+        self.set_fault(kind="stall")
+        stalled = self.connect(self.http)
+        stalled.write("POST /authorize HTTP/1.1\r\nContent-Length: 8\r\n\r\nuser=ann")
+        self.wait_for_request()
+        self.assertEqual(send("GET", self.http + "/authorize").status, 200, "others are served")
+        self.assertEqual(self.cloud.ask("/api/state")["users"], [], "the stalled request was handled")
+        self.assertIsNone(self.cloud.ask("/api/requests")[0]["answer_base64"])
+        self.end_faults()
+        answer = stalled.read_until("}")
+        self.assertTrue(answer.startswith("HTTP/1.1 200 OK\r\n"))
+        self.assertEqual(answer.encode(), self.cloud.exchanges()[0][1])
+        self.assertEqual(len(self.cloud.ask("/api/state")["users"]), 1)
+
+
+class Page(CloudTest):
+    def test_streams_tell_what_changes_without_secrets(self):
+        empty = '"requests":[]}\n\n'
+        pages = [self.connect(self.api) for _ in range(3)]
+        for page in pages:
+            page.write("GET /api/events HTTP/1.1\r\n\r\n")
+        page, _, closed_page = pages
+        closed_page.read_until(empty)
+        closed_page.socket.close()
+        begin = page.read_until(empty)
+        self.assertRegex(begin, "(?s)Content-Type: text/event-stream\r\n.*event: state\ndata: {")
+        code = self.cloud.issue_code("<ann>")
+        state = page.read_until("\n\n")
+        self.assertIn(f'"short":"{code[:4]}…"', state)
+        self.assertNotIn(code, state)
+        for _ in range(200):
+            send("POST", self.http + "/token", "x=y")
+        page.read_until('"number":200,')
+        programs.ask(self.api + "/api/requests", method="DELETE")
+        page.read_until('{"oldest":201,"requests":[]}\n\n')
+
+    def test_shows_one_exchange_byte_for_byte(self):
+        answer = send("POST", self.http + "/token", "\udcff<&").text
+        request = self.cloud.exchanges()[0][0]
+        self.assertTrue(request.endswith(b"\r\n\r\n\xff<&"))
+        for part, text in (("request", request.decode(errors="surrogateescape")), ("answer", answer)):
+            shown = send("GET", f"{self.api}/api/exchange?number=1&part={part}").text
+            self.assertTrue(shown.endswith("\r\n\r\n" + text), shown)
+
+
+class StateFile(programs.TestCase):
+    def test_accounts_and_gateways_survive_a_restart(self):
+        state = self.folder / "state"
+        with programs.Cloud("--state", state, "--gateway", "AABB") as cloud:
+            code = cloud.issue_code("ann")
+            users = cloud.ask("/api/state")["users"]
+            cloud.send_signal(signal.SIGTERM)
+            cloud.wait(programs.PATIENCE)
+        self.assertEqual(programs.mode(state), "0o600")
+        with programs.Cloud("--state", state) as cloud:
+            shown = cloud.ask("/api/state")
+            self.assertEqual([user["guid"] for user in shown["users"]], [user["guid"] for user in users])
+            self.assertIn("PEER-AABB", str(shown["devices"]))
+            form = f"grant_type=authorization_code&client_id=a&client_secret=b&code={code}"
+            self.assertEqual(send("POST", cloud.urls["http"] + "/token", form).status, 200)
+
+    def test_start_says_in_one_line_what_is_wrong(self):
+        broken = self.write("state", "{}")
+        cut_off = self.write("cut", '{"users": {\n"a')
+        with programs.Cloud() as running:
+            for option, value, error in (
+                    ("--port", running.urls["http"].rpartition(":")[2], "Address already in use"),
+                    ("--address", "nowhere", "nowhere: not an IP address"),
+                    ("--address", "192.0.2.1", "Cannot assign requested address"),
+                    ("--state", broken, "/state: not a state file"),
+                    ("--state", cut_off, "/cut: not a state file"),
+                    ("--state", f"{self.folder}/", "/: Is a directory"),
+                    ("--state", self.folder / "none/state", "/none/state: No such file or directory")):
+                with self.subTest(error):
+                    status, output, errors = programs.run("qorn-devcloud", option, value)
+                    self.assertEqual((status, output), (1, ""))
+                    self.assert_one_line(errors, "qorn-devcloud: ", error)
+        self.assertEqual(os.path.getsize(broken), 2, "overwritten")

@@ -1,0 +1,62 @@
+"""What the cloud answers, played through exchanges.txt, which tells how it is written."""
+
+import re
+
+import programs
+from wire import send
+
+
+class Player:
+    def __init__(self, cloud):
+        self.cloud = cloud
+        url = cloud.urls["http"]
+        self.values = {"cloud": url, "host": url.removeprefix("http://"), "deep": "<a>" * 200_000}
+        self.header_lines = []
+
+    def fill(self, text):
+        """The longest name that stands there counts; a value may hold other names."""
+        names = "|".join(sorted(map(re.escape, self.values), reverse=True))
+        while (filled := re.sub(rf"\$({names})", lambda name: self.values[name[1]], text)) != text:
+            text = filled
+        assert "$" not in text, text
+        return text
+
+    def play(self, line):
+        what, _, rest = line.partition(" ")
+        name, _, text = rest.partition(" ")
+        if what == "set":
+            self.values[name] = text
+        elif what == "code":
+            self.values[name] = self.cloud.issue_code(text)
+        elif what == "clock":
+            self.cloud.ask("/api/clock", {"advance_seconds": int(name)})
+        elif what == "header":
+            self.header_lines.append(self.fill(rest))
+        elif what.isupper():
+            self.seen = send(what, self.cloud.urls["http"] + self.fill(name), self.fill(text), self.header_lines)
+            self.header_lines = []
+        elif what.isdigit():
+            assert str(self.seen.status) == what, self.seen
+        elif what == "has" or what == "not":
+            assert (self.fill(rest) in self.seen.text) == (what == "has"), self.seen
+        elif what == "ends":
+            assert self.seen.text.endswith(self.fill(rest)), self.seen
+        else:
+            assert what == "take", "nothing that a line can begin with"
+            # Gateways put codes and tokens into forms and XML as they are.
+            self.values[name] = re.search(rf'"{text}":"([a-z0-9-]+)"', self.seen.text)[1]
+
+
+class Exchanges(programs.TestCase):
+    def test_are_answered_as_they_are_written(self):
+        scenes = (programs.SOURCE / "devcloud/tests/exchanges.txt").read_text().split("\n== ")[1:]
+        self.assertGreater(len(scenes), 10)
+        for scene in scenes:
+            title, *lines = scene.splitlines()
+            gateways = re.findall("\ngateway (.*)", scene)
+            with programs.Cloud(*(f"--gateway={address}" for address in gateways)) as cloud:
+                player = Player(cloud)
+                for line in map(str.strip, lines):
+                    with self.subTest(title, line=line[:200]):
+                        if line and not line.startswith(("#", "gateway ")):
+                            player.play(line)

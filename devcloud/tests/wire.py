@@ -1,0 +1,80 @@
+"""A client that shows what comes over the wire, and reads no more into it than it must."""
+
+import collections
+import re
+import socket
+import ssl
+
+import programs
+
+# text: heads and bodies, of redirects too. status: the last one, 0 for none. end: "whole", "reset" or
+# "cut". largest: the most bytes that came in one piece, over TLS in one record.
+Seen = collections.namedtuple("Seen", "text status end largest")
+
+
+class Connection:
+    def __init__(self, url, tls=False):
+        host, port = re.fullmatch("https?://([0-9.]+):([0-9]+)", url).groups()
+        self.socket = socket.create_connection((host, int(port)), programs.PATIENCE)
+        self.largest = 0
+        if tls:
+            self.socket = ssl._create_unverified_context().wrap_socket(self.socket, suppress_ragged_eofs=False)
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *failure):
+        self.socket.close()
+
+    def write(self, text):
+        try:
+            self.socket.sendall(text.encode(errors="surrogateescape"))
+        except ConnectionError:
+            pass  # What is left of the answer tells.
+
+    def read_until(self, end=""):
+        """All up to the text, or to the end of the connection."""
+        read = b""
+        while (not end or not read.endswith(end.encode())) and (byte := self.socket.recv(1)):
+            read += byte
+        return read.decode()
+
+    def read_answer(self):
+        """A whole answer, or what comes of it, and how that ended."""
+        read = b""
+        try:
+            while not is_whole(text := read.decode(errors="surrogateescape")):
+                piece = self.socket.recv(1 << 16)
+                if not piece:
+                    return text, "cut" if not text or "\r\nContent-Length: " in text else "whole"
+                self.largest = max(self.largest, len(piece))
+                read += piece
+        except (ConnectionError, ssl.SSLError):
+            return text, "reset"
+        return text, "whole"
+
+
+def is_whole(text):
+    """Whether an answer has all that its head tells; one without a length ends with the connection."""
+    head, _, body = text.partition("\r\n\r\n")
+    if head.endswith("100 Continue"):
+        return is_whole(body)
+    length = re.search("\r\nContent-Length: ([0-9]+)", head)
+    return " 204 " in head or bool(length) and len(body.encode(errors="surrogateescape")) >= int(length[1])
+
+
+def send(method, url, body="", header_lines=()):
+    """Sends a request and follows redirects."""
+    base, target = re.fullmatch("(https?://[^/]+)(.*)", url).groups()
+    lines = [f"{method} {target} HTTP/1.1", *([] if "Host:" in str(header_lines) else ["Host: x"]), *header_lines]
+    if method != "GET":
+        lines.append(f"Content-Length: {len(body.encode(errors='surrogateescape'))}")
+    with Connection(base, base.startswith("https")) as connection:
+        connection.write("\r\n".join(lines) + "\r\n\r\n" + body)
+        text, end = connection.read_answer()
+    status = re.search("HTTP/1.1 ([02-9][0-9]+)", text)
+    location = re.search("\r\nLocation: (.*)\r\n", text)
+    if location:
+        after = send(method, base + location[1], body, header_lines)
+        return after._replace(text=text + after.text)
+    return Seen(text, int(status[1]) if status else 0, end, connection.largest)
