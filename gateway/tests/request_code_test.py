@@ -1,0 +1,56 @@
+"""The console's way to an authorisation code."""
+
+import signal
+
+import programs
+
+
+class RequestCode(programs.TestCase):
+    def setUp(self):
+        super().setUp()
+        self.cloud = self.enterContext(programs.Cloud())
+
+    def gateway(self, url):
+        config = self.write("config.xml", f"<config><account_zep_auth_url>{url}</account_zep_auth_url></config>")
+        return ("qorn-gateway", "--config", config, "--component",
+                programs.LIBRARIES / "libqorn_gateway_fake_component.so", "--log", self.folder / "log")
+
+    def request(self, url, user="alice"):
+        return programs.run(*self.gateway(url), "--show-secrets", text=f"request-code {user}\n")
+
+    def assert_failure(self, url, error):
+        self.assertEqual(self.request(url).errors,
+                         f"qorn-gateway: standard input:1: request-code: {url}/authorize: {error}\n")
+
+    def test_posts_the_user_encoded_over_http_and_unchecked_https(self):
+        for number, kind in enumerate(("http", "https")):
+            status, output, _ = self.request(self.cloud.urls[kind], "'a&b c@example.com'")
+            self.assertEqual(status, 0)
+            self.assertRegex(output, "\n  code: [a-z0-9-]{8,}\n")
+            request = self.cloud.ask("/api/requests")[number]
+            self.assertEqual((request["target"], request["body"]), ("/authorize", "user=a%26b%20c%40example.com"))
+
+    def test_says_why_there_is_none(self):
+        url = self.cloud.urls["http"]
+        for status, body, error in ((500, "", "status 500"), (302, '{"code":"abc"}', "status 302"),
+                                    (200, "", "the answer holds no code"), (200, '{"code":', "the answer holds no code"),
+                                    (200, '["code"]', "the answer holds no code"),
+                                    (200, '{"code":1}', "the answer holds no code"),
+                                    (200, '{"code":""}', "the answer holds no code"),
+                                    (200, " " * 70000, "the answer is too long")):
+            with self.subTest(body[:20]):
+                self.cloud.ask("/api/faults", {"kind": "status", "status": status, "body": body})
+                self.assert_failure(url, error)
+        self.assert_failure("file:///etc/hostname#", "Unsupported protocol")
+        self.cloud.ask("/api/faults", {"kind": "refuse"})
+        self.assert_failure(url, "Couldn't connect to server")
+
+    def test_ends_at_a_signal(self):
+        self.cloud.ask("/api/faults", {"kind": "stall"})
+        gateway = self.enterContext(programs.Terminal(*self.gateway(self.cloud.urls["http"]),
+                                                      XDG_STATE_HOME=str(self.folder)))
+        gateway.type("request-code alice\n")
+        programs.wait_until(self.cloud.exchanges)
+        gateway.send_signal(signal.SIGTERM)
+        gateway.wait_for("/authorize: told to stop")
+        self.assertEqual(gateway.finish()[0], 0)
