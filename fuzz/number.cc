@@ -1,12 +1,10 @@
 // Integers and dates, each against the C library's own reading.
 #include <algorithm>
-#include <cstdint>
 #include <cstring>
 #include <ctime>
 #include <limits>
 
 #include "base/string_number_conversions.h"
-#include "base/time.h"
 #include "core_fw/account/src/identifiers.h"
 #include "fuzz/fuzz.h"
 
@@ -41,25 +39,6 @@ void CheckDate(const std::string& text) {
   fuzz::Require(read == 7 && timegm(&parts) == seconds, "a date shows its second");
 }
 
-void CheckTime(const std::uint8_t* data, std::size_t size) {
-  std::int64_t numbers[2] = {};
-  if (size < sizeof(numbers)) return;
-  std::memcpy(numbers, data, sizeof(numbers));
-  const base::TimeDelta one = base::TimeDelta::FromSeconds(numbers[0]);
-  const base::TimeDelta two = base::TimeDelta::FromMilliseconds(numbers[1]);
-  const base::Time zero = base::Time::UnixEpoch();
-  const base::Time time = zero + base::TimeDelta::FromMicroseconds(numbers[1]) + one;
-  fuzz::Require((one + two > one) == (two > base::TimeDelta()) || one + two == one,
-                "a sum lies beyond its parts, or at the end");
-  fuzz::Require(one - one == base::TimeDelta() && time - time == base::TimeDelta(), "no time");
-  base::Time::Exploded part;
-  time.UTCExplode(&part);
-  time.LocalExplode(&part);
-  fuzz::Require(part.month >= 1 && part.month <= 12 && part.millisecond >= 0 &&
-                    part.millisecond < 1000 && part.day_of_week >= 0 && part.day_of_week < 7,
-                "parts stay in their ranges");
-}
-
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -68,6 +47,5 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string text = fuzz::Text(data, size);
   CheckInteger(text);
   CheckDate(text);
-  CheckTime(data, size);
   return 0;
 }

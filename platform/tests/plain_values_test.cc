@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "base/pickle.h"
-#include "base/string_number_conversions.h"
 #include "base/time.h"
 #include "tests/test_support.h"
 
@@ -15,21 +14,6 @@ namespace {
 using base::Time;
 using base::TimeDelta;
 using std::string_literals::operator""s;
-
-TEST(StringToInt, LeavesWhatItHadReadInTheOutput) {
-  const auto read = [](const std::string& text) {
-    int value = 77;
-    const bool valid = base::StringToInt(text, &value);
-    return (valid ? "" : "refused at ") + std::to_string(value);
-  };
-  for (const auto& [text, expected] : ReadCases("integer_cases.txt")) {
-    EXPECT_EQ(read(text), expected) << text;
-  }
-  EXPECT_EQ(read("\t\n\v\f\r "), "refused at 0");
-  EXPECT_EQ(read("\t\n\v\f\r -7"), "refused at -7");
-  EXPECT_EQ(read("-7\0"s), "refused at -7");
-  EXPECT_EQ(base::IntToString(INT_MIN), "-2147483648");
-}
 
 TEST(Pickle, WritesASizeAndPaddedFields) {
   Pickle pickle;

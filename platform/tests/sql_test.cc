@@ -1,7 +1,4 @@
 #include <gtest/gtest.h>
-#include <sqlite3.h>
-
-#include <new>
 
 #include "sql/connection.h"
 #include "sql/statement.h"
@@ -85,17 +82,6 @@ TEST_F(SqlTest, FindsTablesInPlainFiles) {
   sql::Connection other;
   EXPECT_TRUE(other.Open(FilePath(folder_.File("text"))) && !other.DoesTableExist("T"));
   EXPECT_EQ(ReadFile(folder_.File("text")), text);
-}
-
-// A value that was not bound would be written as NULL, one that was not read would seem empty.
-TEST_F(SqlTest, ThrowsWhenThereIsNoMemoryForAValue) {
-  sql::Statement insert = connection_.GetUniqueStatement("INSERT INTO T (a) VALUES (?)");
-  sql::Statement select = connection_.GetUniqueStatement("SELECT zeroblob(100000)");
-  ASSERT_TRUE(select.Step());
-  sqlite3_hard_heap_limit64(1);
-  EXPECT_THROW(insert.BindString(0, std::string(100000, 'x')), std::bad_alloc);
-  EXPECT_THROW(select.ColumnString(0), std::bad_alloc);
-  sqlite3_hard_heap_limit64(0);
 }
 
 TEST_F(SqlTest, CallsTheBusyHandlerWhileAnotherConnectionHoldsTheFile) {

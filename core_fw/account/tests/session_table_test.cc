@@ -3,8 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <climits>
-
 namespace account {
 namespace {
 
@@ -74,18 +72,6 @@ TEST(SessionTable, ExpiryWalkStopsAtTheFirstExpiredRecord) {
   EXPECT_TRUE(Expired(table, b));
   EXPECT_EQ(table.ResetSessionCount(b), 1);
   EXPECT_FALSE(Expired(table, b));
-}
-
-TEST(SessionTable, TakesAnyLifetime) {
-  for (int lifetime : {0, -1, INT_MIN}) {
-    SessionTable table;
-    const std::string a = Add(table, "ann");
-    EXPECT_EQ(table.SetLifetime(lifetime), 1);
-    EXPECT_TRUE(Expired(table, a)) << lifetime;
-    EXPECT_TRUE(Expired(table, "unknown")) << lifetime;
-  }
-  SessionTable table;
-  EXPECT_FALSE(Expired(table, "unknown"));
 }
 
 }  // namespace

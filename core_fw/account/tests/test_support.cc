@@ -61,29 +61,10 @@ std::string Line(int severity, const std::string& function, const std::string& t
 }
 
 std::string Message(int code) {
-  static constexpr const char* kMessages[] = {
-      "Undefined Error code",
-      "Success",
-      "Invalid Session ID",
-      "Failure to connect to the account DB",
-      "Failure to execute DB statement",
-      "There is no user who has this user ID in the account DB",
-      "There is no user who has this user UUID in the account DB",
-      "User GUID in the account DB is different with the user GUID in the ZEP server",
-      ("There is no friend who has this friend ID and is connected with this user UUID in the "
-       "account DB"),
-      "There is no friend who has this friend UUID in the account DB",
-      "This friend auth code is not vaild.",
-      "There is no user in the account DB",
-      "Duplicated user ID in the account DB",
-      "Duplicated user GUID in the account DB",
-      "Duplicated friend ID in the account DB",
-      "Failure for ZEP server",
-      "Failure for User Portal server",
-      "Internal Server Error",
-      "Failure for Remote Access module",
-      "Failure for certain reason"};
-  return kMessages[code >= 1 && code <= 19 ? code : 0];
+  std::ifstream file(QORN_RESULT_MESSAGES);  // A line for each code from 0 on.
+  std::string line;
+  for (int i = code >= 1 && code <= 19 ? code : 0; i >= 0; --i) std::getline(file, line);
+  return line;
 }
 
 EventCapture::EventCapture() {
