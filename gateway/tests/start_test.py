@@ -52,3 +52,14 @@ class Start(programs.TestCase):
             self.assertGreater(log.stat().st_size, size)
             size = log.stat().st_size
         self.assertEqual(programs.mode(log), "0o600")
+
+    def test_gives_the_account_component_its_log_level(self):
+        for levels, lines in (("LOG_VERBOSE LOG_INTERNAL_DETAILED_INFO LOG_INTERNAL_INFO LOG_INFO log_error", 2),
+                              ("LOG_WARNING LOG_ERROR", 1), ("LOG_ERROR_REPORT LOG_FATAL", 0)):
+            for level in levels.split():
+                config = self.write("config.xml", f"<config><account_log_level>{level}</account_log_level></config>")
+                log = self.folder / level
+                programs.run("qorn-gateway", "--config", config, "--log", log, "--keep-going", text="sign-out x\n")
+                found = [line for line in ("#account#SignOut#  SignOutStart", "#account#SignOut#  SignOutEndInvalid")
+                         if line in log.read_text()]
+                self.assertEqual(len(found), lines, level)

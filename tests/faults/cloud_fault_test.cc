@@ -10,7 +10,6 @@
 #include <thread>
 
 #include "base/test_clock.h"
-#include "core_fw/account/src/user_portal_client.h"
 #include "tests/faults/operation_sweep.h"
 
 namespace faults {
@@ -48,7 +47,6 @@ class CloudFaults : public StoredUsersTest {
   void Start();
   void Stop();
   int Operate(const std::string& line);
-  void RegisterBob();
   // Calls the case's operation with the fault. Whether it gave the case's code and left the store.
   bool Fails(const Case& test, Fault fault);
   // The length of the answer: the first cut that is none.
@@ -90,26 +88,16 @@ int CloudFaults::Operate(const std::string& line) {
   return service_->GetNetworkSettingStatus();
 }
 
-void CloudFaults::RegisterBob() {
-  const std::string guid = cloud_->UserGuid("bob@x");
-  std::string token;
-  service_->GetUserInfoByType(*variables_.Find("bob"), kUserInfoGetAccessToken, &token);
-  account::HttpResult result{};
-  EXPECT_TRUE(account::AddUserToUserPortal(
-      {cloud_->http_url(), "app-id", account::kGatewayAddress}, {"bob@x", guid, token},
-      {"HGW", "QG-1", account::kGatewayAddress}, "ACCOUNT", &result));
-}
-
 bool CloudFaults::Fails(const Case& test, Fault fault) {
   const auto rows = [this] {
     return Sql("SELECT * FROM Users UNION ALL SELECT *, 0 FROM Friends");
   };
-  for (const std::string id : {"ann", "tim"}) {
+  for (const std::string id : {"ann", "bob", "tim"}) {
     variables_.Set("code_" + id, cloud_->IssueCode(id + "@x"));
   }
   // The cloud may have done what its answer did not tell.
   if (std::string_view(test.line).starts_with("refresh")) Call("sign-in ann@x $code_ann");
-  if (std::string_view(test.line).starts_with("remove")) RegisterBob();
+  if (std::string_view(test.line).starts_with("remove")) Call("create-user bob@x $code_bob");
   const Rows before = rows();
   fault.path = test.path;
   cloud_->ClearRequests();

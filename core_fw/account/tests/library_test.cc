@@ -217,35 +217,6 @@ TEST_F(LibraryTest, FinalizeKeepsTheWorkerWhileNobodyAskedForTheInterface) {
   EXPECT_THAT(threads(), Not(HasSubstr("AccountCheckThr;")));
 }
 
-TEST_F(LibraryTest, TheLogLevelIsReadFromTheConfiguration) {
-  const std::string start = Line(2, "SignOut", "SignOutStart");
-  const std::string end = Line(4, "SignOut", "SignOutEndInvalid Session ID");
-  const std::vector<std::string> all = {start, end}, failures = {end}, none;
-  const std::pair<const char*, std::vector<std::string>> cases[] = {
-      {"LOG_VERBOSE", all},
-      {"LOG_INTERNAL_DETAILED_INFO", all},
-      {"LOG_INTERNAL_INFO", all},
-      {"LOG_INFO", all},
-      {"LOG_WARNING", failures},
-      {"LOG_ERROR", failures},
-      {"LOG_ERROR_REPORT", none},
-      {"LOG_FATAL", none},
-      // Match none: the level stays.
-      {"log_error", none},
-      {"", none}};
-  Component* component = Load();
-  AccountManager* const service = Ask();
-  for (const auto& [value, lines] : cases) {
-    config_["account_log_level"] = value;
-    StartRuntime();
-    component->Init(runtime::Runtime::GetInstance());
-    log_.Take();
-    service->SignOut("x");
-    EXPECT_EQ(log_.Take(), lines) << value;
-  }
-  EXPECT_TRUE(component->Finalize());
-}
-
 TEST_F(LibraryTest, ItIsDestroyedOnceAndUnmapped) {
   // The last line obeys the platform's level alone. The component's level holds from the start.
   config_["account_log_level"] = "LOG_FATAL";
