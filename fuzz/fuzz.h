@@ -28,12 +28,8 @@ inline std::string Text(const std::uint8_t* data, std::size_t size) {
 
 // Builds the log lines as ever, but writes none.
 inline void QuietLog() {
-  static const bool quiet = [] {
-    logging::SetLogMessageHandler(
-        [](int, const char*, int, std::size_t, const std::string&) { return true; });
-    return true;
-  }();
-  static_cast<void>(quiet);
+  logging::SetLogMessageHandler(
+      [](int, const char*, int, std::size_t, const std::string&) { return true; });
 }
 
 }  // namespace fuzz

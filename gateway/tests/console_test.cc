@@ -10,7 +10,6 @@
 #include <memory>
 #include <optional>
 #include <regex>
-#include <set>
 #include <sstream>
 
 #include "gateway/events.h"
@@ -133,19 +132,6 @@ TEST(Console, AnswersAsInTheTranscript) {
   for (const Operation& operation : Operations()) {
     EXPECT_NE(played.find(std::string("\n> ") + operation.name + " "), played.npos)
         << operation.name;
-  }
-}
-
-TEST(Console, HelpNamesAllCommandsAndAliasesOnce) {
-  std::set<std::string> names;
-  for (const CommandInfo& command : Console::Commands()) {
-    EXPECT_TRUE(names.insert(command.name).second) << command.name;
-    EXPECT_TRUE(*command.alias == '\0' || names.insert(command.alias).second) << command.alias;
-    EXPECT_NE(Scene().Play("> help").find(std::string("\n  ") + command.name), std::string::npos);
-    const std::string help = Scene().Play(std::string("> help ") + command.name);
-    for (const char* unexplained : {"Undefined", " \n"}) {
-      EXPECT_EQ(help.find(unexplained), std::string::npos) << help;
-    }
   }
 }
 

@@ -57,6 +57,15 @@ class Script(GatewayTestCase):
                 ("a" * (9 << 20) + "\nsay next\n", (1, "next\n", place + "the line is too long\n"))):
             self.assertEqual(programs.run(*self.command, "--keep-going", text=text), expected)
 
+    def test_finds_help_about_each_command_and_alias_once(self):
+        names = re.findall("^  ([a-z-]+)", programs.run(*self.command, text="help\n").output, re.M)
+        helped = programs.run(*self.command, text="".join(f"help {name}\n" for name in names))
+        self.assertEqual((helped.status, helped.errors), (0, ""))
+        self.assertNotRegex(helped.output, "Undefined| \n")
+        names += re.findall("Alias: (.*)", helped.output)
+        self.assertGreater(len(names), 43)
+        self.assertEqual(len(names), len(set(names)))
+
     def test_fails_when_its_output_is_lost(self):
         with open("/dev/full", "wb") as full:
             self.assertEqual(programs.run(*self.command, text="say one\n", stdout=full).status, 1)

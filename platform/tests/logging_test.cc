@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <future>
 
 #include "base/test_clock.h"
 #include "tests/test_support.h"
@@ -59,19 +58,6 @@ TEST_F(LoggingTest, LinesThatAFullDiskDoesNotTakeGoToStandardError) {
             "The log file cannot be written (No space left on device); until it can, its lines are "
             "these:\n" +
                 Line("one") + Line("two"));
-}
-
-TEST_F(LoggingTest, LinesOfManyThreadsStayWhole) {
-  const std::string text(5000, 'x');
-  const auto log = [&text] {
-    for (int line = 0; line < 200; ++line) Log(text);
-  };
-  auto other = std::async(std::launch::async, log);
-  log();
-  other.get();
-  std::string expected;
-  for (int line = 0; line < 400; ++line) expected += Line(text);
-  EXPECT_TRUE(ReadFile(path_) == expected);
 }
 
 TEST_F(LoggingTest, AHandlerTakesTheLinesItWantsAndMayUseTheLog) {

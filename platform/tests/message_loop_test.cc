@@ -3,7 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <future>
+#include <memory>
+#include <string>
 
 #include "base/test_clock.h"
 #include "base/timer.h"
@@ -35,19 +36,6 @@ TEST(MessageLoop, RunsTasksInOrderUntilTheQueueOfQuitIsDone) {
   EXPECT_EQ(*bound, "ablate");
   EXPECT_EQ(bound.use_count(), 1);
   EXPECT_EQ(MessageLoop::current(), nullptr);
-}
-
-// The loop's thread may be through with the loop before PostTask has returned.
-TEST(MessageLoop, MayEndWhileItsLastTaskIsPosted) {
-  for (int round = 0; round < 300; ++round) {
-    std::promise<MessageLoop*> loop;
-    const auto thread = std::async(std::launch::async, [&loop] {
-      MessageLoop own;
-      loop.set_value(&own);
-      own.Run();
-    });
-    loop.get_future().get()->PostTask(FROM_HERE, [] { MessageLoop::current()->Quit(); });
-  }
 }
 
 using base::TimeDelta;

@@ -4,10 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstdlib>
-#include <filesystem>
-#include <thread>
 
 #include "base/test_clock.h"
 #include "tests/faults/operation_sweep.h"
@@ -57,10 +54,6 @@ class CloudFaults : public StoredUsersTest {
   std::string answer_;  // To the latest request that met a fault.
   int met_ = 0;
 };
-
-long CountDescriptors() {
-  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-}
 
 // The worker's first try is refused.
 void CloudFaults::StartService() {
@@ -161,7 +154,7 @@ void CloudFaults::Sweep(const std::string& url, std::size_t step) {
   cloud_->AddGateway(account::kGatewayAddress);
   StartRuntime();
   StoreUsers();
-  const auto descriptors = CountDescriptors();
+  const long descriptors = account::CountEntries("/proc/self/fd");
   for (const Case& test : kCases) {
     SCOPED_TRACE(std::string(test.line) + " " + test.path);
     Start();
@@ -171,12 +164,7 @@ void CloudFaults::Sweep(const std::string& url, std::size_t step) {
     MeetAll(test, length, step);
     Stop();
   }
-  // The cloud may still be closing its side.
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-  while (CountDescriptors() > descriptors && std::chrono::steady_clock::now() < deadline) {
-    std::this_thread::yield();
-  }
-  EXPECT_LE(CountDescriptors(), descriptors);
+  EXPECT_TRUE(account::WaitForDescriptors(descriptors));
   RecordProperty("faults", met_);
 }
 

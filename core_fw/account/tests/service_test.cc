@@ -5,6 +5,7 @@
 #include <array>
 #include <atomic>
 #include <thread>
+#include <tuple>
 
 #include "base/logging.h"
 #include "core_fw/account/src/account_log.h"
@@ -19,18 +20,15 @@ TEST(ServiceFrame, BothLevelsGateTheLines) {
   LogCapture log;
   const std::string start = "2 #account#Name#  NameStart";
   const std::string end = "4 #account#Name#  NameEndInvalid Session ID";
-  const struct {
-    int platform;
-    int component;
-    std::vector<std::string> lines;
-  } cases[] = {{0, 2, {start, end}}, {-1, -1, {start, end}}, {0, 3, {end}}, {3, 2, {end}},
-               {0, 4, {end}},        {4, 4, {end}},          {0, 5, {}},    {5, 2, {}},
-               {2, 2, {start, end}}};
-  for (const auto& c : cases) {
-    logging::SetMinLogLevel(c.platform);
-    SetComponentLogLevel(c.component);
+  const std::tuple<int, int, std::vector<std::string>> cases[] = {
+      {0, 2, {start, end}}, {-1, -1, {start, end}}, {0, 3, {end}}, {3, 2, {end}},
+      {0, 4, {end}},        {4, 4, {end}},          {0, 5, {}},    {5, 2, {}},
+      {2, 2, {start, end}}};
+  for (const auto& [platform, component, lines] : cases) {
+    logging::SetMinLogLevel(platform);
+    SetComponentLogLevel(component);
     EXPECT_EQ(RunOperation(FROM_HERE, "Name", [] { return 2; }), 2);
-    EXPECT_EQ(log.Take(), c.lines) << c.platform << " " << c.component;
+    EXPECT_EQ(log.Take(), lines) << platform << " " << component;
   }
   logging::SetMinLogLevel(0);
   SetComponentLogLevel(2);

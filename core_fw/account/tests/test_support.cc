@@ -2,9 +2,11 @@
 
 #include <sqlite3.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <thread>
 #include <utility>
 
 #include "base/logging.h"
@@ -65,6 +67,18 @@ std::string Message(int code) {
   std::string line;
   for (int i = code >= 1 && code <= 19 ? code : 0; i >= 0; --i) std::getline(file, line);
   return line;
+}
+
+long CountEntries(const std::string& folder) {
+  return std::distance(std::filesystem::directory_iterator(folder), {});
+}
+
+bool WaitForDescriptors(long count) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  while (CountEntries("/proc/self/fd") > count && std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::yield();
+  }
+  return CountEntries("/proc/self/fd") <= count;
 }
 
 EventCapture::EventCapture() {

@@ -56,6 +56,12 @@ class EventCapture {
   std::vector<int> listeners_;
 };
 
+// How many entries a folder has, as "/proc/self/fd" has descriptors.
+long CountEntries(const std::string& folder);
+// Waits until no more than `count` descriptors are open: the cloud may still be closing its side of
+// a connection. False when they stay open.
+bool WaitForDescriptors(long count);
+
 inline constexpr char kGatewayAddress[] = "AABBCC";
 
 // A runtime without components and a cloud that its configuration names. Error lines that a test
