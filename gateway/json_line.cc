@@ -1,5 +1,6 @@
 #include "gateway/json_line.h"
 
+#include <cstdio>
 #include <nlohmann/json.hpp>
 
 #include "gateway/text.h"
@@ -32,8 +33,27 @@ void Add(const std::vector<Field>& fields, bool show_secrets, Json* object) {
   }
 }
 
+// JSON lets the delete character and the controls of eight bits, U+0080 to U+009F, stand as they
+// are; a terminal would obey them. They are in strings only.
+std::string EscapeControls(const std::string& json) {
+  std::string text;
+  for (size_t at = 0; at < json.size(); ++at) {
+    const auto next = static_cast<unsigned char>(at + 1 < json.size() ? json[at + 1] : 0);
+    const bool is_eight_bits = json[at] == '\xc2' && next < 0xa0;
+    if (json[at] != '\x7f' && !is_eight_bits) {
+      text += json[at];
+      continue;
+    }
+    if (is_eight_bits) ++at;
+    char escaped[8];
+    std::snprintf(escaped, sizeof(escaped), "\\u%04x", static_cast<unsigned char>(json[at]));
+    text += escaped;
+  }
+  return text;
+}
+
 std::string Dump(const Json& object) {
-  return object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+  return EscapeControls(object.dump(-1, ' ', false, Json::error_handler_t::replace)) + "\n";
 }
 
 }  // namespace
