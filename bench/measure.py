@@ -1,0 +1,139 @@
+"""Runs the measurements of ./dev bench and keeps their figures in build/bench/report.json."""
+
+import argparse
+import json
+import os
+import pathlib
+import re
+import statistics
+import subprocess
+import sys
+
+import report
+
+PROGRAMS = ["store", "session", "operation", "cloud", "text", "event", "thread", "peers"]
+# How often every measurement is repeated, and the seconds that each repetition takes at least.
+FULL = (7, 0.05)
+QUICK = (1, 0.001)
+STARTS = 40
+CALLS = 2000
+
+
+def run(*command, **environment):
+    answer = subprocess.run([str(word) for word in command], text=True, capture_output=True,
+                            env={**os.environ, **environment})
+    if answer.returncode != 0:
+        sys.exit(f"{' '.join(map(str, command))} failed: {answer.stderr.strip()[-2000:]}")
+    return answer
+
+
+def figure(name, ours, floor, unit="ns"):
+    """Samples of one measurement and of the floor beside it, taken in turn."""
+    ratios = [ours_one / floor_one for ours_one, floor_one in zip(ours, floor)]
+    return {"name": name, "unit": unit, "ours": statistics.median(ours),
+            "floor": statistics.median(floor), "ratio": statistics.median(ratios),
+            "low": min(ratios), "high": max(ratios)}
+
+
+def google_benchmark(program, repetitions, seconds, rename="", quick=False, folder=""):
+    """A program of Google Benchmark, whose counters hold both times."""
+    options = [f"--benchmark_repetitions={repetitions}", f"--benchmark_min_time={seconds}",
+               "--benchmark_format=json"]
+    if quick:
+        options.append("--benchmark_filter=-(users:100000|friends:1000|10000)")
+    if rename:
+        options.append("--benchmark_filter=full_log:0")
+    environment = {"QORN_BENCH_FOLDER": str(folder)} if folder else {}
+    answer = json.loads(run(program, *options, **environment).stdout)
+    samples = {}
+    for line in answer["benchmarks"]:
+        if line["run_type"] != "iteration":
+            continue
+        name = re.sub(r"/manual_time|/full_log:\d|/repeats:\d+", "", line["run_name"])
+        name = re.sub("^operation", rename, name) if rename else name
+        ours, floor = samples.setdefault(name, ([], []))
+        ours.append(line["ours_ns"])
+        floor.append(line["floor_ns"])
+    return [figure(name, *both) for name, both in samples.items()]
+
+
+def starts(build, times):
+    """The component and the floor library, loaded in turn, each in a process of its own."""
+    samples = {"component": [], "floor": []}
+    libraries = {"component": "qorn_account", "floor": "qorn_bench_floor"}
+    for _ in range(times):
+        for kind, library in libraries.items():
+            answer = run(build / "bin/qorn_start_probe", kind, build / f"lib/lib{library}.so")
+            samples[kind].append([float(word) for word in answer.stdout.split()])
+    columns = [[list(column) for column in zip(*samples[kind])] for kind in libraries]
+    return [figure("start/load_to_interface_ready", columns[0][0], columns[1][0]),
+            figure("memory/idle_host", [size / 1024 for size in columns[0][1]],
+                   [size / 1024 for size in columns[1][1]], "KiB")]
+
+
+def memory(build, times):
+    figures = []
+    for what in ["user", "session", "candidate"]:
+        samples = [[float(word) for word in run(build / "bin/qorn_memory_probe", what).stdout.split()]
+                   for _ in range(times)]
+        figures.append(figure(f"memory/per_{what}", *map(list, zip(*samples)), "bytes"))
+    return figures
+
+
+def size(build):
+    stripped = build / "stripped.so"
+    run("strip", "-o", stripped, build / "lib/libqorn_account.so")
+    bytes_of_it = stripped.stat().st_size
+    stripped.unlink()
+    return [{"name": "size/libqorn_account.so", "unit": "bytes", "ours": bytes_of_it}]
+
+
+def instructions(build):
+    """Instructions of one call: those of many calls without those of none."""
+    figures = []
+    for what in ["check", "lookup", "parse"]:
+        counts = []
+        for calls in (0, CALLS):
+            answer = run("valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null",
+                         build / "bin/qorn_instruction_probe", what, calls)
+            counts.append(int(re.search(r"Collected : (\d+)", answer.stderr).group(1)))
+        figures.append({"name": f"instructions/{what}", "unit": "instructions",
+                        "ours": round((counts[1] - counts[0]) / CALLS)})
+    return figures
+
+
+def main():
+    parser = argparse.ArgumentParser(prog="./dev bench", description=__doc__)
+    parser.add_argument("--json", action="store_true", help="print the figures as JSON")
+    parser.add_argument("--quick", action="store_true", help="see that all runs; figures of no worth")
+    parser.add_argument("programs", nargs="*", metavar="PROGRAM",
+                        help=f"only these: {' '.join(PROGRAMS)} start size instructions")
+    parser.add_argument("--build", type=pathlib.Path, required=True, help=argparse.SUPPRESS)
+    options = parser.parse_args()
+    wanted = options.programs or [*PROGRAMS, "start", "size", "instructions"]
+    folder = pathlib.Path("build/bench")
+    folder.mkdir(parents=True, exist_ok=True)
+    repetitions, seconds = QUICK if options.quick else FULL
+    figures = []
+    for name in wanted:
+        print(f"measuring {name}", file=sys.stderr, flush=True)
+        program = options.build / f"bin/qorn_{name}_bench"
+        if name == "start":
+            figures += starts(options.build, 2 if options.quick else STARTS)
+            figures += memory(options.build, 1 if options.quick else 5)
+        elif name == "size":
+            figures += size(options.build)
+        elif name == "instructions":
+            figures += instructions(options.build)
+        elif name == "peers" and not program.exists():
+            print("libaccounts-glib is not here", file=sys.stderr)
+        else:
+            figures += google_benchmark(program, repetitions, seconds, quick=options.quick)
+        if name in ("operation", "cloud") and not options.quick:
+            figures += google_benchmark(program, repetitions, seconds, f"{name}-on-disk", folder=folder)
+    (folder / "report.json").write_text(json.dumps(figures, indent=1) + "\n")
+    report.write(figures, folder)
+    print(json.dumps(figures, indent=1) if options.json else report.table(figures))
+
+
+main()

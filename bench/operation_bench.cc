@@ -1,0 +1,163 @@
+// Operations of the service, with a cloud that answers at once, beside the statements that they
+// must run.
+#include <ctime>
+#include <filesystem>
+#include <optional>
+
+#include "base/logging.h"
+#include "bench/compare.h"
+#include "bench/home.h"
+#include "bench/service.h"
+#include "bench/stored_users.h"
+#include "core_fw/account/src/account_log.h"
+#include "core_fw/account/src/session_table.h"
+
+namespace bench {
+namespace {
+
+class Pair {
+ public:
+  explicit Pair(const benchmark::State& state) : users_(state.range(0)) {
+    account::SetComponentLogLevel(state.range(1) == 0 ? logging::LOG_ERROR : logging::LOG_INFO);
+    {
+      RawDatabase database(home_.database_path());
+      database.Run(kCreateUsers);
+      database.Run(kCreateFriends);
+      Fill(database, users_, 0);
+    }
+    std::filesystem::copy_file(home_.database_path(), home_.Path("floor.db"));
+    service_.emplace();
+    raw_.emplace(home_.Path("floor.db"));
+  }
+  ~Pair() { account::SetComponentLogLevel(logging::LOG_INFO); }
+
+  // Changes both files over connections of its own, which empties the caches of both alike.
+  template <typename Change>
+  void ChangeAside(const Change& change) {
+    for (const char* name : {"account.db", "floor.db"}) {
+      RawDatabase database(home_.Path(name));
+      change(database);
+    }
+  }
+
+  AccountManager& accounts() { return service_->accounts(); }
+  RawDatabase& raw() { return *raw_; }
+  account::UserInfo NextUser() { return UserNumber(next_ = (next_ + 7919) % users_); }
+
+ private:
+  const long users_;
+  long next_ = 0;
+  Home home_;
+  std::optional<Service> service_;
+  std::optional<RawDatabase> raw_;
+};
+
+void Expect(bool condition) { Require(condition, "an operation did not do what it should"); }
+
+void ReadRaw(RawDatabase& raw, const char* sql, const std::string& value, account::UserInfo* user) {
+  Expect(raw.Read(sql, {value}, [&](sqlite3_stmt* row) { TakeUser(row, user); }) == 1);
+}
+
+void SignInAlt(benchmark::State& state) {
+  Pair pair(state);
+  account::UserInfo user, read;
+  std::string uuid, session_id;
+  Compare(
+      state, 1,
+      [&] { Expect(pair.accounts().SignInAlt(user.userId, "", &uuid, &session_id) == 1); },
+      [&] {
+        ReadRaw(pair.raw(), kUserById, user.userId, &read);
+        read.lastSignInDate = std::to_string(time(nullptr));
+        UpdateUser(pair.raw(), read);
+      },
+      [&] {
+        user = pair.NextUser();
+        account::SessionTable::GetInstance()->RemoveAllSessions();
+      });
+}
+
+void GetUserInformation(benchmark::State& state) {
+  Pair pair(state);
+  account::UserInfo user, read;
+  std::string sign_in_state, session_id;
+  account::SessionTable::GetInstance()->AddSession(UserNumber(0).userId, &session_id);
+  Compare(
+      state, 1,
+      [&] {
+        Expect(pair.accounts().GetUserInformation(
+                   user.userUuid, &read.userId, &read.userName, &sign_in_state, &read.userGuid,
+                   &read.accessToken, &read.refreshToken, &read.registeredDate,
+                   &read.lastSignInDate, &read.lastInfoChangedDate) == 1);
+      },
+      [&] { ReadRaw(pair.raw(), kUserByUuid, user.userUuid, &read); },
+      [&] { user = pair.NextUser(); });
+}
+
+void SetUserInfoByType(benchmark::State& state) {
+  Pair pair(state);
+  account::UserInfo user, read;
+  long number = 0;
+  std::string name;
+  Compare(
+      state, 1,
+      [&] {
+        Expect(pair.accounts().SetUserInfoByType(user.userUuid, kUserInfoSetUserName, name) == 1);
+      },
+      [&] {
+        ReadRaw(pair.raw(), kUserByUuid, user.userUuid, &read);
+        read.userName = name;
+        UpdateUser(pair.raw(), read);
+      },
+      [&] {
+        user = pair.NextUser();
+        name = "name" + std::to_string(++number % 900 + 100);
+      });
+}
+
+void RemoveUser(benchmark::State& state) {
+  Pair pair(state);
+  const account::UserInfo removed = UserNumber(state.range(0));
+  account::UserInfo user, read;
+  Compare(
+      state, 1, [&] { Expect(pair.accounts().RemoveUser(user.userId, removed.userId) == 1); },
+      [&] {
+        std::string uuid;
+        const auto take_uuid = [&](sqlite3_stmt* row) { RawDatabase::Take(row, 0, &uuid); };
+        for (const std::string& id : {user.userId, removed.userId, user.userId, removed.userId}) {
+          Expect(pair.raw().Read(kUuidById, {id}, take_uuid) == 1);
+        }
+        ReadRaw(pair.raw(), kUserByUuid, user.userUuid, &read);
+        ReadRaw(pair.raw(), kUserByUuid, removed.userUuid, &read);
+        pair.raw().Run(kDeleteUser, {removed.userUuid});
+        pair.raw().Run(kAllFriends, {removed.userUuid});
+      },
+      [&] {
+        user = pair.NextUser();
+        pair.ChangeAside([&](RawDatabase& database) { InsertUser(database, removed); });
+      });
+}
+
+void Register(const char* name, void (*bench)(benchmark::State&)) {
+  for (const long full_log : {0L, 1L}) {
+    const std::string group = full_log == 0 ? "operation/" : "operation-default-log/";
+    auto* made = benchmark::RegisterBenchmark((group + name).c_str(), bench)
+                     ->ArgNames({"users", "full_log"})
+                     ->UseManualTime();
+    for (const long users : {10L, 1000L}) made->Args({users, full_log});
+  }
+}
+
+void RegisterAll() {
+  Register("SignInAlt", &SignInAlt);
+  Register("GetUserInformation", &GetUserInformation);
+  Register("SetUserInfoByType", &SetUserInfoByType);
+  Register("RemoveUser", &RemoveUser);
+}
+
+}  // namespace
+}  // namespace bench
+
+int main(int argc, char** argv) {
+  bench::RegisterAll();
+  return bench::RunBenchmarks(argc, argv);
+}
