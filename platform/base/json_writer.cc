@@ -1,7 +1,9 @@
 #include "base/json_writer.h"
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "base/json_reader.h"
@@ -18,6 +20,20 @@ std::string Scalar(const nlohmann::json& value) {
   return value.dump(kNoIndent, ' ', kEnsureAscii, nlohmann::json::error_handler_t::replace);
 }
 
+// Text that goes out as it is needs no library.
+bool IsPlain(std::string_view text) {
+  return std::all_of(text.begin(), text.end(),
+                     [](char c) { return c >= ' ' && c <= '~' && c != '"' && c != '\\'; });
+}
+
+void AppendString(const std::string& text, std::string* out) {
+  if (IsPlain(text)) {
+    out->append(1, '"').append(text).append(1, '"');
+  } else {
+    *out += Scalar(text);
+  }
+}
+
 bool AppendDictionary(const DictionaryValue& dictionary, int levels, std::string* out);
 bool AppendList(const ListValue& list, int levels, std::string* out);
 
@@ -32,7 +48,7 @@ bool Append(const Value& value, int levels, std::string* out) {
   if (value.GetAsDictionary(&dictionary)) return AppendDictionary(*dictionary, levels, out);
   if (value.GetAsList(&list)) return AppendList(*list, levels, out);
   if (value.GetAsString(&text)) {
-    *out += Scalar(text);
+    AppendString(text, out);
   } else if (value.GetAsBoolean(&boolean)) {
     *out += Scalar(boolean);
   } else if (value.GetAsInteger(&integer)) {
@@ -49,7 +65,9 @@ bool AppendDictionary(const DictionaryValue& dictionary, int levels, std::string
   if (levels == 0) return false;
   const char* separator = "{";
   for (const auto& [name, member] : dictionary.members()) {
-    *out += std::exchange(separator, ",") + Scalar(name) + ":";
+    *out += std::exchange(separator, ",");
+    AppendString(name, out);
+    *out += ":";
     if (!Append(*member, levels - 1, out)) return false;
   }
   *out += dictionary.members().empty() ? "{}" : "}";

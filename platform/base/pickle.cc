@@ -9,6 +9,8 @@ namespace {
 
 // The size in front and an integer field.
 constexpr size_t kWordSize = sizeof(int32_t);
+// Room from the start: most events fit.
+constexpr size_t kUsualSize = 192;
 constexpr size_t kLargestPayload = std::numeric_limits<int32_t>::max() - kWordSize;
 
 size_t PaddedSize(size_t size) { return (size + kWordSize - 1) / kWordSize * kWordSize; }
@@ -21,7 +23,10 @@ uint32_t ReadWord(const char* bytes) {
 
 }  // namespace
 
-Pickle::Pickle() : owned_(kWordSize, '\0') {}
+Pickle::Pickle() {
+  owned_.reserve(kUsualSize);
+  owned_.resize(kWordSize, '\0');
+}
 
 Pickle::Pickle(const char* data, size_t data_size) {
   if (data == nullptr || data_size < kWordSize) return;

@@ -1,5 +1,6 @@
 #include "base/time.h"
 
+#include <cstdlib>
 #include <ctime>
 #include <limits>
 
@@ -53,6 +54,19 @@ void Explode(int64_t microseconds, tm* (*take_apart)(const time_t*, tm*),
   exploded->millisecond = static_cast<int>(rest / kMicrosecondsPerMillisecond);
 }
 
+// tzset, which asks for the system's zone file each time when the environment names no zone: that
+// once a tick of the kernel's clock is enough. One thread at a time.
+void FollowZone() {
+  static timespec asked{};
+  timespec now{};
+  if (std::getenv("TZ") == nullptr) {
+    clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+    if (now.tv_sec == asked.tv_sec && now.tv_nsec == asked.tv_nsec) return;
+  }
+  asked = now;
+  tzset();
+}
+
 }  // namespace
 
 TimeDelta TimeDelta::FromSeconds(int64_t seconds) {
@@ -89,7 +103,7 @@ void Time::LocalExplode(Exploded* exploded) const {
   // localtime_r alone may keep to the zone of an earlier call. The lock makes the two one step.
   static Lock* const lock = new Lock;
   AutoLock hold(*lock);
-  tzset();
+  FollowZone();
   Explode(since_epoch_.InMicroseconds(), localtime_r, exploded);
 }
 

@@ -28,6 +28,11 @@ class EventManager::Thread : public base::SimpleThread {
   EventManager* const bus_;
 };
 
+Event::Event(int type) : type_(type) {
+  static const auto* const kEmpty = new std::shared_ptr<const Pickle>(std::make_shared<Pickle>());
+  data_ = *kEmpty;
+}
+
 EventManager* EventManager::GetInstance() {
   // Never destroyed: components may publish until the process ends.
   static EventManager* const bus = new EventManager;
@@ -44,12 +49,15 @@ Event* EventManager::CreateEvent(int type) {
 
 void EventManager::Publish(Event* event) {
   std::list<Delivery> delivery;
-  delivery.push_back({event->type(), event->data(), 0});
-  base::AutoLock hold(lock_);
-  delivery.front().last_listener = last_number_;
-  queue_.splice(queue_.end(), delivery);
-  ++published_;
-  changed_.NotifyAll();
+  delivery.push_back({event->type(), event->data_, 0});
+  {
+    base::AutoLock hold(lock_);
+    delivery.front().last_listener = last_number_;
+    queue_.splice(queue_.end(), delivery);
+    ++published_;
+  }
+  // Without the lock, for which the bus's thread would wait again.
+  published_one_.NotifyAll();
 }
 
 void EventManager::ReleaseEvent(Event* event) { delete event; }
@@ -91,51 +99,44 @@ void EventManager::RefuseForTest(int type, bool refuse) {
 
 void EventManager::DeliverForever() {
   g_on_bus_thread = true;
-  for (;;) Deliver(TakeDelivery().front());
+  for (;;) {
+    for (std::list<Delivery> taken = TakeDeliveries(); !taken.empty(); taken.pop_front()) {
+      Deliver(taken.front());
+    }
+  }
 }
 
-std::list<EventManager::Delivery> EventManager::TakeDelivery() {
+std::list<EventManager::Delivery> EventManager::TakeDeliveries() {
   std::list<Delivery> taken;
   base::AutoLock hold(lock_);
-  while (queue_.empty()) changed_.Wait(lock_);
-  taken.splice(taken.begin(), queue_, queue_.begin());
+  while (queue_.empty()) published_one_.Wait(lock_);
+  taken.swap(queue_);
   return taken;
 }
 
 void EventManager::Deliver(const Delivery& delivery) {
-  int number = 0;
-  while (const Listener* listener = BeginCall(delivery, &number)) {
-    (*listener)(delivery.type, delivery.data);
-    EndCall();
+  while (const Listener* listener = NextCall(delivery)) {
+    (*listener)(delivery.type, *delivery.data);
+    DestroyRemoved();
   }
-  base::AutoLock hold(lock_);
-  ++delivered_;
-  changed_.NotifyAll();
 }
 
-const EventManager::Listener* EventManager::BeginCall(const Delivery& delivery, int* number) {
+const EventManager::Listener* EventManager::NextCall(const Delivery& delivery) {
   base::AutoLock hold(lock_);
   const auto end = listeners_.upper_bound(delivery.last_listener);
-  for (auto next = listeners_.upper_bound(*number); next != end; ++next) {
-    if (next->second.type != delivery.type) continue;
-    *number = next->first;
-    running_ = next->first;
-    return &next->second.function;
-  }
-  return nullptr;
+  auto next = listeners_.upper_bound(running_);
+  while (next != end && next->second.type != delivery.type) ++next;
+  const bool over = next == end;
+  if (running_ != 0 || over) changed_.NotifyAll();
+  running_ = over ? 0 : next->first;
+  if (over) ++delivered_;
+  return over ? nullptr : &next->second.function;
 }
 
-void EventManager::EndCall() {
+void EventManager::DestroyRemoved() {
   Registrations::node_type removed_itself;
-  {
-    base::AutoLock hold(lock_);
-    removed_itself = std::move(removed_itself_);
-  }
-  // Destroyed before a remover on another thread is told that the call is over.
-  removed_itself = {};
   base::AutoLock hold(lock_);
-  running_ = 0;
-  changed_.NotifyAll();
+  removed_itself = std::move(removed_itself_);
 }
 
 }  // namespace evt

@@ -21,18 +21,18 @@ class Event {
   // The number that it was made with.
   int type() const { return type_; }
   // Replaces the payload by a copy of `data`; empty at first.
-  void SetData(const Pickle& data) { data_ = data; }
-  // The payload, borrowed.
-  const Pickle& data() const { return data_; }
+  void SetData(const Pickle& data) { data_ = std::make_shared<const Pickle>(data); }
+  // The payload, borrowed until the next SetData.
+  const Pickle& data() const { return *data_; }
 
  private:
   friend class EventManager;
 
-  explicit Event(int type) : type_(type) {}
+  explicit Event(int type);
   ~Event() = default;
 
   const int type_;
-  Pickle data_;
+  std::shared_ptr<const Pickle> data_;  // The bus shares it.
 };
 
 // The event bus. Any thread. Listeners run on the bus's own thread, one event after another in the
@@ -81,7 +81,7 @@ class EventManager {
   };
   struct Delivery {
     int type;
-    Pickle data;
+    std::shared_ptr<const Pickle> data;
     int last_listener;  // Those added after the event was published do not hear it.
   };
   using Registrations = std::map<int, Registration>;
@@ -90,16 +90,19 @@ class EventManager {
   ~EventManager() = default;
 
   void DeliverForever();
-  // A list of one.
-  std::list<Delivery> TakeDelivery();
+  // All that is in the queue; waits while it is empty.
+  std::list<Delivery> TakeDeliveries();
   void Deliver(const Delivery& delivery);
-  // Marks the delivery's next listener behind `*number` as running; null when there is none.
-  const Listener* BeginCall(const Delivery& delivery, int* number);
-  void EndCall();
+  // Ends the running listener's call, if there is one, and marks the delivery's next listener as
+  // running. Null when there is none behind it: the delivery is over then.
+  const Listener* NextCall(const Delivery& delivery);
+  // The destruction of a listener that removed itself, before anybody is told that it has ended.
+  void DestroyRemoved();
 
   std::unique_ptr<Thread> thread_;
   base::Lock lock_;
-  base::ConditionVariable changed_;
+  base::ConditionVariable published_one_;  // The bus's thread waits for it.
+  base::ConditionVariable changed_;        // Everybody else waits for it.
   std::set<int> refused_ GUARDED_BY(lock_);
   std::list<Delivery> queue_ GUARDED_BY(lock_);
   uint64_t published_ GUARDED_BY(lock_) = 0;

@@ -31,10 +31,12 @@ bool Statement::Run() { return StepOnce() == SQLITE_DONE; }
 
 std::string Statement::ColumnString(int column) const {
   if (!is_valid()) return "";
-  const bool is_null = sqlite3_column_type(statement_.get(), column) == SQLITE_NULL;
   const unsigned char* text = sqlite3_column_text(statement_.get(), column);
-  if (text == nullptr && !is_null) throw std::bad_alloc();
-  if (text == nullptr) return "";
+  if (text == nullptr) {
+    // No text for a value that there is: no memory for it.
+    if (sqlite3_column_type(statement_.get(), column) != SQLITE_NULL) throw std::bad_alloc();
+    return "";
+  }
   const int size = sqlite3_column_bytes(statement_.get(), column);
   return std::string(reinterpret_cast<const char*>(text), static_cast<size_t>(size));
 }

@@ -4,10 +4,12 @@
 #ifndef QORN_CORE_FW_ACCOUNT_SRC_ACCOUNT_LOG_H_
 #define QORN_CORE_FW_ACCOUNT_SRC_ACCOUNT_LOG_H_
 
+#include <atomic>
 #include <initializer_list>
 #include <string_view>
 
 #include "base/location.h"
+#include "base/logging.h"
 #include "core_fw/account/include/account_manager.h"
 
 namespace account {
@@ -15,8 +17,20 @@ namespace account {
 inline constexpr int kSeverityProgress = 2;
 inline constexpr int kSeverityFailure = 4;
 
+namespace internal {
+inline std::atomic<int> g_component_log_level{2};
+}  // namespace internal
+
 // The component's own level, 2 at load. Any thread.
-void SetComponentLogLevel(int level);
+inline void SetComponentLogLevel(int level) {
+  internal::g_component_log_level.store(level, std::memory_order_relaxed);
+}
+
+// Whether a line of this severity would be written.
+inline bool LogAdmits(int severity) {
+  return internal::g_component_log_level.load(std::memory_order_relaxed) <= severity &&
+         logging::GetMinLogLevel() <= severity;
+}
 
 // Writes one line made of `parts` if both levels are at most its severity.
 void Log(const tracked_objects::Location& from, int severity, std::string_view function,

@@ -1,6 +1,7 @@
 // What the gateway knows about its users: the rest of AccountManagerImpl by topic.
 #include <cassert>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/location.h"
@@ -99,16 +100,16 @@ AccountResult AccountManagerImpl::GetUserInformation(
     AccountResult result = controller->GetUserInfo(user_uuid, &user);
     if (result != kAccountSuccess) return result;
     *user_id = user.userId;
-    *user_name = user.userName;
+    *user_name = std::move(user.userName);
     *sign_in_state = "Off";  // Stays so when a session ends while the state is read.
     result = ReadSignInState(user.userId, sign_in_state);
     if (result != kAccountSuccess) return result;
-    *user_guid = user.userGuid;
-    *access_token = user.accessToken;
-    *refresh_token = user.refreshToken;
-    *registered_date = user.registeredDate;
-    *last_sign_in_date = user.lastSignInDate;
-    *last_info_changed_date = user.lastInfoChangedDate;
+    *user_guid = std::move(user.userGuid);
+    *access_token = std::move(user.accessToken);
+    *refresh_token = std::move(user.refreshToken);
+    *registered_date = std::move(user.registeredDate);
+    *last_sign_in_date = std::move(user.lastSignInDate);
+    *last_info_changed_date = std::move(user.lastInfoChangedDate);
     return kAccountSuccess;
   });
 }

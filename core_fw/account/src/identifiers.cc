@@ -2,8 +2,9 @@
 
 #include <uuid/uuid.h>
 
+#include <charconv>
 #include <cstdint>
-#include <cstdio>
+#include <string_view>
 
 #include "base/string_number_conversions.h"
 #include "base/time.h"
@@ -11,10 +12,18 @@
 namespace account {
 namespace {
 
-const char* WeekdayName(int day_of_week) {
-  static constexpr const char* kNames[] = {"Sunday",   "Monday", "Tuesday", "Wednesday",
-                                           "Thursday", "Friday", "Saturday"};
+std::string_view WeekdayName(int day_of_week) {
+  static constexpr std::string_view kNames[] = {"Sunday",   "Monday", "Tuesday", "Wednesday",
+                                                "Thursday", "Friday", "Saturday"};
   return kNames[day_of_week % 7];
+}
+
+// Writes a number and the character behind it; there is room for any number. Gives the new end.
+char* Put(int number, char behind, char* out) {
+  constexpr int kLongest = 11;
+  out = std::to_chars(out, out + kLongest, number).ptr;
+  *out++ = behind;
+  return out;
 }
 
 }  // namespace
@@ -45,9 +54,7 @@ std::string MakeUuid(int kind) {
 
 std::string CurrentTimestamp() {
   const auto seconds = static_cast<std::int64_t>(base::Time::Now().ToDoubleT());
-  char text[20];
-  std::snprintf(text, sizeof(text), "%lld", static_cast<long long>(seconds));
-  return text;
+  return std::to_string(seconds);
 }
 
 std::string FormatDate(const std::string& stored) {
@@ -58,10 +65,16 @@ std::string FormatDate(const std::string& stored) {
   base::Time::Exploded part;
   time.LocalExplode(&part);
   char text[96];
-  std::snprintf(text, sizeof(text), "%d/%d/%d %s %d:%d:%d", part.year, part.month,
-                part.day_of_month, WeekdayName(part.day_of_week), part.hour, part.minute,
-                part.second);
-  return text;
+  char* end = Put(part.year, '/', text);
+  end = Put(part.month, '/', end);
+  end = Put(part.day_of_month, ' ', end);
+  const std::string_view weekday = WeekdayName(part.day_of_week);
+  end += weekday.copy(end, weekday.size());
+  *end++ = ' ';
+  end = Put(part.hour, ':', end);
+  end = Put(part.minute, ':', end);
+  end = std::to_chars(end, text + sizeof(text), part.second).ptr;
+  return std::string(text, end);
 }
 
 }  // namespace account

@@ -1,7 +1,9 @@
 #ifndef QORN_CORE_FW_ACCOUNT_SRC_SESSION_TABLE_H_
 #define QORN_CORE_FW_ACCOUNT_SRC_SESSION_TABLE_H_
 
+#include <array>
 #include <atomic>
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -11,8 +13,11 @@
 
 namespace account {
 
+// A UUID's text: session IDs are all that long.
+inline constexpr std::size_t kSessionIdLength = 36;
+
 struct SessionRecord {
-  std::string sessionId;
+  std::array<char, kSessionIdLength> sessionId;  // In the record, so that a scan reads on.
   std::string userId;
   int count = 0;  // Ticks since the session was opened or last kept alive.
 };
@@ -49,7 +54,9 @@ class SessionTable {
   AccountResult SetLifetime(int value);
 
  private:
-  SessionRecord* Find(const std::string& session_id) EXCLUSIVE_LOCKS_REQUIRED(lock);
+  // The record with this ID, of which there is at most one.
+  std::vector<SessionRecord>::iterator Find(const std::string& session_id)
+      EXCLUSIVE_LOCKS_REQUIRED(lock);
 
   std::vector<SessionRecord> records GUARDED_BY(lock);
   base::internal::LockImpl lock;
