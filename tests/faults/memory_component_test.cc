@@ -24,6 +24,7 @@ class ComponentMemory : public account::AccountTest {
     // What the worker does first.
     config_["account_enable_MIRLO_network_setting"] = "on";
     cloud_->AddGateway(account::kGatewayAddress);
+    UseNamedZone();
     StartRuntime();
     logging::SetLogMessageHandler(
         [](int, const char*, int, size_t, const std::string&) { return true; });

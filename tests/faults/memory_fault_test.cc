@@ -46,6 +46,7 @@ class MemoryFaults : public OperationSweep {
 
 MemoryFaults::MemoryFaults(SweptOperation operation) : OperationSweep(std::move(operation)) {
   config_["account_enable_MIRLO_network_setting"] = ticks_ ? "on" : "off";
+  UseNamedZone();
   StartRuntime();
   logging::SetLogMessageHandler(
       [this](int, const char*, int, size_t start, const std::string& text) {

@@ -57,6 +57,8 @@ void* RunStarted(void* data) {
 
 void UseMemoryAs(Side side) { t_side = side; }
 
+void UseNamedZone() { setenv("TZ", "UTC0", 1); }
+
 void StartMemoryFault(Side side, int nth, bool lasting) {
   g_left = nth;
   g_lasting = lasting;

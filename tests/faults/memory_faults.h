@@ -9,6 +9,10 @@ namespace faults {
 enum class Side { kNone, kCaller, kStarted };
 void UseMemoryAs(Side side);
 
+// From here on the zone is UTC by name. The system's takes memory, some of it kept, whenever the C
+// library looks whether it has changed.
+void UseNamedZone();
+
 // Makes the Nth allocation of that side fail, or the start of a thread if that is what comes Nth;
 // `lasting`: and all after it. Until EndMemoryFault, which tells whether the Nth came. What is
 // allocated in between counts as held until it is freed.
