@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <iomanip>
 #include <locale>
 #include <memory>
 #include <string_view>
@@ -45,14 +44,23 @@ const char* SeverityName(int severity) {
   return kSeverityNames[known - LOG_VERBOSE];
 }
 
+char* PutTwoDigits(int number, char* out) {
+  *out++ = static_cast<char>('0' + number / 10);
+  *out++ = static_cast<char>('0' + number % 10);
+  return out;
+}
+
 void WritePrefix(const char* file, int line, int severity, std::ostream& out) {
   base::Time::Exploded now{};
   base::Time::Now().LocalExplode(&now);
-  out << '[' << std::setfill('0');
-  for (const int part : {now.month, now.day_of_month}) out << std::setw(2) << part;
-  out << '/';
-  for (const int part : {now.hour, now.minute, now.second}) out << std::setw(2) << part;
-  out << std::setfill(' ') << ':' << SeverityName(severity) << ':' << file << '(' << line << ")] ";
+  char time[16];
+  char* end = time;
+  *end++ = '[';
+  for (const int part : {now.month, now.day_of_month}) end = PutTwoDigits(part, end);
+  *end++ = '/';
+  for (const int part : {now.hour, now.minute, now.second}) end = PutTwoDigits(part, end);
+  out.write(time, end - time);
+  out << ':' << SeverityName(severity) << ':' << file << '(' << line << ")] ";
 }
 
 // One write for a whole line, as long as the system takes it in one. False with errno set when the

@@ -43,7 +43,7 @@ AccountController::~AccountController() {
 bool AccountController::Init() {
   {
     base::AutoLock guard(lock_);
-    friend_candidates_.clear();
+    friend_candidates_.Clear();
   }
   if (g_store == nullptr) {
     g_store = new AccountDBWrapper;

@@ -10,18 +10,11 @@
 #include "core_fw/account/include/account_manager.h"
 #include "core_fw/account/src/account_db_wrapper.h"
 #include "core_fw/account/src/account_records.h"
+#include "core_fw/account/src/friend_candidates.h"
 #include "core_fw/account/src/oauth_token_client.h"
 #include "core_fw/account/src/user_portal_client.h"
 
 namespace account {
-
-// An invitation that waits for the friend to present its code.
-struct FriendCandidate {
-  std::string userUuid;  // Who invites.
-  std::string friendId;
-  std::string friendPeerId;
-  std::string authCode;
-};
 
 // The business layer: configuration, cloud and store combined into whole steps.
 //
@@ -114,7 +107,7 @@ class AccountController {
   bool FindCandidate(const std::string& auth_code, FriendCandidate* candidate);
 
   AccountDBWrapper* store_ = nullptr;  // The library's one store.
-  std::vector<FriendCandidate> friend_candidates_ GUARDED_BY(lock_);
+  FriendCandidates friend_candidates_ GUARDED_BY(lock_);
   base::Lock lock_;
   std::string app_name_;
   std::string app_id_;

@@ -48,12 +48,12 @@ AccountResult AccountController::CreateAccount(const std::string& user_id,
   AccountResult result = store_->AddUser(user);
   if (result != kAccountSuccess) return result;  // The portal's registration stays.
   *user_uuid = user.userUuid;
-  std::vector<std::string> user_uuids;
-  result = store_->GetAllUsersUuidList(user_uuids);
+  bool has_users = false;
+  result = store_->HasUsers(&has_users);
   if (result != kAccountSuccess) return result;
-  // Deliberately kept: the list ends with the system account, so it never holds one entry here,
-  // and the network setting is left to InitNetworkSetting.
-  if (user_uuids.size() != 1) return kAccountSuccess;
+  // Deliberately kept: with the user that was just stored there is always one, and the network
+  // setting is left to InitNetworkSetting.
+  if (has_users) return kAccountSuccess;
   return FetchNetworkSetting(user) ? kAccountSuccess : kAccountUserPortalFailure;
 }
 
@@ -164,10 +164,9 @@ bool AccountController::FetchNetworkSetting(const UserInfo& user) {
 
 void AccountController::InitNetworkSetting() {
   if (!network_setting_enabled_ || GetNetworkSettingStatus() == 1) return;
-  std::vector<std::string> user_uuids;
-  AccountResult result = store_->GetAllUsersUuidList(user_uuids);
+  bool has_users = false;  // Does not matter: the system account is always there.
+  AccountResult result = store_->HasUsers(&has_users);
   if (result != kAccountSuccess) return LogNetworkFailure(result);
-  if (user_uuids.empty()) return;  // Deliberately kept; the system account is always in the list.
   UserInfo system;
   result = store_->GetSystemAccount(system);
   if (result != kAccountSuccess) return LogNetworkFailure(result);

@@ -19,24 +19,17 @@ AccountResult AccountController::AddFriendCandidate(const std::string& user_uuid
     return kAccountDuplicatedFriendId;
   }
   FriendCandidate candidate{user_uuid, friend_id, friend_peer_id, MakeUuid(kUuidOfFriendAuthCode)};
-  std::string made = candidate.authCode;
   {
     base::AutoLock guard(lock_);
-    friend_candidates_.push_back(std::move(candidate));
+    friend_candidates_.Add(candidate);
   }
-  *auth_code = std::move(made);
+  *auth_code = std::move(candidate.authCode);
   return kAccountSuccess;
 }
 
 bool AccountController::FindCandidate(const std::string& auth_code, FriendCandidate* candidate) {
   base::AutoLock guard(lock_);
-  bool found = false;
-  for (const FriendCandidate& known : friend_candidates_) {
-    if (known.authCode != auth_code) continue;
-    *candidate = known;
-    found = true;
-  }
-  return found;
+  return friend_candidates_.Find(auth_code, candidate);
 }
 
 // The friend ID is deliberately unused: all that the cloud is told names the candidate's.

@@ -299,6 +299,14 @@ AccountResult AccountDBWrapper::GetAllUsersUuidList(std::vector<std::string>& us
   return result;
 }
 
+AccountResult AccountDBWrapper::HasUsers(bool* any) {
+  base::AutoLock guard(lock_);
+  sql::Statement statement;
+  const AccountResult result = Prepare("GetAllUsersUuidList", kSelectAllUserUuids, {}, &statement);
+  if (result == kAccountSuccess) *any = statement.Step();
+  return result;
+}
+
 AccountResult AccountDBWrapper::GetAllFriendsUuidList(const std::string& user_uuid,
                                                       std::vector<std::string>& friend_uuids) {
   return ReadRows("GetAllFriendsUuidList", kSelectFriendUuids, {&user_uuid}, kAccountSuccess,

@@ -57,6 +57,8 @@ class AccountDBWrapper {
 
   // Appended to the list; the system account stands last among the users.
   AccountResult GetAllUsersUuidList(std::vector<std::string>& user_uuids);
+  // Whether that list would hold anybody beside the system account; does not read it whole.
+  AccountResult HasUsers(bool* any);
   AccountResult GetAllFriendsUuidList(const std::string& user_uuid,
                                       std::vector<std::string>& friend_uuids);
 
