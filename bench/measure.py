@@ -35,14 +35,15 @@ def figure(name, ours, floor, unit="ns"):
             "low": min(ratios), "high": max(ratios)}
 
 
-def google_benchmark(program, repetitions, seconds, rename="", quick=False, folder=""):
-    """A program of Google Benchmark, whose counters hold both times."""
+def google_benchmark(program, repetitions, seconds, quick=False, folder=None):
+    """A program of Google Benchmark, whose counters hold both times; with a folder on a disk its
+    figures are named so."""
     options = [f"--benchmark_repetitions={repetitions}", f"--benchmark_min_time={seconds}",
                "--benchmark_format=json"]
     if quick:
         options.append("--benchmark_filter=-(users:100000|friends:1000|10000)")
-    if rename:
-        options.append("--benchmark_filter=full_log:0")
+    if folder:
+        options.append("--benchmark_filter=-full_log:1")
     environment = {"QORN_BENCH_FOLDER": str(folder)} if folder else {}
     answer = json.loads(run(program, *options, **environment).stdout)
     samples = {}
@@ -50,7 +51,7 @@ def google_benchmark(program, repetitions, seconds, rename="", quick=False, fold
         if line["run_type"] != "iteration":
             continue
         name = re.sub(r"/manual_time|/full_log:\d|/repeats:\d+", "", line["run_name"])
-        name = re.sub("^operation", rename, name) if rename else name
+        name = name.replace("/", "-on-disk/", 1) if folder else name
         ours, floor = samples.setdefault(name, ([], []))
         ours.append(line["ours_ns"])
         floor.append(line["floor_ns"])
@@ -58,17 +59,25 @@ def google_benchmark(program, repetitions, seconds, rename="", quick=False, fold
 
 
 def starts(build, times):
-    """The component and the floor library, loaded in turn, each in a process of its own."""
-    samples = {"component": [], "floor": []}
+    """The component, the floor library and the peer, loaded in turn, each in its own process."""
     libraries = {"component": "qorn_account", "floor": "qorn_bench_floor"}
+    if (build / "lib/libqorn_bench_peer.so").exists():
+        libraries["peer"] = "qorn_bench_peer"
+    samples = {kind: [] for kind in libraries}
     for _ in range(times):
         for kind, library in libraries.items():
             answer = run(build / "bin/qorn_start_probe", kind, build / f"lib/lib{library}.so")
             samples[kind].append([float(word) for word in answer.stdout.split()])
-    columns = [[list(column) for column in zip(*samples[kind])] for kind in libraries]
-    return [figure("start/load_to_interface_ready", columns[0][0], columns[1][0]),
-            figure("memory/idle_host", [size / 1024 for size in columns[0][1]],
-                   [size / 1024 for size in columns[1][1]], "KiB")]
+    times_of, sizes_of = {}, {}
+    for kind, rows in samples.items():
+        times_of[kind] = [row[0] for row in rows]
+        sizes_of[kind] = [row[1] / 1024 for row in rows]
+    figures = [figure("start/load_to_interface_ready", times_of["component"], times_of["floor"]),
+               figure("memory/idle_host", sizes_of["component"], sizes_of["floor"], "KiB")]
+    if "peer" in libraries:
+        figures += [figure("peer/load_to_store_ready", times_of["component"], times_of["peer"]),
+                    figure("peer/idle_host", sizes_of["component"], sizes_of["peer"], "KiB")]
+    return figures
 
 
 def memory(build, times):
@@ -80,12 +89,21 @@ def memory(build, times):
     return figures
 
 
-def size(build):
+def stripped_size(build, library):
     stripped = build / "stripped.so"
-    run("strip", "-o", stripped, build / "lib/libqorn_account.so")
+    run("strip", "-o", stripped, library)
     bytes_of_it = stripped.stat().st_size
     stripped.unlink()
-    return [{"name": "size/libqorn_account.so", "unit": "bytes", "ours": bytes_of_it}]
+    return bytes_of_it
+
+
+def size(build):
+    ours = stripped_size(build, build / "lib/libqorn_account.so")
+    peer = build / "lib/libqorn_bench_peer.so"
+    if not peer.exists():
+        return [{"name": "size/libqorn_account.so", "unit": "bytes", "ours": ours}]
+    found = re.search(r"libaccounts-glib\S* => (\S+)", run("ldd", peer).stdout).group(1)
+    return [figure("size/libqorn_account.so", [ours], [stripped_size(build, found)], "bytes")]
 
 
 def instructions(build):
@@ -130,7 +148,7 @@ def main():
         else:
             figures += google_benchmark(program, repetitions, seconds, quick=options.quick)
         if name in ("operation", "cloud") and not options.quick:
-            figures += google_benchmark(program, repetitions, seconds, f"{name}-on-disk", folder=folder)
+            figures += google_benchmark(program, repetitions, seconds, folder=folder)
     (folder / "report.json").write_text(json.dumps(figures, indent=1) + "\n")
     report.write(figures, folder)
     print(json.dumps(figures, indent=1) if options.json else report.table(figures))

@@ -73,6 +73,10 @@ void SignInAlt(benchmark::State& state) {
       [&] {
         user = pair.NextUser();
         account::SessionTable::GetInstance()->RemoveAllSessions();
+        // A row that stays as it is would not be written.
+        pair.ChangeAside([&](RawDatabase& database) {
+          database.Run("UPDATE Users SET lastSignInDate='1' WHERE userUuid=?", {user.userUuid});
+        });
       });
 }
 

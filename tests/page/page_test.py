@@ -7,6 +7,7 @@ import os
 import subprocess
 import sys
 
+from selenium.common.exceptions import StaleElementReferenceException
 from selenium import webdriver
 from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.by import By
@@ -42,7 +43,9 @@ def find(selector):
 
 
 def wait(condition, problem):
-    return WebDriverWait(browser, 10, 0.05).until(lambda _: condition(), problem)
+    # What the page draws anew while it is read is read again.
+    waiting = WebDriverWait(browser, 10, 0.05, [StaleElementReferenceException])
+    return waiting.until(lambda _: condition(), problem)
 
 
 def wait_for(selector, text):
