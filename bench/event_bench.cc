@@ -80,33 +80,61 @@ Pickle Payload() {
   return payload;
 }
 
-// So many events one behind the other; the time is up when the last has been heard.
-void Publish(benchmark::State& state, int events) {
-  evt::EventManager* bus = evt::EventManager::GetInstance();
-  const int listener = bus->AddListener(
-      account::kSignInAltEvent.number,
-      [](int /*type*/, const Pickle& data) { benchmark::DoNotOptimize(ReadAll(data)); });
+// The bus with one listener and the queue, both with a thread that reads.
+struct Pair {
+  Pair()
+      : listener(bus->AddListener(
+            account::kSignInAltEvent.number,
+            [](int /*type*/, const Pickle& data) { benchmark::DoNotOptimize(ReadAll(data)); })) {}
+  ~Pair() { bus->RemoveListener(listener); }
+  Pair(const Pair&) = delete;
+  Pair& operator=(const Pair&) = delete;
+
+  void Publish(int events) {
+    for (int i = 0; i < events; ++i) {
+      PublishEvent(FROM_HERE, "SignInAlt", account::kSignInAltEvent, {&kUuid, &kUserId, &kSession});
+    }
+  }
+  void Push(int events) {
+    for (int i = 0; i < events; ++i) queue.Push(Payload());
+    pushed += events;
+  }
+
+  evt::EventManager* const bus = evt::EventManager::GetInstance();
+  const int listener;
   PlainQueue queue;
   long pushed = 0;
+};
+
+// The time is up when the last has been heard.
+void InARow(benchmark::State& state) {
+  Pair pair;
   Compare(
       state, 1,
       [&] {
-        for (int i = 0; i < events; ++i) {
-          PublishEvent(FROM_HERE, "SignInAlt", account::kSignInAltEvent,
-                       {&kUuid, &kUserId, &kSession});
-        }
-        bus->Flush();
+        pair.Publish(kEvents);
+        pair.bus->Flush();
       },
       [&] {
-        for (int i = 0; i < events; ++i) queue.Push(Payload());
-        queue.WaitUntilRead(pushed += events);
+        pair.Push(kEvents);
+        pair.queue.WaitUntilRead(pair.pushed);
       });
-  bus->RemoveListener(listener);
 }
 
-void PublishAll(benchmark::State& state) { Publish(state, kEvents); }
+// What it takes the publisher to wake the thread that reads; the reading itself does not count.
+void Waking(benchmark::State& state) {
+  Pair pair;
+  Compare(
+      state, 1, [&] { pair.Publish(1); }, [&] { pair.Push(1); },
+      [&] {
+        pair.bus->Flush();
+        pair.queue.WaitUntilRead(pair.pushed);
+        std::this_thread::sleep_for(std::chrono::microseconds(200));  // Both threads sleep by then.
+      });
+}
 
-BENCHMARK(PublishAll)->Name("event/Publish/1000_in_a_row")->UseManualTime();
+BENCHMARK(InARow)->Name("event/Publish/1000_in_a_row")->UseManualTime();
+BENCHMARK(Waking)->Name("event/Publish/to_a_sleeping_bus")->UseManualTime()->Iterations(300);
 
 }  // namespace
 }  // namespace bench

@@ -50,7 +50,7 @@ def google_benchmark(program, repetitions, seconds, quick=False, folder=None):
     for line in answer["benchmarks"]:
         if line["run_type"] != "iteration":
             continue
-        name = re.sub(r"/manual_time|/full_log:\d|/repeats:\d+", "", line["run_name"])
+        name = re.sub(r"/manual_time|/full_log:\d|/(repeats|iterations):\d+", "", line["run_name"])
         name = name.replace("/", "-on-disk/", 1) if folder else name
         ours, floor = samples.setdefault(name, ([], []))
         ours.append(line["ours_ns"])

@@ -1,5 +1,5 @@
-// Every operation of the store beside the same statements on bare SQLite, each on a file of its own
-// that was the other's copy.
+// Every operation of the store beside the same statements on bare SQLite, over a connection of its
+// own to the same file: where a file lies in memory makes a difference of its own.
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -28,24 +28,27 @@ class Pair {
     Restore();
   }
 
-  // Both files as they were filled.
+  // The file as it was filled, and connections that are new to it.
   void Restore() {
     store_.reset();
     raw_.reset();
-    constexpr auto kOver = std::filesystem::copy_options::overwrite_existing;
-    std::filesystem::copy_file(home_.Path("filled"), home_.database_path(), kOver);
-    std::filesystem::copy_file(home_.Path("filled"), home_.Path("floor.db"), kOver);
+    Copy("account.db");
     Open();
+    raw_.emplace(home_.database_path());
+  }
+
+  // The same, with a copy for the floor, which cannot empty what is empty.
+  void RestoreTwice() {
+    Restore();
+    Copy("floor.db");
     raw_.emplace(home_.Path("floor.db"));
   }
 
-  // Changes both files over connections of its own, which empties the caches of both alike.
+  // Changes the file over a connection of its own, which empties the caches of both.
   template <typename Change>
   void ChangeAside(const Change& change) {
-    for (const char* name : {"account.db", "floor.db"}) {
-      RawDatabase database(home_.Path(name));
-      change(database);
-    }
+    RawDatabase database(home_.database_path());
+    change(database);
   }
 
   account::AccountDBWrapper& store() { return *store_; }
@@ -56,6 +59,10 @@ class Pair {
   bool Is(long users, long friends) const { return users_ == users && friends_ == friends; }
 
  private:
+  void Copy(const char* name) {
+    std::filesystem::remove(home_.Path(name));
+    std::filesystem::copy_file(home_.Path("filled"), home_.Path(name));
+  }
   void Open() {
     store_ = std::make_unique<account::AccountDBWrapper>();
     Require(store_->Init(), "the store does not open");
@@ -136,41 +143,49 @@ void GetAllUsersUuidList(benchmark::State& state) {
 
 void AddUser(benchmark::State& state) {
   Pair& pair = PairOf(state);
-  const account::UserInfo user = UserNumber(state.range(0));
+  const account::UserInfo ours = UserNumber(state.range(0));
+  const account::UserInfo floor = UserNumber(state.range(0) + 1);
   Compare(
-      state, 1, [&] { Expect(pair.store().AddUser(user) == 1); },
+      state, 1, [&] { Expect(pair.store().AddUser(ours) == 1); },
       [&] {
-        Expect(pair.raw().Run(kUserById, {user.userId}) == 0);
-        Expect(pair.raw().Run(kUserByGuid, {user.userGuid}) == 0);
-        InsertUser(pair.raw(), user);
+        Expect(pair.raw().Run(kUserById, {floor.userId}) == 0);
+        Expect(pair.raw().Run(kUserByGuid, {floor.userGuid}) == 0);
+        InsertUser(pair.raw(), floor);
       },
       [&] {
-        pair.store().RemoveUser(user.userUuid);
-        pair.raw().Run(kDeleteUser, {user.userUuid});
+        pair.ChangeAside([&](RawDatabase& database) {
+          for (const auto* user : {&ours, &floor}) database.Run(kDeleteUser, {user->userUuid});
+        });
       });
   pair.Restore();
 }
 
 void RemoveUser(benchmark::State& state) {
   Pair& pair = PairOf(state);
-  const account::UserInfo user = UserNumber(state.range(0));
+  const account::UserInfo ours = UserNumber(state.range(0));
+  const account::UserInfo floor = UserNumber(state.range(0) + 1);
   Compare(
-      state, 1, [&] { Expect(pair.store().RemoveUser(user.userUuid) == 1); },
-      [&] { pair.raw().Run(kDeleteUser, {user.userUuid}); },
-      [&] { pair.ChangeAside([&](RawDatabase& database) { InsertUser(database, user); }); });
+      state, 1, [&] { Expect(pair.store().RemoveUser(ours.userUuid) == 1); },
+      [&] { pair.raw().Run(kDeleteUser, {floor.userUuid}); },
+      [&] {
+        pair.ChangeAside([&](RawDatabase& database) {
+          for (const auto* user : {&ours, &floor}) InsertUser(database, *user);
+        });
+      });
   pair.Restore();
 }
 
 void ModifyUser(benchmark::State& state) {
   Pair& pair = PairOf(state);
-  account::UserInfo user;
+  account::UserInfo user, floor;
   long number = 0;  // A row that stays as it is would not be written.
   Compare(
       state, 1, [&] { Expect(pair.store().ModifyUser(user) == 1); },
-      [&] { UpdateUser(pair.raw(), user); },
+      [&] { UpdateUser(pair.raw(), floor); },
       [&] {
-        user = UserNumber(pair.NextUser());
+        user = floor = UserNumber(pair.NextUser());
         user.userName = "name" + std::to_string(++number % 900 + 100);
+        floor.userName = "mane" + std::to_string(number % 900 + 100);
       });
 }
 
@@ -225,16 +240,18 @@ void GetAllFriendsUuidList(benchmark::State& state) {
 void AddFriend(benchmark::State& state) {
   Pair& pair = PairOf(state);
   const std::string owner = UserNumber(0).userUuid;
-  const account::FriendInfo added = FriendNumber(0, state.range(1));
+  const account::FriendInfo ours = FriendNumber(0, state.range(1));
+  const account::FriendInfo floor = FriendNumber(0, state.range(1) + 1);
   Compare(
-      state, 1, [&] { Expect(pair.store().AddFriend(owner, added) == 1); },
+      state, 1, [&] { Expect(pair.store().AddFriend(owner, ours) == 1); },
       [&] {
-        Expect(pair.raw().Run(kFriendOfOwner, {added.friendId, owner}) == 0);
-        InsertFriend(pair.raw(), owner, added);
+        Expect(pair.raw().Run(kFriendOfOwner, {floor.friendId, owner}) == 0);
+        InsertFriend(pair.raw(), owner, floor);
       },
       [&] {
-        pair.store().RemoveFriend(added.friendUuid);
-        pair.raw().Run(kDeleteFriend, {added.friendUuid});
+        pair.ChangeAside([&](RawDatabase& database) {
+          for (const auto* made : {&ours, &floor}) database.Run(kDeleteFriend, {made->friendUuid});
+        });
       });
   pair.Restore();
 }
@@ -242,12 +259,15 @@ void AddFriend(benchmark::State& state) {
 void RemoveFriend(benchmark::State& state) {
   Pair& pair = PairOf(state);
   const std::string owner = UserNumber(0).userUuid;
-  const account::FriendInfo added = FriendNumber(0, state.range(1));
+  const account::FriendInfo ours = FriendNumber(0, state.range(1));
+  const account::FriendInfo floor = FriendNumber(0, state.range(1) + 1);
   Compare(
-      state, 1, [&] { Expect(pair.store().RemoveFriend(added.friendUuid) == 1); },
-      [&] { pair.raw().Run(kDeleteFriend, {added.friendUuid}); },
+      state, 1, [&] { Expect(pair.store().RemoveFriend(ours.friendUuid) == 1); },
+      [&] { pair.raw().Run(kDeleteFriend, {floor.friendUuid}); },
       [&] {
-        pair.ChangeAside([&](RawDatabase& database) { InsertFriend(database, owner, added); });
+        pair.ChangeAside([&](RawDatabase& database) {
+          for (const auto* made : {&ours, &floor}) InsertFriend(database, owner, *made);
+        });
       });
   pair.Restore();
 }
@@ -261,7 +281,7 @@ void DeleteAll(benchmark::State& state) {
           pair.raw().Run(sql);
         }
       },
-      [&] { pair.Restore(); });
+      [&] { pair.RestoreTwice(); });
   pair.Restore();
 }
 

@@ -31,6 +31,7 @@ class ConditionVariable {
     held.release();
   }
 
+  void NotifyOne() { condition_.notify_one(); }
   void NotifyAll() { condition_.notify_all(); }
 
  private:

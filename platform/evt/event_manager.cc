@@ -57,7 +57,7 @@ void EventManager::Publish(Event* event) {
     ++published_;
   }
   // Without the lock, for which the bus's thread would wait again.
-  published_one_.NotifyAll();
+  published_one_.NotifyOne();
 }
 
 void EventManager::ReleaseEvent(Event* event) { delete event; }

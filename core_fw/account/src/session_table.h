@@ -18,8 +18,8 @@ inline constexpr std::size_t kSessionIdLength = 36;
 
 struct SessionRecord {
   std::array<char, kSessionIdLength> sessionId;  // In the record, so that a scan reads on.
+  int count = 0;  // Ticks since the session was opened or last kept alive. Here it fills a gap.
   std::string userId;
-  int count = 0;  // Ticks since the session was opened or last kept alive.
 };
 
 // The open sessions, in memory, in the order in which they were opened. Session IDs begin with
