@@ -19,8 +19,6 @@
 namespace bench {
 namespace {
 
-void Expect(bool condition) { Require(condition, "an operation did not do what it should"); }
-
 std::size_t Append(char* data, std::size_t size, std::size_t count, void* response) {
   static_cast<std::string*>(response)->append(data, size * count);
   return size * count;
@@ -72,44 +70,44 @@ std::unique_ptr<devcloud::Cloud> StartCloud() {
 
 class Pair {
  public:
-  // The second argument is 1 for HTTPS.
+  // The argument is 1 for HTTPS.
   explicit Pair(const benchmark::State& state)
-      : url(state.range(0) == 0 ? cloud->http_url() : cloud->https_url()),
-        home_({{"account_zep_auth_url", url}, {"account_user_portal_url", url}}),
-        raw(home_.Path("floor.db")) {
+      : url_(state.range(0) == 0 ? cloud_->http_url() : cloud_->https_url()),
+        settings_{url_, "gateway-client", "gateway-secret", "AABBCC"},
+        home_({{"account_zep_auth_url", url_}, {"account_user_portal_url", url_}}),
+        raw_(home_.Path("floor.db")) {
     account::SetComponentLogLevel(logging::LOG_ERROR);
-    raw.Run(kCreateUsers);
-    raw.Run(kCreateFriends);
+    raw_.Run(kCreateUsers);
+    raw_.Run(kCreateFriends);
     service_.emplace();
   }
 
   // What the cloud answers for a token request of the floor.
   std::string PostToken(const std::string& body) {
-    return Post(url + "/token", {"Accept: application/json"}, body);
+    return Post(url_ + "/token", {"Accept: application/json"}, body);
   }
   // An account in the service's store and the same row in the floor's.
   account::UserInfo MakeUser(const std::string& user_id) {
     std::string uuid;
-    Expect(accounts().CreateUser(user_id, cloud->IssueCode(user_id), &uuid) == 1);
+    Expect(accounts().CreateUser(user_id, cloud_->IssueCode(user_id), &uuid) == 1);
     account::UserInfo user = UserNumber(users_++);
     user.userId = user_id;
-    user.userGuid = cloud->UserGuid(user_id);
-    InsertUser(raw, user);
+    user.userGuid = cloud_->UserGuid(user_id);
+    InsertUser(raw_, user);
     return user;
   }
   AccountManager& accounts() { return service_->accounts(); }
-
-  const std::unique_ptr<devcloud::Cloud> cloud = StartCloud();
-  const std::string url;
-  const account::TokenSettings settings{url, "gateway-client", "gateway-secret", "AABBCC"};
+  devcloud::Cloud& cloud() { return *cloud_; }
+  RawDatabase& raw() { return raw_; }
+  const std::string& url() const { return url_; }
+  const account::TokenSettings& settings() const { return settings_; }
 
  private:
+  const std::unique_ptr<devcloud::Cloud> cloud_ = StartCloud();
+  const std::string url_;
+  const account::TokenSettings settings_;
   Home home_;
-
- public:
-  RawDatabase raw;
-
- private:
+  RawDatabase raw_;
   std::optional<Service> service_;
   long users_ = 0;
 };
@@ -125,14 +123,14 @@ void SignIn(benchmark::State& state) {
       [&] { Expect(pair.accounts().SignIn(user_id, ours_code, &uuid, &session_id, &failed) == 1); },
       [&] {
         const std::string answer = pair.PostToken(body);
-        pair.raw.Read(kUserById, {user_id}, [&](sqlite3_stmt* row) { TakeUser(row, &read); });
+        pair.raw().Read(kUserById, {user_id}, [&](sqlite3_stmt* row) { TakeUser(row, &read); });
         read.accessToken = Token(answer, "access_token");
         read.refreshToken = Token(answer, "refresh_token");
-        UpdateUser(pair.raw, read);
+        UpdateUser(pair.raw(), read);
       },
       [&] {
-        ours_code = pair.cloud->IssueCode(user_id);
-        body = MakeAuthCodeBody(pair.settings, pair.cloud->IssueCode(user_id));
+        ours_code = pair.cloud().IssueCode(user_id);
+        body = MakeAuthCodeBody(pair.settings(), pair.cloud().IssueCode(user_id));
         account::SessionTable::GetInstance()->RemoveAllSessions();
       });
 }
@@ -143,25 +141,25 @@ void RefreshAccessToken(benchmark::State& state) {
   pair.MakeUser(user_id);
   account::UserInfo read = pair.MakeUser(floor_id);
   read.refreshToken =
-      Token(pair.PostToken(MakeAuthCodeBody(pair.settings, pair.cloud->IssueCode(floor_id))),
+      Token(pair.PostToken(MakeAuthCodeBody(pair.settings(), pair.cloud().IssueCode(floor_id))),
             "refresh_token");
   std::string body;
   Compare(
       state, 1, [&] { Expect(pair.accounts().RefreshAccessToken(user_id) == 1); },
       [&] {
-        pair.raw.Read(kUserById, {floor_id}, [&](sqlite3_stmt* row) { TakeUser(row, &read); });
+        pair.raw().Read(kUserById, {floor_id}, [&](sqlite3_stmt* row) { TakeUser(row, &read); });
         const std::string answer = pair.PostToken(body);
         read.accessToken = Token(answer, "access_token");
         read.refreshToken = Token(answer, "refresh_token");
-        UpdateUser(pair.raw, read);
+        UpdateUser(pair.raw(), read);
       },
-      [&] { body = MakeRefreshBody(pair.settings, read.refreshToken); });
+      [&] { body = MakeRefreshBody(pair.settings(), read.refreshToken); });
 }
 
 void CreateUser(benchmark::State& state) {
   Pair pair(state);
   const account::PortalDevice device{"HGW", "QG-1", "AABBCC"};
-  const account::PortalSettings portal{pair.url, "gateway-client", "AABBCC"};
+  const account::PortalSettings portal{pair.url(), "gateway-client", "AABBCC"};
   account::UserInfo user = UserNumber(0);
   std::string ours_id, ours_code, body, register_body, uuid;
   std::vector<std::string> headers;
@@ -173,21 +171,23 @@ void CreateUser(benchmark::State& state) {
         headers =
             MakePortalHeaders(portal, {user.userId, user.userGuid, Token(answer, "access_token")},
                               "1700000000", "5c1f7c2e-90ab-4d6f-8123-00112233abcd");
-        benchmark::DoNotOptimize(Post(pair.url + "/device/adduserdevice", headers, register_body));
-        Expect(pair.raw.Run(kUserById, {user.userId}) == 0);
-        Expect(pair.raw.Run(kUserByGuid, {user.userGuid}) == 0);
-        InsertUser(pair.raw, user);
+        benchmark::DoNotOptimize(
+            Post(pair.url() + "/device/adduserdevice", headers, register_body));
+        Expect(pair.raw().Run(kUserById, {user.userId}) == 0);
+        Expect(pair.raw().Run(kUserByGuid, {user.userGuid}) == 0);
+        InsertUser(pair.raw(), user);
         std::vector<std::string> uuids;
-        pair.raw.Read(kAllUsers, {},
-                      [&](sqlite3_stmt* row) { RawDatabase::Take(row, 0, &uuids.emplace_back()); });
+        pair.raw().Read(kAllUsers, {}, [&](sqlite3_stmt* row) {
+          RawDatabase::Take(row, 0, &uuids.emplace_back());
+        });
       },
       [&] {
         user = UserNumber(++number);
         user.userId = "floor" + user.userId;
         ours_id = "ours1" + UserNumber(number).userId;
-        ours_code = pair.cloud->IssueCode(ours_id);
-        body = MakeAuthCodeBody(pair.settings, pair.cloud->IssueCode(user.userId));
-        user.userGuid = pair.cloud->UserGuid(user.userId);
+        ours_code = pair.cloud().IssueCode(ours_id);
+        body = MakeAuthCodeBody(pair.settings(), pair.cloud().IssueCode(user.userId));
+        user.userGuid = pair.cloud().UserGuid(user.userId);
         register_body = MakeAddUserBody(user.userGuid, device, "ACCOUNT");
       });
 }

@@ -1,5 +1,7 @@
 #include "bench/home.h"
 
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -25,6 +27,12 @@ std::string MakeFolder() {
 void Die(const std::string& message) {
   std::fprintf(stderr, "bench: %s\n", message.c_str());
   std::exit(2);
+}
+
+long ResidentBytes() {
+  long pages = 0, resident = 0;
+  std::ifstream("/proc/self/statm") >> pages >> resident;
+  return resident * sysconf(_SC_PAGESIZE);
 }
 
 Home::Home(const std::map<std::string, std::string>& changes) : folder_(MakeFolder()) {

@@ -30,6 +30,10 @@ class Home {
 inline void Require(bool condition, const char* what) {
   if (!condition) Die(what);
 }
+inline void Expect(bool condition) { Require(condition, "an operation did not do what it should"); }
+
+// What this process has in memory.
+long ResidentBytes();
 
 }  // namespace bench
 

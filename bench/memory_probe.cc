@@ -1,9 +1,6 @@
 // What many users, sessions or invitations add to the resident memory: memory_probe user|session|
 // candidate prints the bytes for each of them and the bytes of their texts and numbers.
-#include <unistd.h>
-
 #include <cstdio>
-#include <fstream>
 #include <optional>
 
 #include "base/logging.h"
@@ -17,12 +14,6 @@ namespace bench {
 namespace {
 
 constexpr long kCount = 50000;
-
-long ResidentBytes() {
-  long pages = 0, resident = 0;
-  std::ifstream("/proc/self/statm") >> pages >> resident;
-  return resident * sysconf(_SC_PAGESIZE);
-}
 
 // Each adds one and gives the size of its own data.
 

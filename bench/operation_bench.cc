@@ -52,8 +52,6 @@ class Pair {
   std::optional<RawDatabase> raw_;
 };
 
-void Expect(bool condition) { Require(condition, "an operation did not do what it should"); }
-
 void ReadRaw(RawDatabase& raw, const char* sql, const std::string& value, account::UserInfo* user) {
   Expect(raw.Read(sql, {value}, [&](sqlite3_stmt* row) { TakeUser(row, user); }) == 1);
 }

@@ -1,65 +1,16 @@
 // Session checks through the service beside a mutex and a linear scan of the same records.
 #include <memory>
-#include <mutex>
 
 #include "base/logging.h"
 #include "bench/compare.h"
 #include "bench/home.h"
+#include "bench/plain_sessions.h"
 #include "bench/service.h"
 #include "core_fw/account/src/account_log.h"
 #include "core_fw/account/src/session_table.h"
 
 namespace bench {
 namespace {
-
-// The plain way to keep sessions.
-class PlainSessions {
- public:
-  void Add(const std::string& session_id, const std::string& user_id) {
-    records_.push_back({session_id, user_id, 0});
-  }
-  bool Has(const std::string& session_id) {
-    const std::lock_guard<std::mutex> hold(mutex_);
-    return Find(session_id) != nullptr;
-  }
-  bool GetUser(const std::string& session_id, std::string* user_id) {
-    const std::lock_guard<std::mutex> hold(mutex_);
-    const Record* record = Find(session_id);
-    if (record != nullptr) *user_id = record->user_id;
-    return record != nullptr;
-  }
-  bool Reset(const std::string& session_id) {
-    const std::lock_guard<std::mutex> hold(mutex_);
-    Record* record = Find(session_id);
-    if (record != nullptr) record->count = 0;
-    return record != nullptr;
-  }
-  // Counts for one session; a session that has reached the lifetime would end the walk.
-  bool Count(const std::string& session_id) {
-    const std::lock_guard<std::mutex> hold(mutex_);
-    for (Record& record : records_) {
-      if (record.session_id == session_id) ++record.count;
-      if (record.count >= kLifetime) return true;
-    }
-    return false;
-  }
-
- private:
-  static constexpr int kLifetime = 1 << 30;
-  struct Record {
-    std::string session_id, user_id;
-    int count;
-  };
-  Record* Find(const std::string& session_id) {
-    for (Record& record : records_) {
-      if (record.session_id == session_id) return &record;
-    }
-    return nullptr;
-  }
-
-  std::mutex mutex_;
-  std::vector<Record> records_;
-};
 
 // A service and the plain way, with the same sessions.
 class Pair {
@@ -71,7 +22,7 @@ class Pair {
       const std::string user_id = "user" + std::to_string(i % 50) + "@example.com";
       std::string session_id;
       account::SessionTable::GetInstance()->AddSession(user_id, &session_id);
-      plain.Add(session_id, user_id);
+      plain_.Add(session_id, user_id);
       session_ids_.push_back(session_id);
     }
   }
@@ -79,16 +30,13 @@ class Pair {
 
   const std::string& Next() { return session_ids_[next_ = (next_ + 7919) % session_ids_.size()]; }
   const std::vector<std::string>& session_ids() const { return session_ids_; }
+  AccountManager& accounts() { return service_.accounts(); }
+  PlainSessions& plain() { return plain_; }
 
  private:
   Home home_;
   Service service_;
-
- public:
-  AccountManager& accounts = service_.accounts();
-  PlainSessions plain;
-
- private:
+  PlainSessions plain_;
   std::vector<std::string> session_ids_;
   std::size_t next_ = 0;
 };
@@ -99,23 +47,23 @@ int Calls(const benchmark::State& state) { return state.range(0) >= 10000 ? 16 :
 void CheckSessionValidation(benchmark::State& state) {
   Pair pair(state);
   Compare(
-      state, Calls(state), [&] { pair.accounts.CheckSessionValidation(pair.Next()); },
-      [&] { benchmark::DoNotOptimize(pair.plain.Has(pair.Next())); });
+      state, Calls(state), [&] { pair.accounts().CheckSessionValidation(pair.Next()); },
+      [&] { benchmark::DoNotOptimize(pair.plain().Has(pair.Next())); });
 }
 
 void ResetCountForSessionMaintenance(benchmark::State& state) {
   Pair pair(state);
   Compare(
-      state, Calls(state), [&] { pair.accounts.ResetCountForSessionMaintenance(pair.Next()); },
-      [&] { benchmark::DoNotOptimize(pair.plain.Reset(pair.Next())); });
+      state, Calls(state), [&] { pair.accounts().ResetCountForSessionMaintenance(pair.Next()); },
+      [&] { benchmark::DoNotOptimize(pair.plain().Reset(pair.Next())); });
 }
 
 void GetSessionInfo(benchmark::State& state) {
   Pair pair(state);
   std::string user_id;
   Compare(
-      state, Calls(state), [&] { pair.accounts.GetSessionInfo(pair.Next(), &user_id); },
-      [&] { benchmark::DoNotOptimize(pair.plain.GetUser(pair.Next(), &user_id)); });
+      state, Calls(state), [&] { pair.accounts().GetSessionInfo(pair.Next(), &user_id); },
+      [&] { benchmark::DoNotOptimize(pair.plain().GetUser(pair.Next(), &user_id)); });
 }
 
 void MaintenanceTick(benchmark::State& state) {
@@ -124,7 +72,7 @@ void MaintenanceTick(benchmark::State& state) {
   Compare(
       state, 1, [&] { checker.AddAndCheckCount(); },
       [&] {
-        for (const std::string& session_id : pair.session_ids()) pair.plain.Count(session_id);
+        for (const std::string& session_id : pair.session_ids()) pair.plain().Count(session_id);
       });
 }
 

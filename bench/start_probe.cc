@@ -2,12 +2,10 @@
 // until its interface is there, start_probe floor LIBRARY the library that only does what is under
 // it. Prints the nanoseconds that took and the bytes of resident memory that came with it.
 #include <dlfcn.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <cstdio>
 #include <cstring>
-#include <fstream>
 
 #include "base/logging.h"
 #include "bench/home.h"
@@ -15,12 +13,6 @@
 
 namespace bench {
 namespace {
-
-long ResidentBytes() {
-  long pages = 0, resident = 0;
-  std::ifstream("/proc/self/statm") >> pages >> resident;
-  return resident * sysconf(_SC_PAGESIZE);
-}
 
 void LoadComponent(const char* library) {
   std::string error;

@@ -84,8 +84,6 @@ Pair& PairOf(const benchmark::State& state) {
   return *pair;
 }
 
-void Expect(bool condition) { Require(condition, "an operation did not do what it should"); }
-
 void GetUserByUserUuid(benchmark::State& state) {
   Pair& pair = PairOf(state);
   std::string uuid;

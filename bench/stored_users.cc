@@ -14,7 +14,8 @@ std::string Text(const char* format, long first, long second = 0) {
 
 // A scattered number for each number: identifiers do not come in the order of their making.
 long Scattered(long number) {
-  return static_cast<long>(static_cast<std::uint32_t>(number) * std::uint32_t{2654435761});
+  constexpr std::uint64_t kFactor = 2654435761;
+  return static_cast<long>(static_cast<std::uint64_t>(number) * kFactor & 0xffffffff);
 }
 
 }  // namespace

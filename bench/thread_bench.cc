@@ -9,6 +9,7 @@
 #include "base/logging.h"
 #include "bench/compare.h"
 #include "bench/home.h"
+#include "bench/plain_sessions.h"
 #include "bench/service.h"
 #include "bench/stored_users.h"
 #include "core_fw/account/src/account_log.h"
@@ -20,8 +21,6 @@ namespace {
 constexpr long kUsers = 10;
 constexpr long kSessions = 100;
 constexpr auto kTime = std::chrono::milliseconds(20);
-
-void Expect(bool condition) { Require(condition, "an operation did not do what it should"); }
 
 // Calls from so many threads for a while; each call gets a number of its own.
 std::chrono::nanoseconds TimeOfCall(long threads, const std::function<void(long)>& call) {
@@ -63,7 +62,7 @@ class Pair {
       std::string session_id;
       account::SessionTable::GetInstance()->AddSession(UserNumber(i % kUsers).userId, &session_id);
       session_ids_.push_back(session_id);
-      records_.push_back({session_id, UserNumber(i % kUsers).userId, 0});
+      sessions_.Add(session_id, UserNumber(i % kUsers).userId);
     }
     for (long i = 0; i < kUsers; ++i) user_ids_.push_back(UserNumber(i).userId);
   }
@@ -73,12 +72,7 @@ class Pair {
     std::string uuid;
     Expect(service_->accounts().GetUserUUIDFromUserID(User(number), &uuid) == 1);
   }
-  void CheckRaw(long number) {
-    const std::lock_guard<std::mutex> hold(mutex_);
-    const std::string& wanted = Id(number);
-    Expect(std::any_of(records_.begin(), records_.end(),
-                       [&](const Record& record) { return record.session_id == wanted; }));
-  }
+  void CheckRaw(long number) { Expect(sessions_.Has(Id(number))); }
   void ReadRaw(long number) {
     std::string uuid;
     const std::lock_guard<std::mutex> hold(mutex_);
@@ -87,10 +81,6 @@ class Pair {
   }
 
  private:
-  struct Record {
-    std::string session_id, user_id;
-    int count;
-  };
   const std::string& Id(long number) const {
     return session_ids_[static_cast<std::size_t>(number % kSessions)];
   }
@@ -102,7 +92,7 @@ class Pair {
   std::optional<Service> service_;
   std::optional<RawDatabase> raw_;
   std::mutex mutex_;
-  std::vector<Record> records_;
+  PlainSessions sessions_;
   std::vector<std::string> session_ids_, user_ids_;
 };
 
@@ -140,17 +130,16 @@ void Mix(benchmark::State& state) {
       });
 }
 
-void Register(const char* name, void (*bench)(benchmark::State&)) {
-  auto* made = benchmark::RegisterBenchmark(name, bench)->ArgName("threads")->UseManualTime();
+void Threads(benchmark::internal::Benchmark* made) {
+  made->ArgName("threads")->UseManualTime();
   for (const long threads : {1L, 2L, 4L, 16L, 64L}) made->Arg(threads);
 }
+
+BENCHMARK(Checks)->Name("threads/session_checks")->Apply(Threads);
+BENCHMARK(Reads)->Name("threads/store_reads")->Apply(Threads);
+BENCHMARK(Mix)->Name("threads/mix")->Apply(Threads);
 
 }  // namespace
 }  // namespace bench
 
-int main(int argc, char** argv) {
-  bench::Register("threads/session_checks", &bench::Checks);
-  bench::Register("threads/store_reads", &bench::Reads);
-  bench::Register("threads/mix", &bench::Mix);
-  return bench::RunBenchmarks(argc, argv);
-}
+int main(int argc, char** argv) { return bench::RunBenchmarks(argc, argv); }

@@ -20,8 +20,6 @@ namespace {
 
 constexpr long kUsers = 1000;
 
-void Expect(bool condition) { Require(condition, "an operation did not do what it should"); }
-
 struct Unreference {
   void operator()(void* object) const { g_object_unref(object); }
 };

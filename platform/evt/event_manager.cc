@@ -15,6 +15,12 @@ constexpr int kLastAccountType = 8;
 
 thread_local bool g_on_bus_thread = false;
 
+const std::shared_ptr<const Pickle>& EmptyPayload() {
+  // Never destroyed, like the bus.
+  static const auto* const kEmpty = new auto(std::make_shared<const Pickle>());
+  return *kEmpty;
+}
+
 bool IsRegistered(int type) { return type >= kFirstAccountType && type <= kLastAccountType; }
 
 }  // namespace
@@ -28,10 +34,7 @@ class EventManager::Thread : public base::SimpleThread {
   EventManager* const bus_;
 };
 
-Event::Event(int type) : type_(type) {
-  static const auto* const kEmpty = new std::shared_ptr<const Pickle>(std::make_shared<Pickle>());
-  data_ = *kEmpty;
-}
+Event::Event(int type) : type_(type), data_(EmptyPayload()) {}
 
 EventManager* EventManager::GetInstance() {
   // Never destroyed: components may publish until the process ends.
@@ -136,7 +139,7 @@ const EventManager::Listener* EventManager::NextCall(const Delivery& delivery) {
 void EventManager::DestroyRemoved() {
   Registrations::node_type removed_itself;
   base::AutoLock hold(lock_);
-  removed_itself = std::move(removed_itself_);
+  removed_itself.swap(removed_itself_);
 }
 
 }  // namespace evt
