@@ -88,7 +88,7 @@ def ratio_plot(figures):
     highest = max(max(figure["high"], aim(figure) or 0) for figure in figures)
     scale = 360 / max(highest, 1.2)
     parts = []
-    for tick in range(0, int(highest) + 2):
+    for tick in range(0, int(highest) + 2, 1 + int(highest) // 8):
         if tick * scale <= 400:
             parts += [line(420 + tick * scale, 20, 420 + tick * scale, 28 + 16 * len(figures),
                            "#999" if tick == 1 else "#ddd"),

@@ -59,8 +59,9 @@ class Time {
   TimeDelta operator-(Time other) const;
   constexpr auto operator<=>(const Time&) const = default;
 
-  // In the zone that the environment names at the call (TZ). Any thread, as long as none changes
-  // the environment meanwhile.
+  // In the zone that the environment names at the call (TZ); where it names none, in the system's,
+  // of which a change is seen within a tick of the kernel's clock. Any thread, as long as none
+  // changes the environment meanwhile.
   void LocalExplode(Exploded* exploded) const;
   void UTCExplode(Exploded* exploded) const;
 

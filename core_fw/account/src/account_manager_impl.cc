@@ -182,6 +182,7 @@ AccountResult AccountManagerImpl::SetSessionLifetime(int lifetime) {
 int AccountManagerImpl::GetNetworkSettingStatus() noexcept {
   constexpr char kName[] = "GetNetworkSettingStatus";
   const int status = controller->GetNetworkSettingStatus();
+  if (!LogAdmits(kSeverityProgress)) return status;
   try {  // One line, none on entry.
     Log(FROM_HERE, kSeverityProgress, kName,
         {kName, "End", "  network_setting_status = ", std::to_string(status)});
