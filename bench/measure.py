@@ -43,14 +43,14 @@ def google_benchmark(program, repetitions, seconds, quick=False, folder=None):
     if quick:
         options.append("--benchmark_filter=-(users:100000|friends:1000|10000)")
     if folder:
-        options.append("--benchmark_filter=-full_log:1")
+        options.append("--benchmark_filter=-default-log")
     environment = {"QORN_BENCH_FOLDER": str(folder)} if folder else {}
     answer = json.loads(run(program, *options, **environment).stdout)
     samples = {}
     for line in answer["benchmarks"]:
         if line["run_type"] != "iteration":
             continue
-        name = re.sub(r"/manual_time|/full_log:\d|/(repeats|iterations):\d+", "", line["run_name"])
+        name = re.sub(r"/manual_time|/(full_log|way):\d|/(repeats|iterations):\d+", "", line["run_name"])
         name = name.replace("/", "-on-disk/", 1) if folder else name
         ours, floor = samples.setdefault(name, ([], []))
         ours.append(line["ours_ns"])

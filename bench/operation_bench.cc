@@ -3,6 +3,9 @@
 #include <ctime>
 #include <filesystem>
 #include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "base/logging.h"
 #include "bench/compare.h"
@@ -11,14 +14,28 @@
 #include "bench/stored_users.h"
 #include "core_fw/account/src/account_log.h"
 #include "core_fw/account/src/session_table.h"
+#include "evt/event_manager.h"
 
 namespace bench {
 namespace {
 
+// The ways in which each operation is measured.
+enum Way : long { kQuiet, kFullLog, kListener };
+constexpr std::pair<Way, const char*> kWays[] = {{kQuiet, "operation/"},
+                                                 {kFullLog, "operation-default-log/"},
+                                                 {kListener, "operation-listener/"}};
+
 class Pair {
  public:
   explicit Pair(const benchmark::State& state) : users_(state.range(0)) {
-    account::SetComponentLogLevel(state.range(1) == 0 ? logging::LOG_ERROR : logging::LOG_INFO);
+    account::SetComponentLogLevel(state.range(1) == kFullLog ? logging::LOG_INFO
+                                                             : logging::LOG_ERROR);
+    if (state.range(1) == kListener) {
+      for (int type = 1; type <= 8; ++type) {
+        listeners_.push_back(evt::EventManager::GetInstance()->AddListener(
+            type, [](int /*type*/, const Pickle& data) { benchmark::DoNotOptimize(data.size()); }));
+      }
+    }
     {
       RawDatabase database(home_.database_path());
       database.Run(kCreateUsers);
@@ -29,7 +46,12 @@ class Pair {
     service_.emplace();
     raw_.emplace(home_.Path("floor.db"));
   }
-  ~Pair() { account::SetComponentLogLevel(logging::LOG_INFO); }
+  ~Pair() {
+    for (int listener : listeners_) evt::EventManager::GetInstance()->RemoveListener(listener);
+    account::SetComponentLogLevel(logging::LOG_INFO);
+  }
+  Pair(const Pair&) = delete;
+  Pair& operator=(const Pair&) = delete;
 
   // Changes both files over connections of its own, which empties the caches of both alike.
   template <typename Change>
@@ -47,6 +69,7 @@ class Pair {
  private:
   const long users_;
   long next_ = 0;
+  std::vector<int> listeners_;
   Home home_;
   std::optional<Service> service_;
   std::optional<RawDatabase> raw_;
@@ -140,12 +163,11 @@ void RemoveUser(benchmark::State& state) {
 }
 
 void Register(const char* name, void (*bench)(benchmark::State&)) {
-  for (const long full_log : {0L, 1L}) {
-    const std::string group = full_log == 0 ? "operation/" : "operation-default-log/";
-    auto* made = benchmark::RegisterBenchmark((group + name).c_str(), bench)
-                     ->ArgNames({"users", "full_log"})
+  for (const auto& [way, group] : kWays) {
+    auto* made = benchmark::RegisterBenchmark((std::string(group) + name).c_str(), bench)
+                     ->ArgNames({"users", "way"})
                      ->UseManualTime();
-    for (const long users : {10L, 1000L}) made->Args({users, full_log});
+    for (const long users : {10L, 1000L}) made->Args({users, way});
   }
 }
 

@@ -6,7 +6,7 @@ import re
 # The greatest ratio that is aimed at, by what the figure's name matches; the first match counts.
 AIMS = [
     (r"store/", 1.05),
-    (r"operation(-on-disk)?/", 1.10),
+    (r"operation(-listener)?(-on-disk)?/", 1.10),
     (r"session/.*sessions:1$", 1.5),
     (r"session/", 1.0),
     (r"tick/", 1.5),

@@ -1,5 +1,6 @@
 #include "evt/event_manager.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "base/simple_thread.h"
@@ -55,6 +56,7 @@ void EventManager::Publish(Event* event) {
   delivery.push_back({event->type(), event->data_, 0});
   {
     base::AutoLock hold(lock_);
+    if (!HasListener(event->type())) return;  // The bus's thread sleeps on.
     delivery.front().last_listener = last_number_;
     queue_.splice(queue_.end(), delivery);
     ++published_;
@@ -98,6 +100,11 @@ void EventManager::RefuseForTest(int type, bool refuse) {
   } else {
     refused_.erase(type);
   }
+}
+
+bool EventManager::HasListener(int type) const {
+  return std::any_of(listeners_.begin(), listeners_.end(),
+                     [&](const auto& listener) { return listener.second.type == type; });
 }
 
 void EventManager::DeliverForever() {

@@ -89,6 +89,7 @@ class EventManager {
   EventManager();
   ~EventManager() = default;
 
+  bool HasListener(int type) const EXCLUSIVE_LOCKS_REQUIRED(lock_);
   void DeliverForever();
   // All that is in the queue; waits while it is empty.
   std::list<Delivery> TakeDeliveries();
