@@ -42,6 +42,7 @@ class Pair {
     Restore();
     Copy("floor.db");
     raw_.emplace(home_.Path("floor.db"));
+    raw_->Run(kUserByUuid, {""});  // The store has read the schema too.
   }
 
   // Changes the file over a connection of its own, which empties the caches of both.
