@@ -12,6 +12,7 @@ import sys
 import report
 
 PROGRAMS = ["store", "session", "operation", "cloud", "text", "event", "thread", "peers"]
+OTHERS = ["start", "size", "instructions"]
 # How often every measurement is repeated, and the seconds that each repetition takes at least.
 FULL = (7, 0.05)
 QUICK = (1, 0.001)
@@ -125,10 +126,13 @@ def main():
     parser.add_argument("--json", action="store_true", help="print the figures as JSON")
     parser.add_argument("--quick", action="store_true", help="see that all runs; figures of no worth")
     parser.add_argument("programs", nargs="*", metavar="PROGRAM",
-                        help=f"only these: {' '.join(PROGRAMS)} start size instructions")
+                        help=f"only these: {' '.join(PROGRAMS + OTHERS)}")
     parser.add_argument("--build", type=pathlib.Path, required=True, help=argparse.SUPPRESS)
     options = parser.parse_args()
-    wanted = options.programs or [*PROGRAMS, "start", "size", "instructions"]
+    wanted = options.programs or PROGRAMS + OTHERS
+    for name in wanted:
+        if name not in PROGRAMS + OTHERS:
+            parser.error(f"no program '{name}': {' '.join(PROGRAMS + OTHERS)}")
     folder = pathlib.Path("build/bench")
     folder.mkdir(parents=True, exist_ok=True)
     repetitions, seconds = QUICK if options.quick else FULL
