@@ -12,6 +12,7 @@
 #include <system_error>
 #include <utility>
 
+#include "base/condition_variable.h"
 #include "base/lock.h"
 #include "base/scoped_fd.h"
 #include "base/thread_annotations.h"
@@ -28,6 +29,7 @@ std::atomic<int> g_min_log_level{LOG_INTERNAL_DETAILED_INFO};
 
 struct Sink {
   base::Lock lock;
+  base::ConditionVariable call_ended;
   std::shared_ptr<const LogMessageHandler> handler GUARDED_BY(lock);
   base::ScopedFd file GUARDED_BY(lock);  // None stands for stderr.
   bool failing GUARDED_BY(lock) = false;
@@ -89,10 +91,51 @@ void WriteToFileOrStderr(Sink& sink, const std::string& line) EXCLUSIVE_LOCKS_RE
   sink.failing = !written;
 }
 
-std::shared_ptr<const LogMessageHandler> GetHandler() {
+// One call of the handler. Calls nest on a thread, since a handler may log.
+class HandlerCall {
+ public:
+  HandlerCall();
+  ~HandlerCall();
+  HandlerCall(const HandlerCall&) = delete;
+  HandlerCall& operator=(const HandlerCall&) = delete;
+
+  const LogMessageHandler* handler() const { return handler_.get(); }
+  // How many calls of `handler` this thread is in.
+  static long CountOnThisThread(const LogMessageHandler* handler);
+
+ private:
+  static thread_local HandlerCall* innermost_;
+
+  HandlerCall* const outer_ = innermost_;
+  std::shared_ptr<const LogMessageHandler> handler_;
+};
+
+thread_local HandlerCall* HandlerCall::innermost_ = nullptr;
+
+HandlerCall::HandlerCall() {
   Sink& sink = GetSink();
   base::AutoLock hold(sink.lock);
-  return sink.handler;
+  handler_ = sink.handler;
+  innermost_ = this;
+}
+
+HandlerCall::~HandlerCall() {
+  innermost_ = outer_;
+  Sink& sink = GetSink();
+  base::AutoLock hold(sink.lock);
+  // The last reference is that of a handler which replaced itself. It goes with this object, after
+  // the lock, since its destruction may log.
+  if (handler_.use_count() <= 1) return;
+  handler_.reset();
+  sink.call_ended.NotifyAll();
+}
+
+long HandlerCall::CountOnThisThread(const LogMessageHandler* handler) {
+  long count = 0;
+  for (const HandlerCall* call = innermost_; call != nullptr; call = call->outer_) {
+    if (call->handler() == handler) ++count;
+  }
+  return count;
 }
 
 }  // namespace
@@ -105,8 +148,10 @@ void SetLogMessageHandler(LogMessageHandler handler) {
   auto shared = handler ? std::make_shared<const LogMessageHandler>(std::move(handler)) : nullptr;
   Sink& sink = GetSink();
   base::AutoLock hold(sink.lock);
-  // The one before is destroyed after the lock is given back: it may log as it goes.
+  // The one before is destroyed after the lock is released, since its destruction may log.
   sink.handler.swap(shared);
+  const long own_references = 1 + HandlerCall::CountOnThisThread(shared.get());
+  while (shared.use_count() > own_references) sink.call_ended.Wait(sink.lock);
 }
 
 bool SetLogFile(const std::string& path) {
@@ -146,8 +191,10 @@ void LogMessage::Write() {
   stream_.clear();
   stream_ << '\n';
   const std::string text = stream_.str();
-  const auto handler = GetHandler();
-  if (handler && (*handler)(severity_, file_, line_, message_start_, text)) return;
+  if (const HandlerCall call; call.handler() != nullptr &&
+                              (*call.handler())(severity_, file_, line_, message_start_, text)) {
+    return;
+  }
   Sink& sink = GetSink();
   base::AutoLock hold(sink.lock);
   if (sink.file.is_valid()) {

@@ -34,8 +34,10 @@ using LogMessageHandler = std::function<bool(int severity, const char* file, int
                                              size_t message_start, const std::string& text)>;
 
 // Puts a handler in place; an empty one takes it away. The handler is called with no lock held, on
-// the thread that logs, so it may call anything; it must not throw. A call that began on another
-// thread may still be running when this returns.
+// the thread that logs, so it may call anything; it must not throw. Once this returns, no other
+// thread runs the handler before, and it is destroyed: its library may be unmapped. So the caller
+// holds nothing that the handler waits for. A handler that replaces itself is destroyed when its
+// call ends.
 void SetLogMessageHandler(LogMessageHandler handler);
 
 // Appends lines to the file `path` from now on, or writes them to stderr again for "". The same

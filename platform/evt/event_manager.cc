@@ -37,6 +37,8 @@ class EventManager::Thread : public base::SimpleThread {
 
 Event::Event(int type) : type_(type), data_(EmptyPayload()) {}
 
+void Event::SetData(const Pickle& data) { data_ = std::make_shared<const Pickle>(data); }
+
 EventManager* EventManager::GetInstance() {
   // Never destroyed: components may publish until the process ends.
   static EventManager* const bus = new EventManager;
@@ -111,7 +113,7 @@ void EventManager::DeliverForever() {
   g_on_bus_thread = true;
   for (;;) {
     for (std::list<Delivery> taken = TakeDeliveries(); !taken.empty(); taken.pop_front()) {
-      Deliver(taken.front());
+      Deliver(&taken.front());
     }
   }
 }
@@ -124,23 +126,27 @@ std::list<EventManager::Delivery> EventManager::TakeDeliveries() {
   return taken;
 }
 
-void EventManager::Deliver(const Delivery& delivery) {
+void EventManager::Deliver(Delivery* delivery) {
   while (const Listener* listener = NextCall(delivery)) {
-    (*listener)(delivery.type, *delivery.data);
+    (*listener)(delivery->type, *delivery->data);
     DestroyRemoved();
   }
 }
 
-const EventManager::Listener* EventManager::NextCall(const Delivery& delivery) {
+const EventManager::Listener* EventManager::NextCall(Delivery* delivery) {
   base::AutoLock hold(lock_);
-  const auto end = listeners_.upper_bound(delivery.last_listener);
+  const auto end = listeners_.upper_bound(delivery->last_listener);
   auto next = listeners_.upper_bound(running_);
-  while (next != end && next->second.type != delivery.type) ++next;
+  while (next != end && next->second.type != delivery->type) ++next;
   const bool over = next == end;
   if (running_ != 0 || over) changed_.NotifyAll();
   running_ = over ? 0 : next->first;
-  if (over) ++delivered_;
-  return over ? nullptr : &next->second.function;
+  if (!over) return &next->second.function;
+  // Dropped before it counts: whoever waits in Flush relies on the bus holding nothing of the
+  // event.
+  delivery->data.reset();
+  ++delivered_;
+  return nullptr;
 }
 
 void EventManager::DestroyRemoved() {

@@ -20,8 +20,9 @@ class Event {
  public:
   // The number that it was made with.
   int type() const { return type_; }
-  // Replaces the payload by a copy of `data`; empty at first.
-  void SetData(const Pickle& data) { data_ = std::make_shared<const Pickle>(data); }
+  // Replaces the payload by a copy of `data`; empty at first. Not inline: the bus may drop the copy
+  // after the caller's library was unmapped, so nothing of it may be code of that library.
+  void SetData(const Pickle& data);
   // The payload, borrowed until the next SetData.
   const Pickle& data() const { return *data_; }
 
@@ -66,8 +67,8 @@ class EventManager {
   // numbers are ignored.
   void RemoveListener(int number);
 
-  // Returns once everything that was published before has been delivered; at once on the bus's
-  // own thread, which cannot wait for itself.
+  // Returns once everything that was published before has been delivered and its payloads are
+  // destroyed; at once on the bus's own thread, which cannot wait for itself.
   void Flush();
 
   // For tests: while refused, CreateEvent answers null for `type`.
@@ -93,10 +94,10 @@ class EventManager {
   void DeliverForever();
   // All that is in the queue; waits while it is empty.
   std::list<Delivery> TakeDeliveries();
-  void Deliver(const Delivery& delivery);
+  void Deliver(Delivery* delivery);
   // Ends the running listener's call, if there is one, and marks the delivery's next listener as
-  // running. Null when there is none behind it: the delivery is over then.
-  const Listener* NextCall(const Delivery& delivery);
+  // running. Null when there is none behind it: the delivery is over then, and its payload gone.
+  const Listener* NextCall(Delivery* delivery);
   // The destruction of a listener that removed itself, before anybody is told that it has ended.
   void DestroyRemoved();
 

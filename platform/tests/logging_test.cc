@@ -1,8 +1,12 @@
 #include "base/logging.h"
 
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <unistd.h>
 
+#include <atomic>
 #include <filesystem>
+#include <thread>
 
 #include "base/test_clock.h"
 #include "tests/test_support.h"
@@ -76,6 +80,22 @@ TEST_F(LoggingTest, AHandlerTakesTheLinesItWantsAndMayUseTheLog) {
   EXPECT_EQ(seen, "4dir/file.cc42taken\n2dir/file.cc42passed on\n3dir/file.cc42last\n");
   EXPECT_EQ(ReadFile(path_), Line("passed on") + Line("from the handler") +
                                  Line("last", "WARNING") + Line("unseen"));
+}
+
+TEST_F(LoggingTest, AHandlerHasEndedWhenItsReplacementReturns) {
+  const pid_t replacer = gettid();
+  std::atomic<bool> begun{false}, replaced{false}, ended_first{false};
+  logging::SetLogMessageHandler([&](int, const char*, int, size_t, const std::string&) {
+    begun = true;
+    while (!replaced && !IsAsleep(replacer)) sched_yield();
+    return ended_first = !replaced;
+  });
+  std::thread logger([] { Log("held up"); });
+  while (!begun) sched_yield();  // A sleep here would look like one in the replacement.
+  logging::SetLogMessageHandler({});
+  replaced = true;
+  logger.join();
+  EXPECT_TRUE(ended_first);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <future>
 #include <tuple>
 #include <utility>
 
@@ -166,6 +167,31 @@ TEST_F(RuntimeTest, UnmapsALibraryThatIsThrough) {
     EXPECT_EQ(handle != nullptr, mapped) << library;
     if (handle != nullptr) dlclose(handle);
   }
+}
+
+TEST_F(RuntimeTest, TheBusOutlivesTheComponentThatPublished) {
+  evt::EventManager* const bus = evt::EventManager::GetInstance();
+  std::promise<void> unmapped;
+  const std::shared_future<void> after_unmapping = unmapped.get_future().share();
+  std::string heard;
+  const int listener = bus->AddListener(1, [&](int, const Pickle& data) {
+    after_unmapping.wait();
+    PickleIterator(data).ReadString(&heard);
+  });
+  Runtime* const made = Create("<config><publishes>last words</publishes></config>");
+  ASSERT_TRUE(made->LoadComponent(TEST_COMPONENT_BETA, &error_)) << error_;
+  void* out = nullptr;
+  EXPECT_TRUE(made->QueryInterface("beta", &out));
+  Runtime::Destroy();
+  EXPECT_EQ(dlopen(TEST_COMPONENT_BETA, RTLD_LAZY | RTLD_NOLOAD) == nullptr, kUnmaps);
+  unmapped.set_value();
+  // By its delivery, the component's event before it has gone.
+  evt::Event* const later = bus->CreateEvent(1);
+  bus->Publish(later);
+  bus->ReleaseEvent(later);
+  bus->Flush();
+  bus->RemoveListener(listener);
+  EXPECT_EQ(heard, "last words");
 }
 
 }  // namespace

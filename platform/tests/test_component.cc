@@ -1,7 +1,9 @@
 // A component for tests of the runtime. It logs every call, and the configuration's key of its
-// name, "alpha" or "beta", names the step that goes wrong.
+// name, "alpha" or "beta", names the step that goes wrong. With the key "publishes" its last act is
+// an event of type 1.
 #include "base/logging.h"
 #include "core_fw/runtime/component.h"
+#include "evt/event_manager.h"
 #include "runtime/runtime.h"
 
 extern "C" Component* GetComponent();
@@ -15,6 +17,18 @@ bool Succeeds(const std::string& step) {
   std::string failing;
   runtime::Runtime::GetInstance()->GetConfigOption(TEST_COMPONENT_NAME, &failing);
   return failing != step;
+}
+
+void PublishIfConfigured() {
+  std::string value;
+  if (!runtime::Runtime::GetInstance()->GetConfigOption("publishes", &value)) return;
+  evt::EventManager* const bus = evt::EventManager::GetInstance();
+  evt::Event* const event = bus->CreateEvent(1);
+  Pickle data;
+  data.WriteString(value);
+  event->SetData(data);
+  bus->Publish(event);
+  bus->ReleaseEvent(event);
 }
 
 class TestComponent : public Component {
@@ -33,7 +47,10 @@ class TestComponent : public Component {
     return Component::Init(runtime_object) && Succeeds("Init");
   }
   bool Start() override { return Succeeds("Start"); }
-  bool Finalize() override { return Succeeds("Finalize"); }
+  bool Finalize() override {
+    PublishIfConfigured();
+    return Succeeds("Finalize");
+  }
 };
 
 }  // namespace

@@ -37,6 +37,12 @@ inline std::string ReadFile(const std::string& path) {
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
+// Whether the thread sleeps until another one wakes it.
+inline bool IsAsleep(int thread_id) {
+  const std::string stat = ReadFile("/proc/self/task/" + std::to_string(thread_id) + "/stat");
+  return stat.substr(stat.rfind(')') + 1).starts_with(" S");
+}
+
 inline void WriteFile(const std::string& path, const std::string& text) {
   std::ofstream(path, std::ios::binary) << text;
 }
