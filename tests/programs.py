@@ -10,8 +10,10 @@ import os
 import pathlib
 import re
 import select
+import signal
 import ssl
 import subprocess
+import sys
 import tempfile
 import time
 import unittest
@@ -21,6 +23,10 @@ BUILD = pathlib.Path(os.environ["QORN_BUILD"]).resolve()
 LIBRARIES = BUILD / "lib"
 SOURCE = pathlib.Path(__file__).resolve().parent.parent
 PATIENCE = 90
+# A program that dies prints the stacks of its threads to its standard error.
+STACKS = {"LD_PRELOAD": str(LIBRARIES / "libqorn_crash_report.so"), "ASAN_OPTIONS": "verify_asan_link_order=0"}
+os.environ.update(STACKS)
+DEADLY = {signal.SIGSEGV, signal.SIGABRT, signal.SIGBUS, signal.SIGFPE, signal.SIGILL}
 Ended = collections.namedtuple("Ended", "status output errors")  # status: minus the signal that ended it
 open_url = urllib.request.build_opener(
     urllib.request.ProxyHandler({}), urllib.request.HTTPSHandler(context=ssl._create_unverified_context())).open
@@ -28,9 +34,21 @@ open_url = urllib.request.build_opener(
 
 def run(program, *arguments, text="", stdout=subprocess.PIPE, **options):
     """Runs a program of the build to its end, with the text as its input."""
-    ended = subprocess.run([BUILD / "bin" / program, *arguments], input=text.encode(), stdout=stdout,
-                           stderr=subprocess.PIPE, timeout=PATIENCE, **options)
-    return Ended(ended.returncode, (ended.stdout or b"").decode(), ended.stderr.decode())
+    with subprocess.Popen([BUILD / "bin" / program, *arguments], stdin=subprocess.PIPE, stdout=stdout,
+                          stderr=subprocess.PIPE, **options) as process:
+        try:
+            output, errors = process.communicate(text.encode(), PATIENCE)
+        except subprocess.TimeoutExpired:
+            process.send_signal(signal.SIGABRT)
+            output, errors = process.communicate()
+    return Ended(process.returncode, (output or b"").decode(), show_death(process.returncode, errors.decode()))
+
+
+def show_death(status, text):
+    """Gives the text; shows it in the test's output if it tells of the program's death."""
+    if -status in DEADLY or "Sanitizer" in text:
+        print(f"status {status}:\n{text}", file=sys.stderr)
+    return text
 
 
 def wait_until(condition):
@@ -122,7 +140,8 @@ class Terminal(Program):
         self.type(keys)
         while self._read():
             pass
-        return self.wait(PATIENCE), self.unread.decode()
+        status = self.wait(PATIENCE)
+        return status, show_death(status, self.unread.decode())
 
     def _read(self):
         assert select.select([self.terminal], [], [], PATIENCE)[0], f"nothing comes after {self.unread}"
