@@ -1,136 +1,263 @@
 #include "core_fw/account/src/xml_depth.h"
 
-#include <cstddef>
+#include <algorithm>
+#include <cctype>
+#include <string>
+#include <vector>
 
 namespace account {
 namespace {
 
-constexpr std::size_t kEnd = std::string_view::npos;
+// Locale and all, the character classes are the library's: the C library's for ASCII, and a letter
+// for every other byte.
+bool IsSpace(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
 
-// What the XML library takes for the first character of an element's name.
 bool StartsName(char c) {
   const auto byte = static_cast<unsigned char>(c);
-  return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || byte == '_' || byte >= 127;
+  return byte >= 127 || std::isalpha(byte) != 0 || c == '_';
 }
 
-bool OpensElement(std::string_view xml, std::size_t at) {
-  return at + 1 < xml.size() && StartsName(xml[at + 1]);
+bool ContinuesName(char c) {
+  return StartsName(c) || std::isdigit(static_cast<unsigned char>(c)) != 0 || c == '-' ||
+         c == '.' || c == ':';
 }
 
-int CountElements(std::string_view xml, int limit) {
-  int count = 0;
-  for (std::size_t at = xml.find('<'); at != kEnd && count <= limit; at = xml.find('<', at + 1)) {
-    if (OpensElement(xml, at)) ++count;
-  }
-  return count;
+// `lower` is in lower case.
+bool StartsWithWord(std::string_view text, std::string_view lower) {
+  return text.size() >= lower.size() &&
+         std::equal(lower.begin(), lower.end(), text.begin(), [](char a, char b) {
+           return a == std::tolower(static_cast<unsigned char>(b));
+         });
 }
 
-// The position behind a plain declaration at the start of the text; kEnd for any other start.
-std::size_t SkipDeclaration(std::string_view xml) {
-  const std::size_t close = xml.find("?>");
-  if (close == kEnd) return kEnd;
-  char quote = 0;
-  char previous = 0;
-  for (char c : xml.substr(0, close).substr(1)) {
-    if (c == '<' || c == '>') return kEnd;
-    if (quote != 0) {
-      if (c == quote) {
-        quote = 0;
-      } else if (std::string_view("\"'& \t\r\n\v\f").find(c) != kEnd) {
-        return kEnd;  // The library may see another end of this value.
-      }
-    } else if (c == '"' || c == '\'') {
-      if (previous != '=') return kEnd;
-      quote = c;
-    }
-    previous = c;
-  }
-  return quote == 0 ? close + 2 : kEnd;
-}
-
-bool IsHexDigit(char c) {
-  return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-}
-
-// How many bytes the XML library takes for one character, whatever follows the first.
-std::size_t CharacterSize(char first) {
+// How many bytes TinyXML takes for one UTF-8 character. It looks at the first byte alone, so a lone
+// lead byte swallows the "<" or the quote behind it.
+size_t CharacterSize(char first) {
   const auto byte = static_cast<unsigned char>(first);
   if (byte < 0xC2 || byte > 0xF4) return 1;
   if (byte < 0xE0) return 2;
   return byte < 0xF0 ? 3 : 4;
 }
 
-// Whether no character of the text hides markup from the XML library: it swallows what follows a
-// lead byte unseen, and all between "&#" and the next ";".
-bool HidesNothing(std::string_view xml) {
-  for (std::size_t at = 0; at < xml.size(); ++at) {
-    for (std::size_t i = 1; i < CharacterSize(xml[at]); ++i) {
-      if (at + i >= xml.size() || static_cast<unsigned char>(xml[at + i]) < 0x80) return false;
+// Walks through a text as TinyXML 2.6 does, but counts elements instead of building them.
+//
+// Each step ends where the library's own step ends, its quirks included. A scanner for well-formed
+// XML would see other elements than the library in a text that is not well-formed, and so either
+// let a deep one pass or refuse a shallow one. Where the library gives up, the scanner goes to the
+// end of the text.
+class Scanner {
+ public:
+  explicit Scanner(std::string_view xml) : xml_(xml) {}
+
+  bool NestsDeeperThan(size_t limit);
+
+ private:
+  bool AtEnd() const { return at_ >= xml_.size(); }
+  char Peek(size_t ahead = 0) const { return at_ + ahead < xml_.size() ? xml_[at_ + ahead] : '\0'; }
+  bool StartsWith(std::string_view text) const { return xml_.substr(at_, text.size()) == text; }
+  void Advance(size_t bytes) { at_ = std::min(at_ + bytes, xml_.size()); }
+  void GiveUp() { at_ = xml_.size(); }
+  void SkipSpace();
+  void SkipPast(std::string_view mark, size_t from);
+  std::string_view ReadName();
+  // These three append what they read to `value`, unless it is null.
+  void ReadCharacter(std::string* value);
+  void ReadReference(std::string* value);
+  std::string_view ReadAttribute(std::string* value);
+  void SkipText();
+  void ReadDeclaration();
+  void ReadStartTag();
+  void ReadEndTag();
+
+  const std::string_view xml_;
+  size_t at_ = 0;
+  bool encoding_known_ = false;
+  bool utf8_ = false;
+  std::vector<std::string_view> open_;  // The names of the elements that are open here.
+};
+
+void Scanner::SkipSpace() {
+  while (!AtEnd()) {
+    if (utf8_ &&
+        (StartsWith("\xEF\xBB\xBF") || StartsWith("\xEF\xBF\xBE") || StartsWith("\xEF\xBF\xBF"))) {
+      at_ += 3;  // A byte order mark counts as white space.
+    } else if (IsSpace(Peek())) {
+      ++at_;
+    } else {
+      return;
     }
-    if (xml.substr(at, 2) != "&#") continue;
-    std::size_t end = at + (xml.substr(at, 3) == "&#x" ? 3 : 2);
-    while (end < xml.size() && IsHexDigit(xml[end])) ++end;
-    if (end == xml.size() || xml[end] != ';') return false;
   }
-  return true;
 }
 
-bool IsXmlWord(std::string_view text) {
-  return text.size() >= 3 && (text[0] | 32) == 'x' && (text[1] | 32) == 'm' &&
-         (text[2] | 32) == 'l';
+void Scanner::SkipPast(std::string_view mark, size_t from) {
+  const size_t found = xml_.find(mark, at_ + from);
+  at_ = found == std::string_view::npos ? xml_.size() : found + mark.size();
 }
 
-std::size_t Behind(std::string_view xml, std::string_view mark, std::size_t from) {
-  const std::size_t found = xml.find(mark, from);
-  return found == kEnd ? kEnd : found + mark.size();
+std::string_view Scanner::ReadName() {
+  const size_t start = at_;
+  if (StartsName(Peek())) {
+    while (ContinuesName(Peek())) ++at_;
+  }
+  return xml_.substr(start, at_ - start);
 }
 
-// The position behind an element's tag that begins at `at`; `empty` for "<a/>".
-std::size_t SkipTag(std::string_view xml, std::size_t at, bool* empty) {
-  char quote = 0;
-  for (std::size_t i = at + 1; i < xml.size(); ++i) {
-    const char c = xml[i];
-    if (quote != 0) {
-      if (c == quote) quote = 0;
-    } else if (c == '"' || c == '\'') {
-      quote = c;
-    } else if (c == '>') {
-      *empty = xml[i - 1] == '/';
-      return i + 1;
+void Scanner::ReadCharacter(std::string* value) {
+  if (Peek() == '&') return ReadReference(value);
+  const size_t size = utf8_ ? CharacterSize(Peek()) : 1;
+  if (value != nullptr) value->append(xml_.substr(at_, size));
+  Advance(size);
+}
+
+void Scanner::ReadReference(std::string* value) {
+  if (Peek(1) != '#' || Peek(2) == '\0') return Advance(1);  // Names hold no markup.
+  const bool hex = Peek(2) == 'x';
+  const size_t end = xml_.find(';', at_ + (hex ? 3 : 2));
+  if (end == std::string_view::npos) return GiveUp();
+  // The library reads the digits backwards, from the ";" to the nearest mark, and so swallows
+  // whatever is in front of that mark.
+  unsigned code = 0;
+  for (size_t i = xml_.rfind(hex ? 'x' : '#', end - 1) + 1; i < end; ++i) {
+    const auto digit = static_cast<unsigned char>(xml_[i]);
+    if (hex ? std::isxdigit(digit) == 0 : std::isdigit(digit) == 0) return GiveUp();
+    const unsigned number = std::isdigit(digit) != 0 ? digit - '0' : (digit | 32U) - 'a' + 10;
+    code = code * (hex ? 16 : 10) + number;
+  }
+  if (value != nullptr) value->push_back(static_cast<char>(code));
+  at_ = end + 1;
+}
+
+// Returns the attribute's name. Blanks around "=" and values without quotes are fine.
+std::string_view Scanner::ReadAttribute(std::string* value) {
+  SkipSpace();
+  const std::string_view name = ReadName();
+  SkipSpace();
+  if (name.empty() || Peek() != '=') {
+    GiveUp();
+    return name;
+  }
+  ++at_;
+  SkipSpace();
+  const char quote = Peek();
+  if (quote == '"' || quote == '\'') {
+    ++at_;
+    while (!AtEnd() && Peek() != quote) ReadCharacter(value);
+    Advance(1);
+    return name;
+  }
+  while (!AtEnd() && !IsSpace(Peek()) && Peek() != '/' && Peek() != '>') {
+    if (Peek() == '"' || Peek() == '\'') {
+      GiveUp();
+      return name;
+    }
+    if (value != nullptr) value->push_back(Peek());
+    ++at_;
+  }
+  return name;
+}
+
+// Stops at the next "<". One that ends the text opens nothing.
+void Scanner::SkipText() {
+  while (!AtEnd() && Peek() != '<') ReadCharacter(nullptr);
+  if (at_ + 1 >= xml_.size()) GiveUp();
+}
+
+void Scanner::ReadDeclaration() {
+  Advance(5);  // "<?xml"
+  std::string encoding;
+  while (!AtEnd() && Peek() != '>') {
+    SkipSpace();
+    const std::string_view rest = xml_.substr(at_);
+    if (StartsWithWord(rest, "encoding")) {
+      encoding.clear();
+      ReadAttribute(&encoding);
+    } else if (StartsWithWord(rest, "version") || StartsWithWord(rest, "standalone")) {
+      ReadAttribute(nullptr);
+    } else {
+      while (!AtEnd() && Peek() != '>' && !IsSpace(Peek())) ++at_;
     }
   }
-  return kEnd;
+  Advance(1);
+  // The first declaration of the document settles how its bytes are read.
+  if (encoding_known_ || !open_.empty()) return;
+  encoding_known_ = true;
+  const std::string_view name = encoding.c_str();  // Up to a "&#0;", as in the library.
+  utf8_ = name.empty() || StartsWithWord(name, "utf-8") || StartsWithWord(name, "utf8");
+}
+
+void Scanner::ReadStartTag() {
+  ++at_;
+  SkipSpace();  // A byte order mark looks like the beginning of a name.
+  const std::string_view name = ReadName();
+  if (name.empty()) return GiveUp();
+  std::vector<std::string_view> attributes;
+  for (SkipSpace(); !AtEnd(); SkipSpace()) {
+    if (Peek() == '>') {
+      ++at_;
+      open_.push_back(name);
+      return;
+    }
+    if (Peek() == '/') {
+      if (Peek(1) != '>') return GiveUp();
+      at_ += 2;
+      return;
+    }
+    const std::string_view attribute = ReadAttribute(nullptr);
+    if (std::find(attributes.begin(), attributes.end(), attribute) != attributes.end()) {
+      return GiveUp();
+    }
+    attributes.push_back(attribute);
+  }
+}
+
+void Scanner::ReadEndTag() {
+  Advance(2);
+  if (!StartsWith(open_.back())) return GiveUp();
+  Advance(open_.back().size());
+  SkipSpace();
+  if (Peek() != '>') return GiveUp();
+  ++at_;
+  open_.pop_back();
+}
+
+bool Scanner::NestsDeeperThan(size_t limit) {
+  for (SkipSpace(); !AtEnd(); SkipSpace()) {
+    if (Peek() != '<') {
+      if (open_.empty()) return false;  // Text outside all elements ends the document.
+      SkipText();
+    } else if (Peek(1) == '/' && !open_.empty()) {
+      ReadEndTag();
+    } else if (StartsWithWord(xml_.substr(at_), "<?xml")) {
+      ReadDeclaration();
+    } else if (StartsWith("<!--")) {
+      SkipPast("-->", 4);
+    } else if (StartsWith("<![CDATA[")) {
+      SkipPast("]]>", 9);
+    } else if (StartsName(Peek(1))) {
+      if (open_.size() == limit) return true;
+      ReadStartTag();
+    } else {
+      SkipPast(">", 1);
+    }
+  }
+  return false;
+}
+
+// Whether elements can begin at more than `limit` places. Nearly all answers have few, and need no
+// scanner.
+bool HasMoreStarts(std::string_view xml, size_t limit) {
+  size_t count = 0;
+  for (size_t at = 0; at + 1 < xml.size() && count <= limit; ++at) {
+    if (xml[at] == '<' && StartsName(xml[at + 1])) ++count;
+  }
+  return count > limit;
 }
 
 }  // namespace
 
 bool XmlNestsDeeperThan(std::string_view xml, int limit) {
-  if (CountElements(xml, limit) <= limit) return false;
-  if (!HidesNothing(xml)) return true;
-  int depth = 0;
-  std::size_t at = SkipDeclaration(xml);
-  if (at == kEnd) return true;
-  for (at = xml.find('<', at); at != kEnd; at = xml.find('<', at)) {
-    const std::string_view rest = xml.substr(at);
-    if (rest.substr(0, 2) == "<?" && IsXmlWord(rest.substr(2))) {
-      const std::size_t length = SkipDeclaration(rest);
-      if (length == kEnd) return true;
-      at += length;
-    } else if (rest.substr(0, 4) == "<!--") {
-      at = Behind(xml, "-->", at + 4);
-    } else if (rest.substr(0, 9) == "<![CDATA[") {
-      at = Behind(xml, "]]>", at + 9);
-    } else if (OpensElement(xml, at)) {
-      bool empty = false;
-      at = SkipTag(xml, at, &empty);
-      if (depth == limit) return true;
-      if (!empty) ++depth;
-    } else {
-      if (rest.substr(0, 2) == "</" && depth > 0) --depth;
-      at = Behind(xml, ">", at);
-    }
-  }
-  return false;
+  const auto levels = static_cast<size_t>(limit);
+  return HasMoreStarts(xml, levels) && Scanner(xml).NestsDeeperThan(levels);
 }
 
 }  // namespace account

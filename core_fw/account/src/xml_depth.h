@@ -5,10 +5,9 @@
 
 namespace account {
 
-// Whether parsing `xml` could nest elements deeper than `limit`. Never false for a text that does;
-// true also for one with over `limit` elements whose markup cannot be followed with certainty: a
-// declaration that is not plain, a character reference without its end, bytes that are no UTF-8.
-// The XML library recurses once a level and has no limit of its own. Any thread.
+// Whether TinyXML would nest elements deeper than `limit` when it parses `xml`, a text without zero
+// bytes that begins with a declaration. Exact for any such text, well-formed or not: the library
+// recurses once for each level and has no limit of its own. Any thread.
 bool XmlNestsDeeperThan(std::string_view xml, int limit);
 
 }  // namespace account
