@@ -6,7 +6,7 @@
 
 namespace base {
 
-// A task. Copyable; whatever it binds is copied with it.
+// A task. Copyable: a copy copies everything that the task binds.
 using Closure = std::function<void()>;
 
 // Marks a pointer that a closure borrows: the object must outlive every run of the closure.

@@ -30,7 +30,7 @@ class RealClock : public Clock {
 
   void WaitUntil(Lock& lock, ConditionVariable& changed, TimeDelta deadline) const override
       EXCLUSIVE_LOCKS_REQUIRED(lock) {
-    // A far deadline would leave the range of the system's clock.
+    // A deadline in the far future would overflow the system's clock.
     const TimeDelta longest = TimeDelta::FromSeconds(std::int64_t{24} * 60 * 60);
     const TimeDelta wait = std::min(deadline - Uptime(), longest);
     changed.WaitFor(lock, std::chrono::microseconds(wait.InMicroseconds()));
@@ -66,11 +66,11 @@ void Clock::Replace(std::shared_ptr<const Clock> clock) {
   CurrentClock& current = GetCurrentClock();
   {
     AutoLock hold(current.lock);
-    // The uptime goes on from where it stands, so that a sleep under way keeps its length.
+    // The uptime continues from its current value, so that a sleep in progress keeps its length.
     if (!clock) clock = std::make_shared<RealClock>(current.clock->Uptime());
     current.clock = std::move(clock);
   }
-  Sleeper::LookAgain();
+  Sleeper::RecheckDeadlines();
 }
 
 }  // namespace base

@@ -10,8 +10,8 @@
 
 namespace base {
 
-// A condition variable for base::Lock. A wait gives the lock back while it sleeps, holds it again
-// on return and may return without reason: call it in a loop. Any thread.
+// A condition variable for base::Lock. A wait releases the lock while it sleeps and holds it again
+// on return. It may wake up spuriously: call it in a loop. Any thread.
 class ConditionVariable {
  public:
   ConditionVariable() = default;
@@ -24,7 +24,7 @@ class ConditionVariable {
     held.release();
   }
 
-  // Real time, whatever clock the platform runs on; platform code waits through base::Sleeper.
+  // In real time, even if a test has replaced the clock. Platform code waits through base::Sleeper.
   void WaitFor(Lock& lock, std::chrono::microseconds longest) EXCLUSIVE_LOCKS_REQUIRED(lock) {
     std::unique_lock<std::mutex> held(lock.mutex_, std::adopt_lock);
     condition_.wait_until(held, std::chrono::steady_clock::now() + longest);

@@ -3,7 +3,7 @@
 
 #include <string>
 
-// The name of a file or directory, absolute or relative. A plain value; it never touches the disk.
+// The path of a file or directory, absolute or relative. A plain value; it never touches the disk.
 class FilePath {
  public:
   FilePath();
@@ -13,7 +13,7 @@ class FilePath {
   const std::string& value() const { return path_; }
   bool empty() const { return path_.empty(); }
 
-  // This path, one separator, `component`; no separator where one of the two is empty.
+  // This path, one separator and `component`; no separator if one of the two is empty.
   FilePath Append(const std::string& component) const;
 
  private:

@@ -10,7 +10,10 @@ namespace base {
 
 namespace {
 
-// Builds values while the text is read. An answer of false ends the reading.
+// Builds values from the parser's events. Returning false stops the parser.
+//
+// Events, because the JSON library's own tree allocates when it is destroyed, and ends the process
+// if that fails.
 class ValueBuilder : public nlohmann::json_sax<nlohmann::json> {
  public:
   std::unique_ptr<Value> TakeRoot() { return std::move(root_); }
@@ -58,6 +61,7 @@ class ValueBuilder : public nlohmann::json_sax<nlohmann::json> {
     std::string key;
   };
 
+  // Larger integers lose digits instead of making the whole text invalid.
   template <typename Integer>
   bool AddInteger(Integer value) {
     if (std::in_range<int>(value)) return Add(std::make_unique<Value>(static_cast<int>(value)));
@@ -94,7 +98,7 @@ class ValueBuilder : public nlohmann::json_sax<nlohmann::json> {
 }  // namespace
 
 std::unique_ptr<Value> JSONReader::Read(const std::string& text) {
-  // The parser takes a zero byte for the end of the text, and in a string it is an error anyway.
+  // The parser takes a zero byte for the end of the text and would accept what precedes it.
   if (text.find('\0') != std::string::npos) return nullptr;
   ValueBuilder builder;
   if (!nlohmann::json::sax_parse(text, &builder)) return nullptr;

@@ -12,15 +12,15 @@ namespace base {
 
 namespace {
 
-// Scalars are the JSON library's; its lists and objects need memory to be destroyed, and end the
-// process when there is none.
+// Only scalars go through the JSON library: its lists and objects allocate when they are destroyed,
+// and end the process if that fails.
 std::string Scalar(const nlohmann::json& value) {
   constexpr int kNoIndent = -1;
   constexpr bool kEnsureAscii = false;
   return value.dump(kNoIndent, ' ', kEnsureAscii, nlohmann::json::error_handler_t::replace);
 }
 
-// Text that goes out as it is needs no library.
+// Whether the text needs no escaping. Most strings do not, and skip the library.
 bool IsPlain(std::string_view text) {
   return std::all_of(text.begin(), text.end(),
                      [](char c) { return c >= ' ' && c <= '~' && c != '"' && c != '\\'; });
@@ -37,7 +37,7 @@ void AppendString(const std::string& text, std::string* out) {
 bool AppendDictionary(const DictionaryValue& dictionary, int levels, std::string* out);
 bool AppendList(const ListValue& list, int levels, std::string* out);
 
-// `levels` is how many levels of lists and dictionaries are left.
+// `levels` is how many more levels of lists and dictionaries are allowed.
 bool Append(const Value& value, int levels, std::string* out) {
   bool boolean = false;
   int integer = 0;

@@ -10,9 +10,9 @@ namespace base {
 class JSONWriter {
  public:
   // Replaces `*text` by `value` as JSON (RFC 8259): members in byte order of their names, no white
-  // space, UTF-8 left as it is, each invalid byte replaced by U+FFFD, a number that is not finite
-  // written as null. False, `*text` untouched, for a value nested deeper than JSONReader reads.
-  // Any thread.
+  // space, UTF-8 unescaped, each invalid byte replaced by U+FFFD, a number that is not finite
+  // written as null. False, with `*text` untouched, if the value nests deeper than JSONReader
+  // accepts. Any thread.
   static bool Write(const Value& value, std::string* text);
 };
 

@@ -1,4 +1,4 @@
-// Mutual exclusion. Neither lock is recursive: taking one twice on a thread never returns.
+// Mutual exclusion. Neither lock is recursive: a thread that takes one twice deadlocks.
 #ifndef QORN_PLATFORM_BASE_LOCK_H_
 #define QORN_PLATFORM_BASE_LOCK_H_
 
@@ -18,7 +18,7 @@ class LOCKABLE LockImpl {
 
   void Lock() EXCLUSIVE_LOCK_FUNCTION() { mutex_.lock(); }
   void Unlock() UNLOCK_FUNCTION() { mutex_.unlock(); }
-  // Takes the lock if no thread holds it, and tells whether it did.
+  // Takes the lock if it is free; true if it did.
   bool Try() EXCLUSIVE_TRYLOCK_FUNCTION(true) { return mutex_.try_lock(); }
 
  private:
@@ -49,7 +49,7 @@ class LOCKABLE Lock {
 
   void Acquire() EXCLUSIVE_LOCK_FUNCTION() { mutex_.lock(); }
   void Release() UNLOCK_FUNCTION() { mutex_.unlock(); }
-  // Takes the lock if no thread holds it, and tells whether it did.
+  // Takes the lock if it is free; true if it did.
   bool Try() EXCLUSIVE_TRYLOCK_FUNCTION(true) { return mutex_.try_lock(); }
 
  private:

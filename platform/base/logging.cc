@@ -31,7 +31,7 @@ struct Sink {
   base::Lock lock;
   base::ConditionVariable call_ended;
   std::shared_ptr<const LogMessageHandler> handler GUARDED_BY(lock);
-  base::ScopedFd file GUARDED_BY(lock);  // None stands for stderr.
+  base::ScopedFd file GUARDED_BY(lock);  // Without one, lines go to stderr.
   bool failing GUARDED_BY(lock) = false;
 };
 
@@ -52,6 +52,7 @@ char* PutTwoDigits(int number, char* out) {
   return out;
 }
 
+// The digits are written by hand: std::put_time takes longer than the rest of a line.
 void WritePrefix(const char* file, int line, int severity, std::ostream& out) {
   base::Time::Exploded now{};
   base::Time::Now().LocalExplode(&now);
@@ -65,8 +66,8 @@ void WritePrefix(const char* file, int line, int severity, std::ostream& out) {
   out << ':' << SeverityName(severity) << ':' << file << '(' << line << ")] ";
 }
 
-// One write for a whole line, as long as the system takes it in one. False with errno set when the
-// line did not go out whole.
+// Writes a line with a single call if the system accepts it, so that lines of several processes do
+// not mix. False, with errno set, if it was not written completely.
 bool WriteLine(int fd, std::string_view line) {
   while (!line.empty()) {
     const ssize_t written = write(fd, line.data(), line.size());
@@ -91,7 +92,7 @@ void WriteToFileOrStderr(Sink& sink, const std::string& line) EXCLUSIVE_LOCKS_RE
   sink.failing = !written;
 }
 
-// One call of the handler. Calls nest on a thread, since a handler may log.
+// One call of the handler. Calls nest on a thread, because a handler may log.
 class HandlerCall {
  public:
   HandlerCall();
@@ -100,7 +101,7 @@ class HandlerCall {
   HandlerCall& operator=(const HandlerCall&) = delete;
 
   const LogMessageHandler* handler() const { return handler_.get(); }
-  // How many calls of `handler` this thread is in.
+  // How many calls of `handler` are in progress on this thread.
   static long CountOnThisThread(const LogMessageHandler* handler);
 
  private:
@@ -123,8 +124,8 @@ HandlerCall::~HandlerCall() {
   innermost_ = outer_;
   Sink& sink = GetSink();
   base::AutoLock hold(sink.lock);
-  // The last reference is that of a handler which replaced itself. It goes with this object, after
-  // the lock, since its destruction may log.
+  // If this is the last reference, the handler replaced itself. It is then destroyed with this
+  // object, after the lock is released, because its destruction may log.
   if (handler_.use_count() <= 1) return;
   handler_.reset();
   sink.call_ended.NotifyAll();
@@ -148,7 +149,7 @@ void SetLogMessageHandler(LogMessageHandler handler) {
   auto shared = handler ? std::make_shared<const LogMessageHandler>(std::move(handler)) : nullptr;
   Sink& sink = GetSink();
   base::AutoLock hold(sink.lock);
-  // The one before is destroyed after the lock is released, since its destruction may log.
+  // The previous handler is destroyed after the lock is released, because its destruction may log.
   sink.handler.swap(shared);
   const long own_references = 1 + HandlerCall::CountOnThisThread(shared.get());
   while (shared.use_count() > own_references) sink.call_ended.Wait(sink.lock);
@@ -158,7 +159,7 @@ bool SetLogFile(const std::string& path) {
   base::ScopedFd file;
   if (!path.empty()) {
     constexpr mode_t kReadableByGroup = 0640;
-    // A pipe that nobody reads is refused, not waited for.
+    // O_NONBLOCK: a pipe without a reader is refused; opening it would block.
     constexpr int kFlags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK;
     file = base::ScopedFd(open(path.c_str(), kFlags, kReadableByGroup));
     if (!file.is_valid()) return false;
@@ -182,12 +183,13 @@ LogMessage::~LogMessage() {
   try {
     Write();
   } catch (...) {
-    // Out of memory; a destructor has no way to say so.
+    // Out of memory, which a destructor cannot report.
   }
 }
 
 void LogMessage::Write() {
-  // A stream that ran out of memory takes nothing more: the line ends where it broke off.
+  // If an allocation failed, the stream accepts nothing more. Cleared, so that the line at least
+  // ends where it broke off.
   stream_.clear();
   stream_ << '\n';
   const std::string text = stream_.str();

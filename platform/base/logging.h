@@ -22,36 +22,36 @@ enum LogSeverity {
   LOG_FATAL = 6,  // Does not end the process.
 };
 
-// The least severity that is worth a line, 0 at first. Whoever logs asks first: LogMessage writes
-// what it is given.
+// The lowest severity that is logged, 0 at start-up. The caller must check it: LogMessage writes
+// every line that it is given.
 int GetMinLogLevel();
-// Takes any number; one above LOG_FATAL silences all.
+// Accepts any number; one above LOG_FATAL silences the log.
 void SetMinLogLevel(int level);
 
-// Gets a whole line, its line break included; the text begins at `message_start`. True keeps the
-// line from being written elsewhere.
+// Called with a whole line, including its line break; the text begins at `message_start`. If it
+// returns true, the line is not written anywhere else.
 using LogMessageHandler = std::function<bool(int severity, const char* file, int line,
                                              size_t message_start, const std::string& text)>;
 
-// Puts a handler in place; an empty one takes it away. The handler is called with no lock held, on
-// the thread that logs, so it may call anything; it must not throw. Once this returns, no other
-// thread runs the handler before, and it is destroyed: its library may be unmapped. So the caller
-// holds nothing that the handler waits for. A handler that replaces itself is destroyed when its
-// call ends.
+// Installs a handler; an empty one removes the current one. The handler is called on the thread
+// that logs, with no lock held, so it may call anything; it must not throw. When this function
+// returns, no other thread is running the previous handler and that handler is destroyed, so its
+// library may be unmapped. The caller must therefore hold nothing that the previous handler waits
+// for. A handler that replaces itself is destroyed when its call ends.
 void SetLogMessageHandler(LogMessageHandler handler);
 
-// Appends lines to the file `path` from now on, or writes them to stderr again for "". The same
-// path once more opens the file anew, as after a rotation. A line that the file does not take (a
-// full disk) goes to stderr, after a first one that says why. False when the file cannot be opened:
-// lines go on to where they went before.
+// Appends all further lines to the file `path`, or writes them to stderr again if it is "". The
+// same path again reopens the file, as after a rotation. A line that cannot be written to the file
+// (a full disk) goes to stderr, after a first one that says why. False if the file cannot be
+// opened: lines then go where they went before.
 bool SetLogFile(const std::string& path);
 
-// One line: built through `stream`, written when the object is destroyed. Used by one thread.
+// One line: built through `stream`, written by the destructor. Not thread-safe.
 class LogMessage {
  public:
   // `file` is borrowed until the object is destroyed.
   LogMessage(const char* file, int line, int severity);
-  // Writes the text as it is and one line break. A line for which there is no memory is lost.
+  // Writes the text verbatim and one line break. If an allocation fails, the line is lost.
   ~LogMessage();
   LogMessage(const LogMessage&) = delete;
   LogMessage& operator=(const LogMessage&) = delete;

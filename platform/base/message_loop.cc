@@ -17,7 +17,8 @@ MessageLoop::MessageLoop() : timers_(std::make_shared<base::internal::TimerQueue
 }
 
 MessageLoop::~MessageLoop() {
-  // A task's destruction may use the loop, so it happens while the loop is whole, without the lock.
+  // A task's destructor may use the loop, so it runs while the loop still works, and without the
+  // lock.
   for (Task task; TakeTask(&task);) task = {};
   g_current = nullptr;
 }
@@ -33,6 +34,7 @@ void MessageLoop::Run() {
   running_ = true;
   for (;;) {
     const bool ran_timer = !quitting_ && timers_->RunNextDue();
+    // One of each in turn, so that neither a flood of tasks nor a busy timer starves the other.
     Task task;
     if (TakeTask(&task)) {
       if (task.ends_run) break;
@@ -48,11 +50,11 @@ void MessageLoop::Run() {
 void MessageLoop::Quit() {
   if (!running_ || quitting_) return;
   quitting_ = true;
-  AddTask({nullptr, true});
+  AddTask({nullptr, true});  // Behind the tasks that are queued now, which still run.
 }
 
 void MessageLoop::AddTask(Task task) {
-  // The lock is held while waking: once the task can be taken it may end the loop's life.
+  // Wake while holding the lock: once the task is visible, it may destroy the loop.
   base::AutoLock hold(lock_);
   tasks_.push_back(std::move(task));
   sleeper_.Wake();

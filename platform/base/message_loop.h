@@ -1,3 +1,5 @@
+// The base library: message loops, threads and locks, timers and the clock they share, logging,
+// JSON, event payloads, and small helpers. It uses nothing of the platform's other folders.
 #ifndef QORN_PLATFORM_BASE_MESSAGE_LOOP_H_
 #define QORN_PLATFORM_BASE_MESSAGE_LOOP_H_
 
@@ -17,12 +19,12 @@ class TimerQueue;
 }
 }  // namespace base
 
-// Runs tasks and timers one after another on the thread that made it, which may have one loop at a
-// time. An idle loop sleeps. All but PostTask belongs to that thread.
+// Runs tasks and timers one after another on the thread that made it; a thread has at most one loop
+// at a time. An idle loop sleeps. Everything but PostTask is called on that thread.
 class MessageLoop {
  public:
   MessageLoop();
-  // Tasks left over are destroyed without running.
+  // Destroys the remaining tasks without running them.
   ~MessageLoop();
   MessageLoop(const MessageLoop&) = delete;
   MessageLoop& operator=(const MessageLoop&) = delete;
@@ -30,14 +32,15 @@ class MessageLoop {
   // The calling thread's loop; null if it has none.
   static MessageLoop* current();
 
-  // Adds a task behind those already there. Any thread, also before Run; the loop must live.
+  // Appends a task to the queue. Any thread, also before Run. The loop must not be destroyed
+  // meanwhile.
   void PostTask(const tracked_objects::Location& from_here, base::Closure task);
 
-  // Runs tasks, first in, first out, and due timers until Quit. Not to be called by a task.
+  // Runs tasks, first in, first out, and due timers until Quit. A task must not call it.
   void Run();
 
-  // Ends Run once the tasks that are queued now have run; tasks posted later wait for the next
-  // Run. No timer fires any more. Does nothing outside Run.
+  // Makes Run return once the tasks that are now queued have run; tasks posted later wait for the
+  // next Run. No timer fires any more. Does nothing outside Run.
   void Quit();
 
  private:
@@ -54,7 +57,7 @@ class MessageLoop {
   base::Lock lock_;
   std::deque<Task> tasks_ GUARDED_BY(lock_);
   base::Sleeper sleeper_;
-  // Touched by the loop's thread only.
+  // Used by the loop's thread only.
   bool running_ = false;
   bool quitting_ = false;
   std::shared_ptr<base::internal::TimerQueue> timers_;

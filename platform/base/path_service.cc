@@ -11,10 +11,12 @@ namespace fs = std::filesystem;
 
 fs::path CurrentDirectory(std::error_code& error) { return fs::current_path(error); }
 
+// The kernel's link: a library does not see the program's arguments, and they may be wrong.
 fs::path ExecutableDirectory(std::error_code& error) {
   return fs::read_symlink("/proc/self/exe", error).parent_path();
 }
 
+// By the address of a function of this library, wherever it is installed.
 fs::path ModuleDirectory(std::error_code& error) {
   Dl_info info{};
   if (dladdr(reinterpret_cast<void*>(&PathService::Get), &info) == 0) {

@@ -16,7 +16,7 @@ enum PathKey {
 
 class PathService {
  public:
-  // False, `*path` untouched, for an unknown key and when the system does not tell. Any thread.
+  // False, with `*path` untouched, if the key is unknown or the system call fails. Any thread.
   static bool Get(int key, FilePath* path);
 };
 

@@ -7,9 +7,9 @@
 
 namespace {
 
-// The size in front and an integer field.
+// The size of the leading word and of an integer field.
 constexpr size_t kWordSize = sizeof(int32_t);
-// Room from the start: most events fit.
+// Reserved at construction; most events fit, and are written without another allocation.
 constexpr size_t kUsualSize = 192;
 constexpr size_t kLargestPayload = std::numeric_limits<int32_t>::max() - kWordSize;
 
@@ -89,7 +89,7 @@ bool PickleIterator::ReadInt(int* value) {
 bool PickleIterator::ReadString(std::string* value) {
   int length = 0;
   if (!ReadInt(&length)) return false;
-  // A negative length becomes one beyond every end.
+  // A negative length becomes a huge one, which Take refuses.
   const char* bytes = Take(static_cast<size_t>(length));
   if (bytes == nullptr) return false;
   value->assign(bytes, static_cast<size_t>(length));
@@ -102,7 +102,7 @@ const char* PickleIterator::Take(size_t size) {
     return nullptr;
   }
   const char* taken = position_;
-  // The last field's padding may be missing in bytes from elsewhere.
+  // Bytes from elsewhere may lack the padding of the last field.
   const size_t step = std::min(PaddedSize(size), remaining_);
   position_ += step;
   remaining_ -= step;

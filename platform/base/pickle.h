@@ -5,15 +5,15 @@
 #include <string>
 #include <vector>
 
-// A row of values as bytes, all numbers in the machine's byte order: 4 bytes with the size of what
-// follows, then the fields, each padded with zeros to a multiple of 4 bytes. An integer takes 4
-// bytes; a string is its length as an integer, then its bytes. Not thread-safe.
+// A sequence of values in one block of bytes, all numbers in the machine's byte order: 4 bytes with
+// the size of what follows, then the fields, each padded with zeros to a multiple of 4 bytes. An
+// integer takes 4 bytes; a string is its length as an integer, then its bytes. Not thread-safe.
 class Pickle {
  public:
   // Empty: a size of 0 and no field.
   Pickle();
-  // Borrows `data`, for reading only. Bytes behind the stated size are ignored; a size that is
-  // missing or reaches beyond `data_size` makes a pickle with nothing to read.
+  // Borrows `data`, for reading only. Bytes beyond the stated size are ignored. If the size is
+  // missing or exceeds `data_size`, there is nothing to read.
   Pickle(const char* data, size_t data_size);
   // A copy owns its bytes.
   Pickle(const Pickle& other);
@@ -21,12 +21,12 @@ class Pickle {
   Pickle& operator=(const Pickle& other);
   ~Pickle();
 
-  // False, nothing written, for a borrowed pickle and when the size would no longer fit an int.
+  // False, with nothing written, if the bytes are borrowed or their size would exceed an int.
   bool WriteString(const std::string& value);
   // Like WriteString.
   bool WriteInt(int value);
 
-  // The bytes, the leading size included; null and 0 for borrowed bytes that hold no pickle.
+  // The bytes, including the leading size; null and 0 if borrowed bytes hold no pickle.
   const char* data() const { return owned_.empty() ? borrowed_ : owned_.data(); }
   // Of data(), in bytes.
   size_t size() const { return owned_.empty() ? borrowed_size_ : owned_.size(); }
@@ -39,11 +39,11 @@ class Pickle {
   size_t borrowed_size_ = 0;
 };
 
-// Reads a pickle's fields in order. It borrows the pickle's bytes. A read that fails answers false,
-// leaves the output alone and makes all later reads fail.
+// Reads a pickle's fields in order. Borrows the pickle's bytes. A read that fails returns false,
+// leaves the output untouched and makes all later reads fail.
 class PickleIterator {
  public:
-  // Begins at the first field.
+  // Starts at the first field.
   explicit PickleIterator(const Pickle& pickle);
 
   // The next field as a string.

@@ -12,7 +12,7 @@ void PlatformThread::Sleep(TimeDelta duration) {
 }
 
 void PlatformThread::SetName(const std::string& name) {
-  // The kernel refuses a longer name.
+  // The kernel refuses longer names.
   constexpr size_t kLongestName = 15;
   pthread_setname_np(pthread_self(), name.substr(0, kLongestName).c_str());
 }

@@ -10,9 +10,9 @@ namespace base {
 // Operations on the calling thread.
 class PlatformThread {
  public:
-  // Waits by the process's clock (base/clock.h): a test that moves the clock ends it.
+  // Sleeps by the process's clock (base/clock.h), so a test that moves the clock wakes it.
   static void Sleep(TimeDelta duration);
-  // Sets the name that the kernel shows; all but its first 15 bytes are left out.
+  // Sets the name that the kernel shows, cut to 15 bytes.
   static void SetName(const std::string& name);
 };
 

@@ -13,6 +13,7 @@ SimpleThread::~SimpleThread() { assert(!thread_.joinable()); }
 void SimpleThread::Start() {
   assert(!thread_.joinable());
   thread_ = std::thread(&SimpleThread::ThreadMain, this);
+  // Waits until the thread runs and has its name, so that the caller can rely on both.
   AutoLock hold(lock_);
   while (!runs_) changed_.Wait(lock_);
 }

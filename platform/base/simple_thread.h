@@ -10,8 +10,8 @@
 
 namespace base {
 
-// A thread that runs one function of a subclass. Start and Join are for the thread that owns the
-// object, each exactly once; it is joined before it is destroyed.
+// A thread that runs one function of a subclass. The owning thread calls Start and Join, each
+// exactly once, and Join before it destroys the object.
 class SimpleThread {
  public:
   // The kernel shows the first 15 bytes of the name.
@@ -23,7 +23,7 @@ class SimpleThread {
   // The thread's work, on the new thread.
   virtual void Run() = 0;
 
-  // Returns once the new thread runs. Throws std::system_error when the system refuses a thread.
+  // Returns once the new thread runs. Throws std::system_error if no thread can be created.
   void Start();
   // Returns once Run has returned.
   void Join();

@@ -6,7 +6,7 @@
 
 namespace base {
 
-// The sleeping threads of the process. Its lock is taken before a sleeper's, never after.
+// The sleeping threads of the process. Lock order: this lock first, then a sleeper's own.
 struct SleeperList {
   Lock lock;
   ConditionVariable grown;
@@ -45,6 +45,7 @@ void Sleeper::SleepUntil(std::optional<TimeDelta> deadline) {
     AutoLock hold(lock_);
     deadline_ = deadline;
   }
+  // Listed while it waits, and not under lock_: the list's lock comes first.
   SleeperList::Get().Add(this);
   WaitUntilDue();
   SleeperList::Get().Remove(this);
@@ -56,7 +57,7 @@ void Sleeper::Wake() {
   changed_.NotifyAll();
 }
 
-void Sleeper::LookAgain() {
+void Sleeper::RecheckDeadlines() {
   SleeperList& list = SleeperList::Get();
   AutoLock hold(list.lock);
   for (Sleeper* sleeper = list.first; sleeper != nullptr; sleeper = sleeper->next_) {
@@ -78,6 +79,7 @@ void Sleeper::WaitUntilDue() {
       changed_.Wait(lock_);
       continue;
     }
+    // Read anew each time, because a test may replace the clock during the wait.
     const std::shared_ptr<const Clock> clock = Clock::Get();
     if (clock->Uptime() >= *deadline_) break;
     clock->WaitUntil(lock_, changed_, *deadline_);

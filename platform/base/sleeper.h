@@ -1,4 +1,4 @@
-// How a thread of the platform waits: until it is woken or until the clock has reached a moment.
+// How a thread of the platform waits: until it is woken or until the clock reaches a deadline.
 #ifndef QORN_PLATFORM_BASE_SLEEPER_H_
 #define QORN_PLATFORM_BASE_SLEEPER_H_
 
@@ -10,21 +10,22 @@
 
 namespace base {
 
-// One thread sleeps, any thread wakes it. Sleeping needs no memory.
+// One thread sleeps, any thread wakes it. Sleeping never allocates.
 class Sleeper {
  public:
   Sleeper() = default;
   Sleeper(const Sleeper&) = delete;
   Sleeper& operator=(const Sleeper&) = delete;
 
-  // Returns once Wake was called since the last return, or once the clock's uptime has reached
+  // Returns once Wake has been called since the last return, or once the clock's uptime has reached
   // `deadline`.
   void SleepUntil(std::optional<TimeDelta> deadline);
   void Wake();
 
-  // Makes every sleeping thread of the process look at the clock again.
-  static void LookAgain();
-  // Returns once at least `count` threads sleep with a deadline that the clock has not reached.
+  // Makes every sleeping thread of the process check the clock again.
+  static void RecheckDeadlines();
+  // Returns once at least `count` threads are asleep with a deadline that the clock has not
+  // reached.
   static void WaitForSleepers(int count);
 
  private:
@@ -37,7 +38,7 @@ class Sleeper {
   ConditionVariable changed_;
   bool woken_ GUARDED_BY(lock_) = false;
   std::optional<TimeDelta> deadline_ GUARDED_BY(lock_);
-  Sleeper* next_ = nullptr;  // In the list of those that sleep, under its lock.
+  Sleeper* next_ = nullptr;  // In the list of sleepers, guarded by that list's lock.
 };
 
 }  // namespace base

@@ -16,7 +16,7 @@ struct Free {
 };
 
 std::string Demangle(const std::string& name) {
-  // A plain name can look like a mangled type: "i" is int.
+  // A C name can look like a mangled type: "i" would become "int".
   if (name.rfind("_Z", 0) != 0) return name;
   int status = 0;
   const std::unique_ptr<char, Free> readable(

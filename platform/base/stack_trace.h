@@ -7,13 +7,13 @@
 namespace base {
 namespace debug {
 
-// The calls that led to its construction. A plain value.
+// The call stack at its construction. A plain value.
 class StackTrace {
  public:
   StackTrace();
 
-  // One line for each call, the innermost first, at most 62. Functions that no library exports
-  // have an address only; programs export theirs with -rdynamic.
+  // One line for each call, innermost first, at most 62. Functions that are not exported appear as
+  // an address only; a program exports its own with -rdynamic.
   std::string ToString() const;
 
  private:

@@ -16,7 +16,7 @@ class TestClock::ManualClock : public Clock {
   TimeDelta Uptime() const override { return start_uptime_ + Passed(); }
   void WaitUntil(Lock& lock, ConditionVariable& changed, TimeDelta /*deadline*/) const override
       EXCLUSIVE_LOCKS_REQUIRED(lock) {
-    changed.Wait(lock);
+    changed.Wait(lock);  // This clock moves in Advance only, which wakes all sleepers.
   }
 
   void Add(TimeDelta delta) { passed_microseconds_ += delta.InMicroseconds(); }
@@ -37,7 +37,7 @@ TestClock::~TestClock() { Clock::Replace(nullptr); }
 
 void TestClock::Advance(TimeDelta delta) {
   clock_->Add(delta);
-  Sleeper::LookAgain();
+  Sleeper::RecheckDeadlines();
 }
 
 void TestClock::WaitForSleepers(int count) { Sleeper::WaitForSleepers(count); }

@@ -7,8 +7,8 @@
 
 namespace base {
 
-// For tests: a clock that stands still until it is moved. It is the process's clock from its
-// construction, at which it shows the present, to its destruction; one at a time. Any thread.
+// For tests: a clock that stands still until it is moved. It starts with the present and is the
+// process's clock until it is destroyed; only one may exist at a time. Any thread.
 //
 //   base::TestClock clock;
 //   ... start a thread that arms a timer of 60 seconds ...
@@ -22,13 +22,13 @@ class TestClock {
   TestClock(const TestClock&) = delete;
   TestClock& operator=(const TestClock&) = delete;
 
-  // Moves the time of day and the uptime forward. Timers and sleeps that are due by then wake up;
-  // it does not wait for what they do.
+  // Moves the time of day and the uptime forward. Timers and sleeps that are then due wake up; this
+  // function does not wait for them.
   void Advance(TimeDelta delta);
 
-  // Returns once at least `count` threads wait on the clock: message loops whose next timer lies
-  // ahead and threads in PlatformThread::Sleep. A thread whose time has come, or whose loop has a
-  // task to run, does not count, also when it has not woken up yet. Loops without a timer never
+  // Returns once at least `count` threads wait for the clock: message loops with a timer that is
+  // not yet due, and threads in PlatformThread::Sleep. A thread whose time has come, or whose loop
+  // has a task to run, does not count, even if it has not woken up yet. Loops without a timer never
   // count.
   void WaitForSleepers(int count);
 

@@ -1,4 +1,4 @@
-// Names for clang's thread-safety attributes; other compilers see nothing.
+// Names for clang's thread-safety attributes; they expand to nothing for other compilers.
 #ifndef QORN_PLATFORM_BASE_THREAD_ANNOTATIONS_H_
 #define QORN_PLATFORM_BASE_THREAD_ANNOTATIONS_H_
 
@@ -20,7 +20,7 @@
 #define EXCLUSIVE_LOCKS_REQUIRED(...) QORN_THREAD_ATTRIBUTE(requires_capability(__VA_ARGS__))
 #define LOCKS_EXCLUDED(...) QORN_THREAD_ATTRIBUTE(locks_excluded(__VA_ARGS__))
 
-// On functions that take or give back a lock.
+// On functions that acquire or release a lock.
 #define EXCLUSIVE_LOCK_FUNCTION(...) QORN_THREAD_ATTRIBUTE(acquire_capability(__VA_ARGS__))
 #define EXCLUSIVE_TRYLOCK_FUNCTION(...) QORN_THREAD_ATTRIBUTE(try_acquire_capability(__VA_ARGS__))
 #define UNLOCK_FUNCTION(...) QORN_THREAD_ATTRIBUTE(release_capability(__VA_ARGS__))

@@ -38,7 +38,7 @@ void Explode(int64_t microseconds, tm* (*take_apart)(const time_t*, tm*),
              Time::Exploded* exploded) {
   time_t seconds = microseconds / kMicrosecondsPerSecond;
   int64_t rest = microseconds % kMicrosecondsPerSecond;
-  if (rest < 0) {
+  if (rest < 0) {  // Division truncates towards zero, but a time before 1970 must round down.
     rest += kMicrosecondsPerSecond;
     --seconds;
   }
@@ -54,8 +54,8 @@ void Explode(int64_t microseconds, tm* (*take_apart)(const time_t*, tm*),
   exploded->millisecond = static_cast<int>(rest / kMicrosecondsPerMillisecond);
 }
 
-// tzset, which asks for the system's zone file each time when the environment names no zone: that
-// once a tick of the kernel's clock is enough. One thread at a time.
+// Calls tzset, but at most once for each tick of the kernel's clock: without TZ it checks the
+// system's zone file each time. One thread at a time.
 void FollowZone() {
   static timespec asked{};
   timespec now{};
@@ -100,7 +100,7 @@ Time Time::operator+(TimeDelta delta) const {
 TimeDelta Time::operator-(Time other) const { return since_epoch_ - other.since_epoch_; }
 
 void Time::LocalExplode(Exploded* exploded) const {
-  // localtime_r alone may keep to the zone of an earlier call. The lock makes the two one step.
+  // localtime_r alone may use the zone of an earlier call. The lock makes the two calls one step.
   static Lock* const lock = new Lock;
   AutoLock hold(*lock);
   FollowZone();

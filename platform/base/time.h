@@ -1,5 +1,5 @@
-// Points in time and durations, in microseconds of 64 bits. Both are plain values; arithmetic that
-// would leave the range stops at its end.
+// Points in time and durations, as 64-bit microseconds. Both are plain values; arithmetic saturates
+// at the limits of the range.
 #ifndef QORN_PLATFORM_BASE_TIME_H_
 #define QORN_PLATFORM_BASE_TIME_H_
 
@@ -32,7 +32,7 @@ class TimeDelta {
 
 class Time {
  public:
-  // A time taken apart.
+  // A time split into its parts.
   struct Exploded {
     int year;
     int month;         // 1 to 12
@@ -47,7 +47,7 @@ class Time {
   // The Unix epoch.
   constexpr Time() = default;
 
-  // Reads the wall clock, or the clock that a test has put in its place (base/clock.h).
+  // Reads the wall clock, or the clock with which a test has replaced it (base/clock.h).
   static Time Now();
   // 1970-01-01 00:00:00 UTC.
   static constexpr Time UnixEpoch() { return Time(); }
@@ -59,9 +59,9 @@ class Time {
   TimeDelta operator-(Time other) const;
   constexpr auto operator<=>(const Time&) const = default;
 
-  // In the zone that the environment names at the call (TZ); where it names none, in the system's,
-  // of which a change is seen within a tick of the kernel's clock. Any thread, as long as none
-  // changes the environment meanwhile.
+  // In the time zone that the environment names at the time of the call (TZ), or else in the
+  // system's; a change of the latter takes effect within a tick of the kernel's clock. Any thread,
+  // as long as none changes the environment meanwhile.
   void LocalExplode(Exploded* exploded) const;
   void UTCExplode(Exploded* exploded) const;
 

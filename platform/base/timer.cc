@@ -10,8 +10,9 @@ Timer::Timer(bool retain_user_task, bool is_repeating)
 
 Timer::~Timer() { Cancel(); }
 
-void Timer::Start(const tracked_objects::Location& /*from_here*/, TimeDelta delay, Closure task) {
+void Timer::Start(const tracked_objects::Location& from_here, TimeDelta delay, Closure task) {
   Cancel();
+  posted_from_ = from_here;
   delay_ = delay;
   task_ = task ? std::make_shared<const Closure>(std::move(task)) : nullptr;
   Reset();
@@ -48,11 +49,11 @@ void Timer::Fire(internal::TimerQueue::Entry entry) {
   entry_ = std::move(entry);
   const std::shared_ptr<const Closure> task = task_;
   if (is_repeating_) {
-    Schedule();
+    Schedule();  // Before the task runs, so that its duration does not lengthen the period.
   } else if (!retain_user_task_) {
     task_ = nullptr;
   }
-  // The task may destroy this timer.
+  // Called through the copy: the task may destroy this timer, or start it with another task.
   (*task)();
 }
 

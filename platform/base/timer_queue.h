@@ -14,21 +14,21 @@ class Timer;
 
 namespace internal {
 
-// The running timers of one message loop, by the uptime at which they are due. For the loop's
-// thread only. A timer's entry is made once and then goes to and fro between timer and queue, so
-// that only the first start of a timer needs memory.
+// The running timers of one message loop, ordered by the uptime at which they are due. For the
+// loop's thread only. A timer's entry is allocated once and then moves between timer and queue, so
+// only the first start of a timer allocates.
 class TimerQueue {
  public:
   using Entries = std::map<std::pair<TimeDelta, uint64_t>, Timer*>;
   using Entry = Entries::node_type;
 
-  // Answers the entry's number, never 0. Makes an entry if it gets none.
+  // Returns the entry's number, never 0. Allocates an entry if none is passed.
   uint64_t Add(TimeDelta due, Timer* timer, Entry entry);
-  // Empty for a number that is not there.
+  // Empty for an unknown number.
   Entry Remove(TimeDelta due, uint64_t number);
 
   std::optional<TimeDelta> NextDue() const;
-  // Takes out the first entry and fires its timer, if it is due; true if it was.
+  // If the first timer is due, removes its entry, fires the timer and returns true.
   bool RunNextDue();
 
  private:

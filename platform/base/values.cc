@@ -21,6 +21,7 @@ bool Value::GetAsInteger(int* out) const {
   return value != nullptr;
 }
 
+// JSON does not tell 5 from 5.0, so whoever expects a double gets both.
 bool Value::GetAsDouble(double* out) const {
   int integer = 0;
   if (GetAsInteger(&integer)) {

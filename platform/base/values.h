@@ -1,6 +1,6 @@
-// A tree of JSON values. A value owns all below it; pointers that getters hand out are borrowed
-// and end with their owner, or when the member is replaced. Not thread-safe: one thread writes, or
-// any number read.
+// A tree of JSON values. A value owns everything below it. Pointers from getters are borrowed, and
+// valid until their owner is destroyed or the member is replaced. Not thread-safe: either one
+// thread writes or any number read.
 #ifndef QORN_PLATFORM_BASE_VALUES_H_
 #define QORN_PLATFORM_BASE_VALUES_H_
 
@@ -18,7 +18,7 @@ class DictionaryValue;
 class ListValue;
 
 // Null, a boolean, an integer, a double or a string; subclasses hold lists and dictionaries. Every
-// getter answers false and leaves its output alone when the value is of another type.
+// getter returns false and leaves its output untouched if the value is of another type.
 class Value {
  public:
   Value() = default;  // Null.
@@ -34,7 +34,7 @@ class Value {
   virtual bool IsNull() const;
   bool GetAsBoolean(bool* out) const;
   bool GetAsInteger(int* out) const;
-  // An integer too.
+  // Also for an integer.
   bool GetAsDouble(double* out) const;
   bool GetAsString(std::string* out) const;
   virtual bool GetAsDictionary(const DictionaryValue** out) const;
@@ -44,8 +44,8 @@ class Value {
   std::variant<std::monostate, bool, int, double, std::string> scalar_;
 };
 
-// Members by name. A name is taken as it is: dots have no meaning. Getters answer false and leave
-// the output alone when there is no such member or it is of another type.
+// Members by name. Names are taken literally: dots have no meaning. Getters return false and leave
+// the output untouched if there is no such member or it is of another type.
 class DictionaryValue : public Value {
  public:
   using Members = std::map<std::string, std::unique_ptr<Value>>;
@@ -61,7 +61,7 @@ class DictionaryValue : public Value {
   // In byte order of their names.
   const Members& members() const { return members_; }
 
-  // Adds a member or replaces the one of that name. `value` must not be null.
+  // Adds a member, or replaces the one with that name. `value` must not be null.
   void Set(const std::string& key, std::unique_ptr<Value> value);
   void SetString(const std::string& key, const std::string& value);
 
@@ -72,7 +72,7 @@ class DictionaryValue : public Value {
   Members members_;
 };
 
-// Getters answer false and leave the output alone when the list is too short or the element is of
+// Getters return false and leave the output untouched if the list is too short or the element is of
 // another type.
 class ListValue : public Value {
  public:

@@ -58,12 +58,12 @@ void EventManager::Publish(Event* event) {
   delivery.push_back({event->type(), event->data_, 0});
   {
     base::AutoLock hold(lock_);
-    if (!HasListener(event->type())) return;  // The bus's thread sleeps on.
+    if (!HasListener(event->type())) return;  // The bus's thread need not wake up.
     delivery.front().last_listener = last_number_;
     queue_.splice(queue_.end(), delivery);
     ++published_;
   }
-  // Without the lock, for which the bus's thread would wait again.
+  // Without the lock: the woken thread would only have to wait for it.
   published_one_.NotifyOne();
 }
 
@@ -76,7 +76,8 @@ int EventManager::AddListener(int type, Listener listener) {
 }
 
 void EventManager::RemoveListener(int number) {
-  // Taken out of the map at once, so that it is called no more; destroyed without the lock.
+  // Removed from the map at once, so that it is not called again; destroyed without the lock,
+  // because the destructor may call the bus.
   Registrations::node_type removed;
   base::AutoLock hold(lock_);
   removed = listeners_.extract(number);
@@ -142,8 +143,8 @@ const EventManager::Listener* EventManager::NextCall(Delivery* delivery) {
   if (running_ != 0 || over) changed_.NotifyAll();
   running_ = over ? 0 : next->first;
   if (!over) return &next->second.function;
-  // Dropped before it counts: whoever waits in Flush relies on the bus holding nothing of the
-  // event.
+  // Dropped before the event counts as delivered: whoever waits in Flush relies on the bus holding
+  // nothing of it.
   delivery->data.reset();
   ++delivered_;
   return nullptr;

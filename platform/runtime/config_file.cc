@@ -15,7 +15,8 @@ namespace {
 constexpr char kRootName[] = "config";
 constexpr char kSpace[] = " \t\r\n";
 constexpr char kDoctype[] = "!DOCTYPE";
-// The parser recurses once for each level of elements and has no limit of its own.
+// The parser recurses once for each level and has no limit of its own. A configuration needs few
+// elements, so their number is limited instead of their depth, which is harder to know.
 constexpr int kMostElements = 1000;
 
 // What is wrong with a text, and where; lines and columns count from 1.
@@ -28,7 +29,7 @@ struct Fault {
 bool ReadText(const std::string& file, std::string* text, std::string* error) {
   errno = 0;
   std::ifstream stream(file, std::ios::binary);
-  // The whole file, or up to a zero byte, which ends the parser's reading as well.
+  // The whole file, or everything up to a zero byte, where the parser stops, too.
   std::getline(stream, *text, '\0');
   if (stream.is_open() && !stream.bad()) {
     if (!stream.eof()) text->push_back('\0');
@@ -39,7 +40,8 @@ bool ReadText(const std::string& file, std::string* text, std::string* error) {
   return false;
 }
 
-// Counts lines as the parser does: a carriage return ends one too, the pair of both once.
+// Counts lines as the parser does: a carriage return ends a line, too; with a line feed they count
+// once.
 Fault FaultAt(const std::string& text, size_t offset, const std::string& reason) {
   int line = 1;
   size_t line_start = 0;
@@ -53,7 +55,7 @@ Fault FaultAt(const std::string& text, size_t offset, const std::string& reason)
   return {line, static_cast<int>(offset - line_start + 1), reason};
 }
 
-// Where one element too many may begin, npos if none does.
+// The position at which the first element over the limit may begin, or npos.
 size_t FindElementTooMany(const std::string& text) {
   int count = 0;
   size_t at = text.find('<');
@@ -71,8 +73,8 @@ size_t StartOf(const std::string& text) {
 
 bool IsDoctype(const TiXmlNode& node) { return node.ValueStr().rfind(kDoctype, 0) == 0; }
 
-// The parser lets text, more elements and what it does not understand stand beside the root, and
-// the last also in it.
+// The parser accepts text, more elements and unknown markup beside the root, and unknown markup
+// also inside it.
 const TiXmlNode* FindStray(const TiXmlDocument& document, const TiXmlElement& root) {
   for (const TiXmlNode* node = document.FirstChild(); node; node = node->NextSibling()) {
     if (node->ToElement() != nullptr && node != &root) return node;
@@ -85,7 +87,7 @@ const TiXmlNode* FindStray(const TiXmlDocument& document, const TiXmlElement& ro
   return nullptr;
 }
 
-// Parses `text`; true if the parser has no complaint.
+// Parses `text`; true if the parser reports no error.
 bool Parse(const std::string& text, TiXmlDocument* document, const char** end, Fault* fault) {
   const size_t zero = text.find('\0');
   if (zero != std::string::npos) {
@@ -98,7 +100,7 @@ bool Parse(const std::string& text, TiXmlDocument* document, const char** end, F
     return false;
   }
   document->SetTabSize(1);
-  // The parser steps over up to three bytes behind a UTF-8 lead byte that ends the text.
+  // If a UTF-8 lead byte ends the text, the parser steps over up to three bytes behind it.
   const std::string padded = text + std::string(3, '\0');
   const char* const stop = document->Parse(padded.c_str());
   *end = stop == nullptr
@@ -107,13 +109,13 @@ bool Parse(const std::string& text, TiXmlDocument* document, const char** end, F
   if (!document->Error()) return true;
   *fault = {document->ErrorRow(), document->ErrorCol(), document->ErrorDesc()};
   if (fault->line != 0) return false;
-  // Without a place the parser came to the text's end, or did not find a beginning.
+  // An error without a position means that the parser reached the end, or found no beginning.
   const bool began = document->FirstChild() != nullptr;
   *fault = FaultAt(text, began ? text.size() : StartOf(text), fault->reason);
   return false;
 }
 
-// True if the document is the root and nothing else. The parser stopped at `end`.
+// True if the document consists of the root only. `end` is where the parser stopped.
 bool CheckRoot(const std::string& text, const TiXmlDocument& document, const char* end,
                Fault* fault) {
   const std::string root_name = "\"" + std::string(kRootName) + "\"";

@@ -12,17 +12,17 @@ struct ConfigEntry {
   std::string key;
   std::string value;
   int line = 0;       // from 1
-  bool plain = true;  // false: it also holds elements or attributes, which nothing reads
+  bool plain = true;  // false if it also contains elements or attributes, which nothing reads
 };
 
-// Reads all elements in their order, those with the same key too. Fails as ReadConfigFile does.
+// Reads all elements in order, including several with the same key. Fails like ReadConfigFile.
 bool ReadConfigEntries(const std::string& file, std::vector<ConfigEntry>* entries,
                        std::string* error);
 
-// Reads the configuration file into `*config`, key by value; of equal keys the first. False,
-// `*config` untouched and one line in `*error`, "FILE: reason" or "FILE:LINE:COLUMN: reason", when
-// it cannot be read, is not well-formed, has over 1,000 elements or another root than "config". Any
-// thread.
+// Reads the configuration file into `*config`; of several elements with the same key the first
+// counts. False, with `*config` untouched and one line in `*error`, "FILE: reason" or
+// "FILE:LINE:COLUMN: reason", if the file cannot be read, is not well-formed, has more than 1,000
+// elements or another root than "config". Any thread.
 bool ReadConfigFile(const std::string& file, std::map<std::string, std::string>* config,
                     std::string* error);
 

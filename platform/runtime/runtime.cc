@@ -22,7 +22,7 @@ struct DlCloser {
 using LibraryHandle = std::unique_ptr<void, DlCloser>;
 
 #ifdef QORN_SANITIZED
-// The sanitizers' reports name functions of mapped libraries only.
+// Sanitizers report function names only for libraries that are still mapped at the end.
 constexpr int kOpenFlags = RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE;
 #else
 constexpr int kOpenFlags = RTLD_NOW | RTLD_LOCAL;
@@ -68,7 +68,7 @@ void Runtime::Destroy() {
     delete ended;
     return;
   }
-  // Never freed: a component's thread that still runs may be reading its configuration.
+  // Never freed: a component's thread may still be running and reading its configuration.
   static auto* const all_kept = new std::vector<Runtime*>;
   all_kept->push_back(ended);
 }
@@ -99,7 +99,7 @@ bool Runtime::LoadComponent(const std::string& library, std::string* error) {
   loaded->component = component;
   loaded->library = std::move(handle);
   if (!component->Init(this) || !component->Start()) {
-    // Its threads may run, so it stays mapped.
+    // Its threads may be running, so it must stay mapped.
     static_cast<void>(loaded->library.release());
     return Fail(library, "did not start", error);
   }
@@ -117,7 +117,7 @@ bool Runtime::QueryInterface(const std::string& name, void** out) {
   return false;
 }
 
-// A copy, so that components are called without the lock and may ask the runtime in turn.
+// A copy, so that components are called without the lock and may call the runtime themselves.
 std::vector<std::shared_ptr<Runtime::LoadedComponent>> Runtime::Components() {
   base::AutoLock hold(lock_);
   return components_;
@@ -131,6 +131,7 @@ bool Runtime::IsLoaded(const Component* component) {
 }
 
 bool Runtime::End() {
+  // In reverse, because later components may use the interfaces of earlier ones.
   auto ending = Components();
   std::reverse(ending.begin(), ending.end());
   for (const auto& loaded : ending) loaded->finalized = loaded->component->Finalize();

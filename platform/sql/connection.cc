@@ -45,6 +45,7 @@ void Connection::SetBusyHandler(int (*handler)(void* context, int count), void* 
   if (is_open()) sqlite3_busy_handler(db_.get(), handler, context);
 }
 
+// The _v2 function allows statements to outlive the connection; the other one would leak both.
 void Connection::Closer::operator()(sqlite3* db) const { sqlite3_close_v2(db); }
 
 }  // namespace sql

@@ -1,3 +1,5 @@
+// The database library: connections and statements over SQLite. It owns SQLite's handles and turns
+// its errors into return values, so that nobody else includes sqlite3.h.
 #ifndef QORN_PLATFORM_SQL_CONNECTION_H_
 #define QORN_PLATFORM_SQL_CONNECTION_H_
 
@@ -11,8 +13,8 @@ struct sqlite3;
 
 namespace sql {
 
-// One connection to a database file. Failures are answers: nothing throws or ends the process. Not
-// thread-safe: callers use it from one thread at a time.
+// One connection to a database file. No failure throws or ends the process. Not thread-safe: use it
+// from one thread at a time.
 class Connection {
  public:
   Connection();
@@ -21,28 +23,28 @@ class Connection {
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
 
-  // Opens or creates the file and changes no setting of the database engine. False when the engine
-  // refuses and when the connection is open already.
+  // Opens or creates the file, without changing any setting of SQLite. False if SQLite fails or the
+  // connection is already open.
   bool Open(const FilePath& path);
-  // Statements that still live keep the file open until the last of them is gone.
+  // Remaining statements keep the file open until the last of them is destroyed.
   void Close();
   bool is_open() const { return db_ != nullptr; }
 
   // Runs one or more statements; false at the first that fails.
   bool Execute(const char* sql);
-  // False also when the file is locked, cannot be read or is no database.
+  // False also if the file is locked, cannot be read or is not a database.
   bool DoesTableExist(const char* table_name);
 
-  // Prepares a statement afresh at every call. One that cannot be prepared is not valid, and
+  // Prepares a new statement at every call. If it cannot be prepared, it is not valid and
   // GetErrorMessage says why.
   Statement GetUniqueStatement(const char* sql);
 
-  // The engine's words on the last failure; "sql::Connection has no connection." when closed.
+  // SQLite's text for the last failure; "sql::Connection has no connection." if closed.
   std::string GetErrorMessage() const;
 
-  // `handler` is called with `context`, on the thread that uses the connection, while another
-  // connection holds a lock: with the number of calls before for this lock; non-zero tries again.
-  // Both are borrowed until Close. Does nothing when closed.
+  // While another connection holds a lock, `handler` is called on the thread that uses this
+  // connection, with `context` and the number of earlier calls for the same lock. Non-zero retries.
+  // Both pointers are borrowed until Close. Does nothing if closed.
   void SetBusyHandler(int (*handler)(void* context, int count), void* context);
 
  private:

@@ -18,7 +18,8 @@ Statement& Statement::operator=(Statement&& other) noexcept = default;
 
 bool Statement::BindString(int column, const std::string& value) {
   if (!is_valid()) return false;
-  // SQLite counts parameters from 1. It copies the bytes.
+  // SQLite counts parameters from 1. SQLITE_TRANSIENT makes it copy the bytes, because the caller's
+  // string may be gone when the statement runs.
   const int result = sqlite3_bind_text64(statement_.get(), column + 1, value.data(), value.size(),
                                          SQLITE_TRANSIENT, SQLITE_UTF8);
   if (result == SQLITE_NOMEM) throw std::bad_alloc();
@@ -27,13 +28,14 @@ bool Statement::BindString(int column, const std::string& value) {
 
 bool Statement::Step() { return StepOnce() == SQLITE_ROW; }
 
+// A statement that returns a row did not do what its caller expects of one without results.
 bool Statement::Run() { return StepOnce() == SQLITE_DONE; }
 
 std::string Statement::ColumnString(int column) const {
   if (!is_valid()) return "";
   const unsigned char* text = sqlite3_column_text(statement_.get(), column);
   if (text == nullptr) {
-    // No text for a value that there is: no memory for it.
+    // A value that is not NULL but has no text: SQLite could not allocate it.
     if (sqlite3_column_type(statement_.get(), column) != SQLITE_NULL) throw std::bad_alloc();
     return "";
   }

@@ -8,8 +8,8 @@ struct sqlite3_stmt;
 
 namespace sql {
 
-// One prepared statement, made by Connection::GetUniqueStatement. An invalid one answers false and
-// "" to everything. Not thread-safe; used under the rules of its connection.
+// One prepared statement, made by Connection::GetUniqueStatement. On an invalid one every call
+// returns false or "". Not thread-safe; the rules of its connection apply.
 class Statement {
  public:
   // Invalid.
@@ -20,23 +20,23 @@ class Statement {
 
   bool is_valid() const { return statement_ != nullptr; }
 
-  // Binds all bytes of `value`, zero bytes too, to a parameter; the first is 0. Throws
-  // std::bad_alloc: a value that was not bound would be written as NULL.
+  // Binds all bytes of `value`, including zero bytes, to a parameter; the first is 0. Throws
+  // std::bad_alloc, because an unbound value would be written as NULL.
   bool BindString(int column, const std::string& value);
 
-  // Goes to the next row; true only if there is one.
+  // Advances to the next row; true only if there is one.
   bool Step();
-  // Runs to the end; true only if it gets there without a row.
+  // Runs to the end; true only if it succeeds without returning a row.
   bool Run();
-  // Whether the last Step or Run went without an error; false before the first.
+  // Whether the last Step or Run had no error; false before the first.
   bool Succeeded() const { return succeeded_; }
 
   // The current row's column as text; the first is 0. "" for NULL. Throws std::bad_alloc.
   std::string ColumnString(int column) const;
 
-  // Makes the statement ready to run again, with its parameters or with all of them NULL.
+  // Prepares the statement to run again, with its parameters or with all of them NULL.
   void Reset(bool clear_bindings);
-  // Gives the statement back; it is invalid from now on.
+  // Releases the statement, which is invalid afterwards.
   void Clear();
 
  private:
