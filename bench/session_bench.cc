@@ -6,6 +6,7 @@
 #include "bench/home.h"
 #include "bench/plain_sessions.h"
 #include "bench/service.h"
+#include "core_fw/account/src/account_check_thread.h"
 #include "core_fw/account/src/account_log.h"
 #include "core_fw/account/src/session_table.h"
 

@@ -5,7 +5,7 @@
 #include <limits>
 
 #include "base/string_number_conversions.h"
-#include "core_fw/account/src/identifiers.h"
+#include "core_fw/account/src/dates.h"
 #include "fuzz/fuzz.h"
 
 namespace {

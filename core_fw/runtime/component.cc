@@ -17,11 +17,13 @@ const char* Component::GetName() { return ""; }
 int Component::QueryState() { return 0; }
 
 Component::~Component() {
+  // A component that disappears while others still hold its interface is hard to find later, so the
+  // call stack is logged as an error even when everything is in order.
   if (logging::GetMinLogLevel() > logging::LOG_ERROR) return;
   try {
     const base::debug::StackTrace trace;
     logging::LogMessage(__FILE__, __LINE__, logging::LOG_ERROR).stream()
         << ": COMPONENT_DESTROY is called" << trace.ToString();
-  } catch (...) {  // Memory ended: the line is lost, or its trace.
+  } catch (...) {  // Out of memory: the line or its stack is lost.
   }
 }

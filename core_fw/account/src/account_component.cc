@@ -13,27 +13,31 @@
 namespace account {
 namespace {
 
+// Plain pointers without locks: the runtime makes the lifecycle calls from one thread.
 Component* g_component = nullptr;
 AccountManagerImpl* g_service = nullptr;
 std::atomic<bool> g_interface_handed_out{false};
 
-// The service lives here and is never destroyed: others may hold a pointer to it until the
-// library is unmapped.
+// The service lives here and is never destroyed, because others may hold a pointer to it until the
+// library is unmapped. Static storage also means that nothing leaks then.
 alignas(AccountManagerImpl) unsigned char g_service_storage[sizeof(AccountManagerImpl)];
 
-// Null, logged, when memory or threads end while it is made; the next call tries again.
+// The one service, made by the first call. Null, logged, if that call ran out of memory or threads;
+// the next one retries.
 AccountManagerImpl* GetService() noexcept {
   if (g_service != nullptr) return g_service;
-  auto* service = new (g_service_storage) AccountManagerImpl;
+  // Stored before Init runs: Init logs, and a log handler may ask for the interface. It must find
+  // this object and not make a second one in the same storage.
+  g_service = new (g_service_storage) AccountManagerImpl;
   try {
-    service->Init();
-    g_service = service;
+    g_service->Init();
   } catch (...) {
-    service->Shutdown();
-    service->~AccountManagerImpl();
+    AccountManagerImpl* failed = std::exchange(g_service, nullptr);
+    failed->Shutdown();
+    failed->~AccountManagerImpl();
     try {
       LogFailure(FROM_HERE, "Init", AccountResultMessage(kAccountFailure));
-    } catch (...) {  // The line is lost too.
+    } catch (...) {  // The line is lost, too.
     }
   }
   return g_service;
@@ -62,10 +66,10 @@ Component* GetOrMakeComponent() {
 
 AccountComponent::~AccountComponent() {
   AccountComponent::Finalize();
-  // Taken before it is destroyed, so that a destructor entered from here finds nothing to do.
+  // Cleared before it is destroyed, so that the destructor called here does not come back to it.
   Component* named = std::exchange(g_component, nullptr);
   if (named != this) delete named;
-  // A component that the still mapped library makes after this one starts its service afresh.
+  // If the library stays mapped, the next component must make a new service: this one is shut down.
   if (g_interface_handed_out) g_service = nullptr;
 }
 
@@ -80,7 +84,7 @@ bool AccountComponent::QueryInterface(const std::string& name, void** out) {
 bool AccountComponent::Init(void* runtime_object) {
   try {
     ReadLogLevel();
-  } catch (...) {  // Memory ended; the level stays.
+  } catch (...) {  // Out of memory: the level stays as it is.
   }
   runtime = runtime_object;
   GetService();
@@ -90,6 +94,7 @@ bool AccountComponent::Init(void* runtime_object) {
 const char* AccountComponent::GetName() { return "account"; }
 
 bool AccountComponent::Finalize() {
+  // Nobody can have called the service, so there is nothing to wait for.
   if (!g_interface_handed_out) return true;
   AccountManagerImpl* service = GetService();
   return service == nullptr || service->Shutdown();
@@ -103,6 +108,6 @@ Component* GetComponent() {
   try {
     return account::GetOrMakeComponent();
   } catch (...) {
-    return nullptr;  // Memory ended.
+    return nullptr;  // Out of memory.
   }
 }

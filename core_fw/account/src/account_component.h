@@ -7,24 +7,25 @@
 
 namespace account {
 
-// The library's component: what the runtime holds, and through which others find the service.
-// QueryInterface may be called from any thread once Init is over; the rest comes from the
-// runtime's.
+// The component shell: the object that the runtime holds, and through which other components find
+// the account service. QueryInterface may be called from any thread once Init has returned;
+// everything else is called on the runtime's thread.
 class AccountComponent : public Component {
  public:
   AccountComponent() = default;
-  // Finalises, and ends the component that GetComponent made if it is another one.
+  // Finalises, and also destroys the component that GetComponent made, if that is another object.
   ~AccountComponent() override;
 
-  // True for "account_interface" alone: `*out` is then the service as an AccountManager*. False,
-  // with `*out` null, when the service could not be made.
+  // True for "account_interface" only; `*out` is then the service as an AccountManager*. False with
+  // `*out` null if the service could not be made. A log handler may ask while the service is being
+  // made: it gets the service, but must not call its operations before Init has returned.
   bool QueryInterface(const std::string& name, void** out) override;
-  // Always true; what the service finds wrong is logged. Makes the service and starts its worker
-  // thread.
+  // Makes the service, which starts its worker thread. Always true: problems are only logged, so
+  // that the rest of the gateway starts.
   bool Init(void* runtime) override;
   const char* GetName() override;
-  // Shuts the service down if its interface was ever handed out; otherwise the worker thread goes
-  // on deliberately, since nobody is known to be done with it.
+  // Shuts the service down, but only if its interface was ever handed out. Otherwise the worker
+  // thread deliberately keeps running.
   bool Finalize() override;
 };
 

@@ -5,7 +5,7 @@
 
 namespace account {
 
-// Asks the runtime for a key of config.xml. False, with `value` untouched, when the key is absent
+// Reads a key of config.xml from the runtime. False, with `value` untouched, if the key is absent
 // or there is no runtime. Any thread.
 bool ReadConfigOption(const char* key, std::string* value);
 

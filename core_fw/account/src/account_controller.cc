@@ -10,7 +10,8 @@
 namespace account {
 namespace {
 
-// Plain pointers: nothing of the library is destroyed behind the host's back when it ends.
+// Plain pointers, so that no static destructor runs when the host exits: threads of the host may
+// still be inside the service then.
 AccountDBWrapper* g_store = nullptr;
 AccountController* g_controller = nullptr;
 
@@ -24,7 +25,7 @@ void LogMissingOption(const char* key) {
 AccountController* AccountController::GetInstance() {
   if (g_controller == nullptr) {
     auto controller = std::make_unique<AccountController>();
-    controller->Init();  // A missing key is logged and tolerated.
+    controller->Init();  // Unchecked: a missing key is logged, and the component starts anyway.
     g_controller = controller.release();
   }
   return g_controller;
@@ -42,12 +43,12 @@ AccountController::~AccountController() {
 
 bool AccountController::Init() {
   {
-    base::AutoLock guard(lock_);
+    base::AutoLock hold(lock_);
     friend_candidates_.Clear();
   }
   if (g_store == nullptr) {
     g_store = new AccountDBWrapper;
-    StartTransport();
+    StartTransport();  // Here, because libcurl's start is not thread-safe: no worker exists yet.
     g_store->Init();
   }
   store_ = g_store;
@@ -72,6 +73,7 @@ bool AccountController::ReadMandatoryOptions() {
   };
   for (const auto& [key, field] : options) {
     ReadConfigOption(key, field);
+    // The length and not the result counts: a key that is present but empty is missing, too.
     if (field->empty()) {
       LogMissingOption(key);
       return false;
@@ -84,7 +86,7 @@ void AccountController::ReadNetworkOption() {
   constexpr char kKey[] = "account_enable_MIRLO_network_setting";
   std::string value;
   ReadConfigOption(kKey, &value);
-  // Deliberate: the message says that start-up failed, but the key is optional.
+  // Deliberate: the message says that start-up failed, although the key is optional.
   if (value.empty()) LogMissingOption(kKey);
   network_setting_enabled_ = value == "on";
 }

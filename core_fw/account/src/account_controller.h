@@ -18,10 +18,12 @@ namespace account {
 
 // The business layer: configuration, cloud and store combined into whole steps.
 //
-// Any thread once Init is over. The configuration does not change then; the store has its own
-// lock; lock_ guards the candidates and is never held while calling out. The six network strings
-// are written without a lock by the one thread that runs InitNetworkSetting, before the status
-// becomes 1: read them only once it is.
+// Any thread once Init has returned. The configuration does not change after that, and the store
+// has a lock of its own; lock_ guards the candidates and is never held while calling out.
+//
+// The six network strings have no lock. The worker thread writes them in InitNetworkSetting and
+// then sets the status to 1: read them only after that. In one rare case a caller's thread writes
+// them, too: CreateAccount does if its insert into an empty table failed without being reported.
 class AccountController {
  public:
   AccountController() = default;
@@ -33,12 +35,12 @@ class AccountController {
   static AccountController* GetInstance();
   static void DestroyInstance();
 
-  // Empties the candidates, opens the store and reads the configuration. False, logged, at the
-  // first key that is missing or empty; the keys after it are not read. A store that does not open
-  // is not looked at: it answers every operation itself.
+  // Drops the candidates, opens the store and reads the configuration. False, logged, at the first
+  // key that is missing or empty; the keys after it are not read. A store that does not open does
+  // not stop Init: every operation on it reports the failure.
   bool Init();
 
-  // Account flows. Results of the store are passed on.
+  // Account flows. Results of the store are returned unchanged.
   AccountResult CreateAccount(const std::string& user_id, const std::string& auth_code,
                               std::string* user_uuid);
   // `connection_failed` is written with 15 only.
@@ -49,16 +51,16 @@ class AccountController {
   AccountResult RemoveAccount(const std::string& user_id, const std::string& target_user_id);
   // 1 or 19.
   AccountResult RefreshAccessToken(const std::string& user_id);
-  // With the three dates as they are handed out, not as they are stored.
+  // The three dates are in the form in which they are shown, not in the stored form.
   AccountResult GetUserInfo(const std::string& user_uuid, UserInfo* user);
 
-  // Places for requests between users: always 1.
+  // Placeholders for requests between users: always 1.
   AccountResult CreateUserRequest(const std::string& first, const std::string& second);
   AccountResult GetUserCreationRequest(const std::string& first, const std::string& second);
   AccountResult RemoveUserRequest(const std::string& first, const std::string& second);
   AccountResult SearchUser(const std::string& first, const std::string& second);
 
-  // Fetches peer ID and traversal servers, if enabled and not done yet. Worker thread only.
+  // Fetches peer ID and traversal servers, if enabled and not yet done. Worker thread only.
   void InitNetworkSetting();
   int GetNetworkSettingStatus() const;
   AccountResult GetNTSServerInfoAndPeerID(std::string* presence_server, std::string* stun_server,
@@ -76,7 +78,7 @@ class AccountController {
                                      std::string* friend_peer_id);
   AccountResult SendRemoveFriendMessage(const std::string& user_uuid, const std::string& friend_id,
                                         const std::string& friend_peer_id);
-  // The new friend's UUID is made here; only its other fields are read.
+  // Makes the friend's UUID and name itself; only the other fields of `friend_info` are read.
   AccountResult AddFriendToStore(const std::string& user_uuid, FriendInfo friend_info,
                                  std::string* friend_uuid);
   AccountResult RemoveFriendFromStore(const std::string& user_uuid, const std::string& friend_id,
@@ -101,9 +103,10 @@ class AccountController {
   TokenSettings GetTokenSettings() const;
   PortalSettings GetPortalSettings() const;
   PortalDevice GetGatewayDevice() const;
-  // The two requests of the network setting, on an account's behalf, into the six strings.
+  // Makes the two requests of the network setting on behalf of an account and writes the six
+  // strings.
   bool FetchNetworkSetting(const UserInfo& user);
-  // The last candidate with this code; false when there is none.
+  // The last candidate with this code; false if there is none.
   bool FindCandidate(const std::string& auth_code, FriendCandidate* candidate);
 
   AccountDBWrapper* store_ = nullptr;  // The library's one store.

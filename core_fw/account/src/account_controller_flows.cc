@@ -1,4 +1,4 @@
-// The account flows of AccountController.
+// The account flows of AccountController: cloud and store combined into whole steps.
 #include <string>
 #include <vector>
 
@@ -6,6 +6,7 @@
 #include "core_fw/account/src/account_controller.h"
 #include "core_fw/account/src/account_log.h"
 #include "core_fw/account/src/account_result.h"
+#include "core_fw/account/src/dates.h"
 #include "core_fw/account/src/identifiers.h"
 
 namespace account {
@@ -46,14 +47,16 @@ AccountResult AccountController::CreateAccount(const std::string& user_id,
   }
   const UserInfo user = MakeUser(user_id, tokens);
   AccountResult result = store_->AddUser(user);
-  if (result != kAccountSuccess) return result;  // The portal's registration stays.
-  *user_uuid = user.userUuid;
-  bool has_users = false;
-  result = store_->HasUsers(&has_users);
+  // Deliberate: the registration at the portal is not undone. Creating the user again repeats it.
   if (result != kAccountSuccess) return result;
-  // Deliberately kept: with the user that was just stored there is always one, and the network
-  // setting is left to InitNetworkSetting.
-  if (has_users) return kAccountSuccess;
+  *user_uuid = user.userUuid;
+  std::vector<std::string> user_uuids;
+  result = store_->GetAllUsersUuidList(user_uuids);
+  if (result != kAccountSuccess) return result;
+  // Deliberate: the list ends with the system account, so with the new user it has two entries or
+  // more, and the network setting is left to InitNetworkSetting. One entry means that the table was
+  // empty and that the insert failed without being reported; then this thread fetches the setting.
+  if (user_uuids.size() != 1) return kAccountSuccess;
   return FetchNetworkSetting(user) ? kAccountSuccess : kAccountUserPortalFailure;
 }
 
@@ -64,12 +67,15 @@ AccountResult AccountController::SignInWithAuthCode(const std::string& user_id,
   Tokens tokens;
   HttpResult http_result = kHttpOtherStatus;
   if (!GetTokensByAuthCode(GetTokenSettings(), auth_code, &tokens, &http_result)) {
+    // The caller's next step depends on it: try again later, or get a new code.
     *connection_failed = http_result == kHttpTransportError;
     return kAccountZepServerFailure;
   }
   UserInfo user;
   AccountResult result = store_->GetUserByUserId(user_id, user);
   if (result != kAccountSuccess) return result;
+  // The code proves who somebody is at the cloud. Without this check any cloud account could sign
+  // in as any user of this gateway.
   if (tokens.user_guid != user.userGuid) return kAccountUserGuidMismatch;
   user.accessToken = tokens.access_token;
   user.refreshToken = tokens.refresh_token;
@@ -115,6 +121,7 @@ AccountResult AccountController::RemoveAccount(const std::string& user_id,
                                 &http_result)) {
     return kAccountUserPortalFailure;
   }
+  // The cloud goes first: if it refuses, nothing is removed here and the removal can be repeated.
   result = store_->RemoveUser(target_uuid);
   if (result != kAccountSuccess) return result;
   std::vector<std::string> friend_uuids;
@@ -129,8 +136,8 @@ AccountResult AccountController::RemoveAccount(const std::string& user_id,
 
 AccountResult AccountController::RefreshAccessToken(const std::string& user_id) {
   UserInfo user;
-  // Deliberately unchecked, like the write below: an unknown user asks with an empty refresh token
-  // and is refused.
+  // Deliberately unchecked, like the write below: for an unknown user the request goes out with an
+  // empty refresh token, and the server refuses it.
   store_->GetUserByUserId(user_id, user);
   Tokens tokens;
   if (!GetTokensByRefreshToken(GetTokenSettings(), user.refreshToken, &tokens)) {
@@ -151,6 +158,8 @@ AccountResult AccountController::GetUserInfo(const std::string& user_uuid, UserI
   return kAccountSuccess;
 }
 
+// Writes straight into the six strings: what a partial answer holds is kept for readers, and the
+// next attempt overwrites it.
 bool AccountController::FetchNetworkSetting(const UserInfo& user) {
   const PortalSettings settings = GetPortalSettings();
   const PortalIdentity identity{user.userId, user.userGuid, user.accessToken};
@@ -164,13 +173,17 @@ bool AccountController::FetchNetworkSetting(const UserInfo& user) {
 
 void AccountController::InitNetworkSetting() {
   if (!network_setting_enabled_ || GetNetworkSettingStatus() == 1) return;
-  bool has_users = false;  // Does not matter: the system account is always there.
-  AccountResult result = store_->HasUsers(&has_users);
+  std::vector<std::string> user_uuids;
+  AccountResult result = store_->GetAllUsersUuidList(user_uuids);
   if (result != kAccountSuccess) return LogNetworkFailure(result);
+  // Deliberate, though the list is never empty: it ends with the system account.
+  if (user_uuids.empty()) return;
   UserInfo system;
   result = store_->GetSystemAccount(system);
   if (result != kAccountSuccess) return LogNetworkFailure(result);
+  // As the system account, so that a gateway without users can be reached, too.
   if (!FetchNetworkSetting(system)) return LogNetworkFailure(kAccountUserPortalFailure);
+  // Last, with release order: whoever reads 1 with acquire order sees the six strings complete.
   network_setting_initialized_.store(1, std::memory_order_release);
 }
 

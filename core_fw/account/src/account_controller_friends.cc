@@ -1,4 +1,4 @@
-// The friend operations of AccountController.
+// The friend operations of AccountController: invitations, and what they change in cloud and store.
 #include <string>
 #include <utility>
 
@@ -13,14 +13,14 @@ AccountResult AccountController::AddFriendCandidate(const std::string& user_uuid
                                                     const std::string& friend_peer_id,
                                                     std::string* auth_code) {
   std::string friend_uuid;
-  // Deliberate: any other answer, a store's failure too, counts as not a friend yet.
+  // Deliberate: any other result, a store failure included, counts as "not yet a friend".
   if (store_->GetFriendUUIDFromFriendIDAndFriendPeerID(user_uuid, friend_id, friend_peer_id,
                                                        friend_uuid) == kAccountSuccess) {
     return kAccountDuplicatedFriendId;
   }
   FriendCandidate candidate{user_uuid, friend_id, friend_peer_id, MakeUuid(kUuidOfFriendAuthCode)};
-  {
-    base::AutoLock guard(lock_);
+  {  // Only for the list: the store above may wait for seconds.
+    base::AutoLock hold(lock_);
     friend_candidates_.Add(candidate);
   }
   *auth_code = std::move(candidate.authCode);
@@ -28,11 +28,12 @@ AccountResult AccountController::AddFriendCandidate(const std::string& user_uuid
 }
 
 bool AccountController::FindCandidate(const std::string& auth_code, FriendCandidate* candidate) {
-  base::AutoLock guard(lock_);
+  base::AutoLock hold(lock_);
   return friend_candidates_.Find(auth_code, candidate);
 }
 
-// The friend ID is deliberately unused: all that the cloud is told names the candidate's.
+// The friend ID is deliberately unused: every request names the candidate's, which is the one that
+// was invited.
 AccountResult AccountController::SendAddFriendMessage(
     const std::string& /*friend_id*/, const std::string& auth_code,
     const std::string& oauth_auth_code, const std::string& friend_device_model_id,
@@ -56,6 +57,8 @@ AccountResult AccountController::SendAddFriendMessage(
                                &http_result)) {
     return kAccountUserPortalFailure;
   }
+  // The code was presented from another gateway than the invited one. The registration above is not
+  // undone.
   if (peer_id != candidate.friendPeerId) return kAccountFailure;
 
   UserInfo user;
@@ -70,9 +73,9 @@ AccountResult AccountController::SendAddFriendMessage(
   *friend_guid = tokens.user_guid;
   *user_uuid = candidate.userUuid;
   *friend_peer_id = peer_id;
-  // Until the status is 1 the worker thread may be writing this gateway's peer ID.
+  // Until the status is 1, the worker thread may be writing this gateway's peer ID.
   const std::string own_peer_id = GetNetworkSettingStatus() == 1 ? peer_id_ : std::string();
-  // Composed and not delivered: nothing carries messages to the remote-access module yet.
+  // Composed but not delivered: nothing carries messages to the remote-access module yet.
   ComposeAddFriendMessage({candidate.friendId, user.userId, user.userGuid, device_name_,
                            device_physical_address_text_, own_peer_id});
   return kAccountSuccess;
@@ -95,6 +98,8 @@ AccountResult AccountController::SendRemoveFriendMessage(const std::string& user
   const PortalSettings settings = GetPortalSettings();
   const PortalIdentity identity{user.userId, user.userGuid, user.accessToken};
   HttpResult http_result = kHttpOtherStatus;
+  // The friend from this gateway first, then the user from the friend's: if the second request
+  // fails, the friend has at least lost its registration here.
   if (!DeleteUserFromUserPortal(settings, identity, removed.friendGuid,
                                 device_physical_address_text_, service_, &http_result)) {
     return kAccountUserPortalFailure;
@@ -104,7 +109,7 @@ AccountResult AccountController::SendRemoveFriendMessage(const std::string& user
                                 &http_result)) {
     return kAccountUserPortalFailure;
   }
-  // The peer ID is deliberately the friend's here, while "AddFriend" carries this gateway's own.
+  // Deliberately the friend's peer ID, whereas "AddFriend" carries this gateway's own.
   ComposeRemoveFriendMessage({removed.friendId, user.userId, "", "", "", friend_peer_id});
   return kAccountSuccess;
 }

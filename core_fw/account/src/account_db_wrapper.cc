@@ -51,9 +51,9 @@ constexpr char kVacuum[] = "VACUUM";
 
 constexpr int kExecutableDirectory = 2;  // PathService's key.
 
-// SQLite calls it, on the thread that runs the operation, while another connection holds the file.
-// Eleven pauses, the last of them before giving up: deliberately so simple. No exception may pass
-// through SQLite.
+// SQLite's busy handler, called on the thread of the operation while another connection holds the
+// file. Eleven pauses of half a second; the last one, before giving up, is deliberate. No exception
+// may pass through SQLite's C code.
 int PauseWhileBusy(void* /*store*/, int earlier_calls) {
   try {
     base::PlatformThread::Sleep(base::TimeDelta::FromMilliseconds(500));
@@ -65,7 +65,7 @@ int PauseWhileBusy(void* /*store*/, int earlier_calls) {
 
 FilePath DatabasePath(const std::string& storage_path, const std::string& file_name) {
   if (!storage_path.empty()) {
-    // Deliberately no separator: the configured storage path ends with its own "/".
+    // Deliberately without a separator: the configured storage path ends with its own "/".
     return FilePath::FromUTF8Unsafe(storage_path + file_name);
   }
   FilePath directory;
@@ -84,7 +84,7 @@ void ReadUser(sql::Statement& row, UserInfo& user) {
 
 void ReadFriend(sql::Statement& row, FriendInfo& friend_info) {
   friend_info.friendUuid = row.ColumnString(0);
-  // Column 1 is the owner, which the record does not hold.
+  // Column 1 is the owner, which is not part of the record.
   friend_info.friendId = row.ColumnString(2);
   friend_info.friendName = row.ColumnString(3);
   friend_info.friendGuid = row.ColumnString(4);
@@ -98,17 +98,18 @@ void ReadFriend(sql::Statement& row, FriendInfo& friend_info) {
 AccountDBWrapper::AccountDBWrapper() = default;
 
 AccountDBWrapper::~AccountDBWrapper() {
-  base::AutoLock guard(lock_);
+  base::AutoLock hold(lock_);
   initialised_ = false;
   connection_.reset();
 }
 
 bool AccountDBWrapper::Init() {
   {
-    base::AutoLock guard(lock_);
+    base::AutoLock hold(lock_);
     if (initialised_) return true;
     connection_ = std::make_unique<sql::Connection>();
   }
+  // Without the lock: reading the configuration calls the runtime, and logging calls a handler.
   std::string storage_path;
   std::string file_name;
   ReadConfigOption("qorn_storage_path", &storage_path);
@@ -119,17 +120,17 @@ bool AccountDBWrapper::Init() {
     return false;
   }
   {
-    base::AutoLock guard(lock_);
+    base::AutoLock hold(lock_);
     path_ = DatabasePath(storage_path, file_name);
   }
   if (!CheckAndCreateTable()) return false;
-  base::AutoLock guard(lock_);
+  base::AutoLock hold(lock_);
   initialised_ = true;
   return true;
 }
 
 bool AccountDBWrapper::CheckAndCreateTable() {
-  base::AutoLock guard(lock_);
+  base::AutoLock hold(lock_);
   if (initialised_) return true;
   if (path_.empty()) {
     LogFailure(FROM_HERE, "CheckAndCreateTable", "DB Filename is not set");
@@ -140,6 +141,7 @@ bool AccountDBWrapper::CheckAndCreateTable() {
     return false;
   }
   connection_->SetBusyHandler(&PauseWhileBusy, this);
+  // Both are tried, so that the log shows everything that is wrong at once.
   const bool users = CreateTable("Users", kCreateUsers, "Fail to sqlite3_exec Users");
   const bool friends = CreateTable("Friends", kCreateFriends, "Fail to sqlite3_exec Friends");
   return users && friends;
@@ -162,7 +164,7 @@ AccountResult AccountDBWrapper::Prepare(const char* function, const char* sql, V
   }
   int column = 0;
   for (const std::string* value : values) {
-    // Too long for the database it would be written as NULL, and match nothing.
+    // SQLite would store a value that is too long as NULL, and NULL matches nothing.
     if (!statement->BindString(column++, *value)) throw std::length_error(function);
   }
   return kAccountSuccess;
@@ -172,7 +174,7 @@ AccountResult AccountDBWrapper::Write(const char* function, const char* sql, Val
   sql::Statement statement;
   const AccountResult prepared = Prepare(function, sql, values, &statement);
   if (prepared != kAccountSuccess) return prepared;
-  statement.Run();  // Deliberately unchecked: prepared is as good as done for the callers.
+  statement.Run();  // Deliberately unchecked: a prepared write counts as done.
   statement.Reset(true);
   return kAccountSuccess;
 }
@@ -189,7 +191,7 @@ AccountResult AccountDBWrapper::RefuseRows(const char* function, const char* sql
 template <typename Take>
 AccountResult AccountDBWrapper::ReadRows(const char* function, const char* sql, Values values,
                                          AccountResult not_found, Take take) {
-  base::AutoLock guard(lock_);
+  base::AutoLock hold(lock_);
   sql::Statement statement;
   AccountResult result = Prepare(function, sql, values, &statement);
   if (result != kAccountSuccess) return result;
@@ -203,7 +205,7 @@ AccountResult AccountDBWrapper::ReadRows(const char* function, const char* sql, 
 }
 
 AccountResult AccountDBWrapper::AddUser(const UserInfo& user) {
-  base::AutoLock guard(lock_);
+  base::AutoLock hold(lock_);
   AccountResult result =
       RefuseRows("AddUser", kSelectUserById, {&user.userId}, kAccountDuplicatedUserId);
   if (result != kAccountSuccess) return result;
@@ -216,12 +218,12 @@ AccountResult AccountDBWrapper::AddUser(const UserInfo& user) {
 }
 
 AccountResult AccountDBWrapper::RemoveUser(const std::string& user_uuid) {
-  base::AutoLock guard(lock_);
+  base::AutoLock hold(lock_);
   return Write("RemoveUser", kDeleteUser, {&user_uuid});
 }
 
 AccountResult AccountDBWrapper::ModifyUser(const UserInfo& user) {
-  base::AutoLock guard(lock_);
+  base::AutoLock hold(lock_);
   return Write(
       "ModifyUser", kUpdateUser,
       {&user.userId, &user.userName, &user.userGuid, &user.accessToken, &user.refreshToken,
@@ -230,7 +232,7 @@ AccountResult AccountDBWrapper::ModifyUser(const UserInfo& user) {
 
 AccountResult AccountDBWrapper::AddFriend(const std::string& user_uuid,
                                           const FriendInfo& friend_info) {
-  base::AutoLock guard(lock_);
+  base::AutoLock hold(lock_);
   const AccountResult result =
       RefuseRows("AddFriend", kSelectFriendByOwner, {&friend_info.friendId, &user_uuid},
                  kAccountDuplicatedFriendId);
@@ -243,12 +245,12 @@ AccountResult AccountDBWrapper::AddFriend(const std::string& user_uuid,
 }
 
 AccountResult AccountDBWrapper::RemoveFriend(const std::string& friend_uuid) {
-  base::AutoLock guard(lock_);
+  base::AutoLock hold(lock_);
   return Write("RemoveFriend", kDeleteFriend, {&friend_uuid});
 }
 
 AccountResult AccountDBWrapper::DeleteAll() {
-  base::AutoLock guard(lock_);
+  base::AutoLock hold(lock_);
   for (const char* sql : {kDeleteAllUsers, kDeleteAllFriends, kVacuum}) {
     const AccountResult result = Write("DeleteAll", sql, {});
     if (result != kAccountSuccess) return result;
@@ -299,14 +301,6 @@ AccountResult AccountDBWrapper::GetAllUsersUuidList(std::vector<std::string>& us
   return result;
 }
 
-AccountResult AccountDBWrapper::HasUsers(bool* any) {
-  base::AutoLock guard(lock_);
-  sql::Statement statement;
-  const AccountResult result = Prepare("GetAllUsersUuidList", kSelectAllUserUuids, {}, &statement);
-  if (result == kAccountSuccess) *any = statement.Step();
-  return result;
-}
-
 AccountResult AccountDBWrapper::GetAllFriendsUuidList(const std::string& user_uuid,
                                                       std::vector<std::string>& friend_uuids) {
   return ReadRows("GetAllFriendsUuidList", kSelectFriendUuids, {&user_uuid}, kAccountSuccess,
@@ -314,7 +308,12 @@ AccountResult AccountDBWrapper::GetAllFriendsUuidList(const std::string& user_uu
 }
 
 AccountResult AccountDBWrapper::GetSystemAccount(UserInfo& user) {
-  user = MakeSystemAccount();
+  // No tokens and no dates: nobody signs it in at the cloud.
+  user = {};
+  user.userUuid = kSystemAccountId;
+  user.userId = kSystemAccountId;
+  user.userName = kSystemAccountId;
+  user.userGuid = kSystemAccountId;
   return kAccountSuccess;
 }
 

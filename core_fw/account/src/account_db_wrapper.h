@@ -16,12 +16,12 @@
 
 namespace account {
 
-// The account database: tables Users and Friends in one SQLite file, and every statement on them.
+// The account store: tables Users and Friends in one SQLite file, and every statement on them.
 //
-// Any thread; one lock is held for a whole operation, the waits for a locked database included, so
-// operations follow one another. Every operation answers 3 while the store is not initialised and
-// 4 when its statement cannot be prepared. A statement that writes answers 1 once it is prepared:
-// whether it then ran is deliberately not looked at. Outputs are written on success only.
+// Any thread. One lock is held for a whole operation, including waits for a locked database, so
+// operations are serialised. Every operation returns 3 while the store is not initialised and 4 if
+// its statement cannot be prepared. A writing statement returns 1 once it is prepared: whether it
+// then succeeds is deliberately not checked. Outputs are written on success only.
 class AccountDBWrapper {
  public:
   AccountDBWrapper();
@@ -29,23 +29,23 @@ class AccountDBWrapper {
   AccountDBWrapper(const AccountDBWrapper&) = delete;
   AccountDBWrapper& operator=(const AccountDBWrapper&) = delete;
 
-  // Opens the configured file and makes what tables are missing. False, logged, when that failed;
-  // it may be tried again.
+  // Opens the configured file and creates missing tables. False, logged, on failure; it may be
+  // called again.
   bool Init();
   bool CheckAndCreateTable();
 
-  // 12 when the user ID is stored already, else 13 when the GUID is.
+  // 12 if the user ID is already stored, else 13 if the GUID is.
   AccountResult AddUser(const UserInfo& user);
   // Deliberately leaves the user's friends in place.
   AccountResult RemoveUser(const std::string& user_uuid);
   AccountResult ModifyUser(const UserInfo& user);
-  // 14 when the owner has a friend with this ID, whatever its peer ID.
+  // 14 if the owner has a friend with this ID, whatever its peer ID.
   AccountResult AddFriend(const std::string& user_uuid, const FriendInfo& friend_info);
   AccountResult RemoveFriend(const std::string& friend_uuid);
   AccountResult DeleteAll();
 
-  // 6, 5, 9, 5 and 8 when there is no such row; of several the last one counts. The system account
-  // is answered without lock and database.
+  // 6, 5, 9, 5 and 8 if there is no such row; of several rows the last one counts. The system
+  // account is found without lock and database.
   AccountResult GetUserByUserUuid(const std::string& user_uuid, UserInfo& user);
   AccountResult GetUserByUserId(const std::string& user_id, UserInfo& user);
   AccountResult GetFriend(const std::string& friend_uuid, FriendInfo& friend_info);
@@ -55,10 +55,8 @@ class AccountDBWrapper {
                                                          const std::string& friend_peer_id,
                                                          std::string& friend_uuid);
 
-  // Appended to the list; the system account stands last among the users.
+  // Appends to the list; the system account is always the last of the users.
   AccountResult GetAllUsersUuidList(std::vector<std::string>& user_uuids);
-  // Whether that list would hold anybody beside the system account; does not read it whole.
-  AccountResult HasUsers(bool* any);
   AccountResult GetAllFriendsUuidList(const std::string& user_uuid,
                                       std::vector<std::string>& friend_uuids);
 
@@ -67,15 +65,15 @@ class AccountDBWrapper {
  private:
   using Values = std::initializer_list<const std::string*>;
 
-  // Prepares and binds. 1, 3, or 4 with the failure logged under `function`.
+  // Prepares a statement and binds its values. 1, 3, or 4 with the failure logged under `function`.
   AccountResult Prepare(const char* function, const char* sql, Values values,
                         sql::Statement* statement) EXCLUSIVE_LOCKS_REQUIRED(lock_);
   AccountResult Write(const char* function, const char* sql, Values values)
       EXCLUSIVE_LOCKS_REQUIRED(lock_);
-  // 1 when no row matches, `duplicate` when one does.
+  // 1 if no row matches, `duplicate` if one does.
   AccountResult RefuseRows(const char* function, const char* sql, Values values,
                            AccountResult duplicate) EXCLUSIVE_LOCKS_REQUIRED(lock_);
-  // Hands every row to `take`; `not_found` when there is none.
+  // Passes every row to `take`; `not_found` if there is none.
   template <typename Take>
   AccountResult ReadRows(const char* function, const char* sql, Values values,
                          AccountResult not_found, Take take) LOCKS_EXCLUDED(lock_);

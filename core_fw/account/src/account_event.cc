@@ -9,6 +9,7 @@
 namespace account {
 namespace {
 
+// The bus makes events and takes them back; nobody else deletes them.
 struct EventReleaser {
   void operator()(evt::Event* event) const {
     evt::EventManager::GetInstance()->ReleaseEvent(event);
@@ -26,6 +27,7 @@ bool PublishEvent(const tracked_objects::Location& from, const char* function,
     Log(from, kSeverityFailure, function, {"Publish ", type.name, " failed."});
     return false;
   }
+  // Only now: without an event the payload would be built for nothing.
   for (const std::string* text : strings) payload.WriteString(*text);
   event->SetData(payload);
   evt::EventManager::GetInstance()->Publish(event.get());

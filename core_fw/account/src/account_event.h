@@ -26,13 +26,13 @@ inline constexpr EventType kSignInEvent{kEventAccountSignIn, "kEventAccountSignI
 inline constexpr EventType kSignInAltEvent{kEventAccountSignInAlt, "kEventAccountSignInAlt"};
 inline constexpr EventType kSignOutEvent{kEventAccountSignOut, "kEventAccountSignOut"};
 
-// Publishes an event whose payload is `strings` in their order. False, with a line logged under
-// `function`, when the bus gives no event object. Success is logged by the caller, since one
-// operation stays silent. Any thread.
+// Publishes an event with the payload `strings`, in that order. False, with a line logged under
+// `function`, if the bus cannot create the event. The caller logs the success, because one
+// operation deliberately does not. Any thread.
 bool PublishEvent(const tracked_objects::Location& from, const char* function,
                   const EventType& type, std::initializer_list<const std::string*> strings);
 
-// The line of success.
+// Logs that the event was published.
 void LogPublished(const tracked_objects::Location& from, const char* function,
                   const EventType& type);
 

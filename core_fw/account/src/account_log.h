@@ -1,6 +1,6 @@
-// The component's log lines: " #account#FUNCTION#  TEXT", gated by the platform's minimum level
-// and the component's own. A line never holds a token, a secret, a password or an authorisation
-// code.
+// The component's log lines, " #account#FUNCTION#  TEXT". They are written only if both the
+// platform's minimum level and the component's own level admit them. A line never contains a token,
+// a secret, a password or an authorisation code.
 #ifndef QORN_CORE_FW_ACCOUNT_SRC_ACCOUNT_LOG_H_
 #define QORN_CORE_FW_ACCOUNT_SRC_ACCOUNT_LOG_H_
 
@@ -10,7 +10,6 @@
 
 #include "base/location.h"
 #include "base/logging.h"
-#include "core_fw/account/include/account_manager.h"
 
 namespace account {
 
@@ -21,7 +20,7 @@ namespace internal {
 inline std::atomic<int> g_component_log_level{2};
 }  // namespace internal
 
-// The component's own level, 2 at load. Any thread.
+// Sets the component's own level, which is 2 when the library is loaded. Any thread.
 inline void SetComponentLogLevel(int level) {
   internal::g_component_log_level.store(level, std::memory_order_relaxed);
 }
@@ -32,7 +31,8 @@ inline bool LogAdmits(int severity) {
          logging::GetMinLogLevel() <= severity;
 }
 
-// Writes one line made of `parts` if both levels are at most its severity.
+// Writes one line made of `parts`, if both levels admit its severity. Any thread. A log handler may
+// call the service, so no lock is held here; the store's failures are the only exception.
 void Log(const tracked_objects::Location& from, int severity, std::string_view function,
          std::initializer_list<std::string_view> parts);
 
@@ -44,20 +44,6 @@ inline void LogProgress(const tracked_objects::Location& from, std::string_view 
 inline void LogFailure(const tracked_objects::Location& from, std::string_view function,
                        std::string_view text) {
   Log(from, kSeverityFailure, function, {text});
-}
-
-namespace internal {
-AccountResult RunOperation(const tracked_objects::Location& from, std::string_view name,
-                           AccountResult (*call)(void*), void* body) noexcept;
-}  // namespace internal
-
-// The shape that interface operations share: the "Start" line, the body, the "End" line with the
-// result's message. The last catch stands here: whatever the body throws becomes kAccountFailure.
-template <typename Body>
-AccountResult RunOperation(const tracked_objects::Location& from, std::string_view name,
-                           Body body) noexcept {
-  return internal::RunOperation(
-      from, name, [](void* data) -> AccountResult { return (*static_cast<Body*>(data))(); }, &body);
 }
 
 }  // namespace account

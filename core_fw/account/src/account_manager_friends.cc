@@ -1,4 +1,4 @@
-// Friends and the messages about them: the rest of AccountManagerImpl by topic.
+// The operations of AccountManagerImpl on friends, and on the messages about them.
 #include <cassert>
 #include <string>
 #include <vector>
@@ -8,6 +8,7 @@
 #include "core_fw/account/src/account_log.h"
 #include "core_fw/account/src/account_manager_impl.h"
 #include "core_fw/account/src/account_message.h"
+#include "core_fw/account/src/account_operation.h"
 #include "core_fw/account/src/account_records.h"
 #include "core_fw/account/src/account_result.h"
 
@@ -70,7 +71,9 @@ AccountResult AccountManagerImpl::AddFriendRequest(
         friend_id, friend_auth_code, oauth_auth_code, friend_device_model_id,
         friend_device_physical_address_text, &friend_guid, &user_uuid, &friend_peer_id);
     if (result != kAccountSuccess) return result;
-    // Deliberate: the friend is stored under the given ID, while the cloud knows the candidate's.
+    // Deliberate: the friend is stored under the given ID, although the cloud was told the
+    // candidate's. AddFriendToDB is the operation itself, so its two lines are logged inside this
+    // one's.
     return AddFriendToDB(user_uuid, friend_id, friend_guid, friend_device_name,
                          friend_device_physical_address_text, friend_peer_id, friend_uuid);
   });
@@ -83,7 +86,7 @@ AccountResult AccountManagerImpl::RemoveFriendFromDB(const std::string& user_uui
     const AccountResult result =
         controller->RemoveFriendFromStore(user_uuid, friend_id, friend_peer_id);
     if (result != kAccountSuccess) return result;
-    // Deliberate: this event has no line of success.
+    // Deliberate: the only event whose publication is not logged.
     return PublishEvent(FROM_HERE, "RemoveFriendFromDB", kRemoveFriendEvent,
                         {&user_uuid, &friend_id, &friend_peer_id})
                ? kAccountSuccess
@@ -137,16 +140,17 @@ AccountResult AccountManagerImpl::ParseAccountMessage(const std::string& message
     FriendMessage read;
     const MessageKind kind = ParseFriendMessage(message, &read);
     result = HandleFriendMessage(kind, read);
-    // Deliberate: a request that is not known answers 19, but its line is one of progress.
+    // Deliberate: an unknown request returns 19, but is logged as progress. A newer module may send
+    // requests that this one does not know.
     if (kind == MessageKind::kUnknownRequest || result == kAccountSuccess) {
       severity = kSeverityProgress;
     }
-  } catch (...) {  // Memory ended.
+  } catch (...) {  // Out of memory.
     result = kAccountFailure;
   }
-  try {  // One line, none on entry.
+  try {  // One line, and none on entry.
     Log(FROM_HERE, severity, "ParseAccountMessage", {AccountResultMessage(result)});
-  } catch (...) {  // The line is lost, the result holds.
+  } catch (...) {  // The line is lost; the result stands.
   }
   return result;
 }

@@ -4,114 +4,12 @@
 #include <new>
 #include <utility>
 
-#include "base/bind.h"
 #include "base/location.h"
-#include "base/time.h"
 #include "core_fw/account/src/account_config.h"
-#include "core_fw/account/src/account_event.h"
 #include "core_fw/account/src/account_log.h"
-#include "core_fw/account/src/account_result.h"
+#include "core_fw/account/src/account_operation.h"
 
 namespace account {
-
-AccountChecker::AccountChecker()
-    : controller(AccountController::GetInstance()),
-      sessionTable(SessionTable::GetInstance()),
-      timer(true, true) {}
-
-void AccountChecker::Prepare() {
-  timer.Start(FROM_HERE, base::TimeDelta::FromMicroseconds(60000000),
-              base::Bind(&AccountChecker::AddAndCheckCount, base::Unretained(this)));
-  timer.Stop();
-}
-
-void AccountChecker::StartRepeat() {
-  try {
-    controller->InitNetworkSetting();
-  } catch (...) {  // Memory ended; the next tick tries again.
-  }
-  timer.Reset();
-}
-
-void AccountChecker::StopRepeat() { timer.Stop(); }
-
-void AccountChecker::AddAndCheckCount() {
-  try {
-    if (controller->GetNetworkSettingStatus() != 1) controller->InitNetworkSetting();
-    std::vector<std::string> session_ids;
-    const AccountResult result = sessionTable->GetAllSessionIds(&session_ids);
-    if (result != kAccountSuccess) {
-      Fail(result);
-      return;
-    }
-    for (const std::string& session_id : session_ids) {
-      if (!EndIfIdle(session_id)) return;
-    }
-  } catch (...) {  // Memory ended.
-    try {
-      Fail(kAccountFailure);
-    } catch (...) {  // The line is lost too.
-    }
-  }
-}
-
-bool AccountChecker::Fail(AccountResult result) {
-  LogFailure(FROM_HERE, "AddAndCheckCount", AccountResultMessage(result));
-  return false;
-}
-
-bool AccountChecker::EndIfIdle(const std::string& session_id) {
-  bool expired = false;
-  sessionTable->CountAndCheckExpiry(session_id, &expired);
-  if (!expired) return true;
-  std::string user_id;
-  AccountResult result = sessionTable->GetSessionUserId(session_id, &user_id);
-  if (result != kAccountSuccess) return Fail(result);
-  result = sessionTable->RemoveSession(session_id);
-  if (result != kAccountSuccess) return Fail(result);
-  std::string user_uuid;
-  result = controller->GetUserUUIDFromUserID(user_id, &user_uuid);
-  if (result != kAccountSuccess) return Fail(result);
-  if (!PublishEvent(FROM_HERE, "AddAndCheckCount", kSignOutEvent,
-                    {&user_uuid, &user_id, &session_id})) {
-    return false;
-  }
-  LogPublished(FROM_HERE, "AddAndCheckCount", kSignOutEvent);
-  return true;
-}
-
-AccountCheckThread::AccountCheckThread() : SimpleThread("AccountCheckThread") {}
-
-void AccountCheckThread::Run() {
-  try {
-    MessageLoop loop;
-    AccountChecker checker;
-    checker.Prepare();
-    messageLoop = &loop;
-    SetState(State::kPrepared);
-    checker.StartRepeat();
-    MessageLoop::current()->Run();
-    checker.StopRepeat();
-    messageLoop = nullptr;
-  } catch (...) {  // Memory ended before the state was set.
-    SetState(State::kFailed);
-  }
-}
-
-void AccountCheckThread::SetState(State state) {
-  state_.store(state, std::memory_order_release);
-  state_.notify_one();
-}
-
-bool AccountCheckThread::WaitUntilPrepared() {
-  state_.wait(State::kStarting, std::memory_order_acquire);
-  return state_.load(std::memory_order_acquire) == State::kPrepared;
-}
-
-// A new loop has room for the task, so nothing is thrown here.
-void AccountCheckThread::ExitThread(AccountCheckThread* thread) {
-  thread->messageLoop->PostTask(FROM_HERE, [] { MessageLoop::current()->Quit(); });
-}
 
 AccountManagerImpl::AccountManagerImpl() = default;
 AccountManagerImpl::~AccountManagerImpl() = default;
@@ -125,14 +23,15 @@ bool AccountManagerImpl::Init() {
   thread->Start();
   if (!thread->WaitUntilPrepared()) {
     thread->Join();
-    throw std::bad_alloc();
+    throw std::bad_alloc();  // The only thing that stops the thread's start.
   }
-  // Kept only once it runs: Shutdown waits for it.
+  // Stored only once it runs, because Shutdown joins whatever is stored.
   checkThread = std::move(thread);
   return true;
 }
 
 bool AccountManagerImpl::Shutdown() {
+  // The thread first: it uses the two that are destroyed below.
   if (checkThread != nullptr) {
     AccountCheckThread::ExitThread(checkThread.get());
     checkThread->Join();
@@ -145,6 +44,7 @@ bool AccountManagerImpl::Shutdown() {
 
 AccountResult AccountManagerImpl::DoFactoryReset() {
   return RunOperation(FROM_HERE, "DoFactoryReset", [&] {
+    // The sessions go last, so that a store that fails leaves everybody signed in.
     const AccountResult result = controller->DeleteAll();
     if (result != kAccountSuccess) return result;
     return sessionTable->RemoveAllSessions();
@@ -183,10 +83,10 @@ int AccountManagerImpl::GetNetworkSettingStatus() noexcept {
   constexpr char kName[] = "GetNetworkSettingStatus";
   const int status = controller->GetNetworkSettingStatus();
   if (!LogAdmits(kSeverityProgress)) return status;
-  try {  // One line, none on entry.
+  try {  // One line, and none on entry: callers poll this.
     Log(FROM_HERE, kSeverityProgress, kName,
         {kName, "End", "  network_setting_status = ", std::to_string(status)});
-  } catch (...) {  // The line is lost, the answer holds.
+  } catch (...) {  // The line is lost; the status stands.
   }
   return status;
 }

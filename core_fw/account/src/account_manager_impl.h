@@ -1,81 +1,36 @@
+// The account service. This folder holds the component libqorn_account.so, in layers that call
+// downwards only: the shell that the runtime loads (account_component), the service
+// (account_manager_*, session_table), the controller (account_controller*), and beneath it the
+// store (account_db_wrapper) and the cloud clients (oauth_token_client, user_portal_client).
 #ifndef QORN_CORE_FW_ACCOUNT_SRC_ACCOUNT_MANAGER_IMPL_H_
 #define QORN_CORE_FW_ACCOUNT_SRC_ACCOUNT_MANAGER_IMPL_H_
 
-#include <atomic>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "base/message_loop.h"
-#include "base/simple_thread.h"
-#include "base/timer.h"
 #include "core_fw/account/include/account_manager.h"
+#include "core_fw/account/src/account_check_thread.h"
 #include "core_fw/account/src/account_controller.h"
 #include "core_fw/account/src/account_message.h"
 #include "core_fw/account/src/session_table.h"
 
 namespace account {
 
-// Fetches the network setting and ends idle sessions, once a minute. Worker thread only.
-class AccountChecker {
- public:
-  AccountChecker();
-  AccountChecker(const AccountChecker&) = delete;
-  AccountChecker& operator=(const AccountChecker&) = delete;
-
-  // Takes all the memory that the timer needs: what it throws ends the worker's start, and nothing
-  // after it can.
-  void Prepare();
-  // Tries the network setting and starts the timer: the first tick comes 60 seconds later.
-  void StartRepeat();
-  // One tick. The first failure is logged and ends it; the sessions behind wait for the next.
-  void AddAndCheckCount();
-  void StopRepeat();
-
- private:
-  // Counts the tick for one session and signs it out if that was its last. False ends the tick.
-  bool EndIfIdle(const std::string& session_id);
-  // Logs and answers false.
-  bool Fail(AccountResult result);
-
-  AccountController* controller;
-  SessionTable* sessionTable;
-  base::Timer timer;
-};
-
-// The service's worker thread: runs the checker in a message loop. Run belongs to the thread
-// itself, all else to the one that starts and ends the service.
-class AccountCheckThread : public base::SimpleThread {
- public:
-  AccountCheckThread();
-  void Run() override;
-
-  // Returns once the thread has its loop and timer. False when there was no memory for them: Run
-  // is over then.
-  bool WaitUntilPrepared();
-  // Makes the thread leave its loop. Once, between WaitUntilPrepared and Join.
-  static void ExitThread(AccountCheckThread* thread);
-
- private:
-  enum class State { kStarting, kPrepared, kFailed };
-
-  void SetState(State state);
-
-  MessageLoop* messageLoop = nullptr;  // On the thread's own stack; read once it is prepared.
-  std::atomic<State> state_{State::kStarting};
-};
-
-// The service behind the interface: traces, events and sessions around the controller's steps.
+// The service behind the interface: log lines, events and sessions around the controller's steps.
 //
-// Operations: any thread, between Init and Shutdown. Init and Shutdown: the runtime's thread. The
-// service has no lock of its own, so the steps of an operation may interleave with those of another
-// and with the worker thread's tick.
+// Operations may be called from any thread between Init and Shutdown, which belong to the runtime's
+// thread. The service has no lock of its own, so the steps of one operation may interleave with
+// those of another and with the worker thread's tick.
 class AccountManagerImpl : public AccountManager {
  public:
   AccountManagerImpl();
   ~AccountManagerImpl() override;
   AccountManagerImpl(const AccountManagerImpl&) = delete;
   AccountManagerImpl& operator=(const AccountManagerImpl&) = delete;
+
+  // The interface's operations, grouped by the file that holds them. Their places in the table of
+  // virtual operations are those of account_manager.h, whatever the order here.
 
   // account_manager_users.cc
   AccountResult CreateUser(const std::string& user_id, const std::string& auth_code,
@@ -88,12 +43,6 @@ class AccountManagerImpl : public AccountManager {
   AccountResult SearchUser(const std::string& first, const std::string& second) override;
   AccountResult GetUserUUIDFromUserID(const std::string& user_id, std::string* user_uuid) override;
 
-  // account_manager_friends.cc
-  AccountResult GetFriendUUIDFromFriendIDAndFriendPeerID(const std::string& user_uuid,
-                                                         const std::string& friend_id,
-                                                         const std::string& friend_peer_id,
-                                                         std::string* friend_uuid) override;
-
   // account_manager_sign_in.cc
   AccountResult SignIn(const std::string& user_id, const std::string& auth_code,
                        std::string* user_uuid, std::string* session_id,
@@ -101,6 +50,7 @@ class AccountManagerImpl : public AccountManager {
   AccountResult SignInAlt(const std::string& user_id, const std::string& password,
                           std::string* user_uuid, std::string* session_id) override;
   AccountResult SignOut(const std::string& session_id) override;
+  AccountResult RefreshAccessToken(const std::string& user_id) override;
 
   // account_manager_user_info.cc
   AccountResult GetAllUsersUUID(std::vector<std::string>* user_uuids) override;
@@ -116,6 +66,10 @@ class AccountManagerImpl : public AccountManager {
                                    std::string* last_info_changed_date) override;
 
   // account_manager_friends.cc
+  AccountResult GetFriendUUIDFromFriendIDAndFriendPeerID(const std::string& user_uuid,
+                                                         const std::string& friend_id,
+                                                         const std::string& friend_peer_id,
+                                                         std::string* friend_uuid) override;
   AccountResult AddFriendToDB(const std::string& user_uuid, const std::string& friend_id,
                               const std::string& friend_guid, const std::string& friend_device_name,
                               const std::string& friend_device_physical_address_text,
@@ -140,6 +94,7 @@ class AccountManagerImpl : public AccountManager {
                                      std::string* friend_device_name,
                                      std::string* friend_device_physical_address_text,
                                      std::string* friend_peer_id) override;
+  AccountResult ParseAccountMessage(const std::string& message) noexcept override;
 
   // account_manager_impl.cc
   AccountResult DoFactoryReset() override;
@@ -153,24 +108,24 @@ class AccountManagerImpl : public AccountManager {
                                           std::string* turn_server, std::string* connection_port,
                                           std::string* domain, std::string* peer_id) override;
 
-  // account_manager_friends.cc, account_manager_sign_in.cc
-  AccountResult ParseAccountMessage(const std::string& message) noexcept override;
-  AccountResult RefreshAccessToken(const std::string& user_id) override;
-
-  // Two more virtual operations behind the interface's; the component shell calls them.
+  // Two more virtual operations, in the table behind the interface's; the component shell calls
+  // them, and both always return true.
+  //
   // Init reads the session mode, makes controller and session table and starts the worker thread.
-  // Once, or again after Shutdown; throws when memory or threads end.
-  // Shutdown waits for the worker thread, a request that it is in included, and ends the two; safe
-  // at any moment after Init, and again. Both always answer true.
+  // Call it once, or again after Shutdown. Throws std::bad_alloc or std::system_error if there is
+  // no memory or no thread.
+  //
+  // Shutdown joins the worker thread, and so waits for any request that it is making, then destroys
+  // controller and session table. Safe at any moment after Init, and more than once.
   virtual bool Init();
   virtual bool Shutdown();
 
  private:
-  // "On" while a session belongs to the user ID, else "Off". 2, output untouched, when a session
-  // ends meanwhile.
+  // "On" while a session belongs to the user ID, else "Off". 2, with the output untouched, if a
+  // session ends meanwhile.
   AccountResult ReadSignInState(const std::string& user_id, std::string* state);
-  // Makes the sessions of one user ID belong to another. 2 when a session ends meanwhile; those
-  // already moved stay.
+  // Moves the sessions of one user ID to another. 2 if a session ends meanwhile; those already
+  // moved stay moved.
   AccountResult RepointSessions(const std::string& user_id, const std::string& new_user_id);
   AccountResult HandleFriendMessage(MessageKind kind, const FriendMessage& message);
 

@@ -1,11 +1,11 @@
-// Sign-in, sign-out and token refresh: the rest of AccountManagerImpl by topic.
+// The operations of AccountManagerImpl for sign-in, sign-out and token refresh.
 #include <cassert>
 #include <string>
 
 #include "base/location.h"
 #include "core_fw/account/src/account_event.h"
-#include "core_fw/account/src/account_log.h"
 #include "core_fw/account/src/account_manager_impl.h"
+#include "core_fw/account/src/account_operation.h"
 #include "core_fw/account/src/account_records.h"
 
 namespace account {
@@ -34,7 +34,8 @@ AccountResult AccountManagerImpl::SignInAlt(const std::string& user_id, const st
   assert(user_uuid != nullptr && session_id != nullptr);
   return RunOperation(FROM_HERE, "SignInAlt", [&]() -> AccountResult {
     if (user_id != kSystemAccountId) {
-      // Deliberate: an ordinary user needs no password here.
+      // Deliberate: no password is checked. Whoever may call this operation is trusted to have
+      // identified the person.
       const AccountResult result = controller->SignInLocalUser(user_id, user_uuid);
       if (result != kAccountSuccess) return result;
     } else {
@@ -56,13 +57,15 @@ AccountResult AccountManagerImpl::SignOut(const std::string& session_id) {
     std::string user_id;
     AccountResult result = sessionTable->GetSessionUserId(session_id, &user_id);
     if (result != kAccountSuccess) return result;
+    // Does nothing today; the controller's place for work at a sign-out.
     result = controller->SignOutLocalUser(user_id);
     if (result != kAccountSuccess) return result;
     result = sessionTable->RemoveSession(session_id);
     if (result != kAccountSuccess) return result;
     std::string user_uuid;
     result = GetUserUUIDFromUserID(user_id, &user_uuid);
-    if (result != kAccountSuccess) return result;  // The session is gone all the same.
+    // The session stays closed even if its user is no longer stored; only the event is missing.
+    if (result != kAccountSuccess) return result;
     if (!PublishEvent(FROM_HERE, "SignOut", kSignOutEvent, {&user_uuid, &user_id, &session_id})) {
       return kAccountFailure;
     }

@@ -1,4 +1,4 @@
-// What the gateway knows about its users: the rest of AccountManagerImpl by topic.
+// The operations of AccountManagerImpl that read and change what is stored about users.
 #include <cassert>
 #include <string>
 #include <utility>
@@ -9,13 +9,15 @@
 #include "core_fw/account/src/account_event.h"
 #include "core_fw/account/src/account_log.h"
 #include "core_fw/account/src/account_manager_impl.h"
+#include "core_fw/account/src/account_operation.h"
 #include "core_fw/account/src/account_records.h"
-#include "core_fw/account/src/identifiers.h"
+#include "core_fw/account/src/dates.h"
 
 namespace account {
 namespace {
 
-// The field that a type code reads; null for the sign-in state and for codes that are none.
+// The field that a type code reads; null for the sign-in state, which is not stored, and for
+// unknown codes.
 const std::string* FieldOfType(const UserInfo& user, int type) {
   switch (type) {
     case kUserInfoGetUserId:
@@ -60,6 +62,8 @@ AccountResult AccountManagerImpl::ReadSignInState(const std::string& user_id, st
   std::vector<std::string> session_ids;
   AccountResult result = sessionTable->GetAllSessionIds(&session_ids);
   if (result != kAccountSuccess) return result;
+  // All sessions are read even after a match: one that ends meanwhile fails the operation wherever
+  // it is in the table.
   bool signed_in = false;
   for (const std::string& session_id : session_ids) {
     std::string session_user;
@@ -79,7 +83,7 @@ AccountResult AccountManagerImpl::GetUserInfoByType(const std::string& user_uuid
     const AccountResult result = controller->GetUserInfo(user_uuid, &user);
     if (result != kAccountSuccess) return result;
     if (type == kUserInfoGetSignInState) return ReadSignInState(user.userId, value);
-    // Deliberate: a type that is none succeeds and leaves the output alone.
+    // Deliberate: an unknown type succeeds and leaves the output untouched.
     const std::string* field = FieldOfType(user, type);
     if (field != nullptr) *value = *field;
     return kAccountSuccess;
@@ -101,7 +105,7 @@ AccountResult AccountManagerImpl::GetUserInformation(
     if (result != kAccountSuccess) return result;
     *user_id = user.userId;
     *user_name = std::move(user.userName);
-    *sign_in_state = "Off";  // Stays so when a session ends while the state is read.
+    *sign_in_state = "Off";  // Stays "Off" if a session ends while the state is read.
     result = ReadSignInState(user.userId, sign_in_state);
     if (result != kAccountSuccess) return result;
     *user_guid = std::move(user.userGuid);
@@ -137,6 +141,7 @@ AccountResult AccountManagerImpl::SetUserInfoByType(const std::string& user_uuid
     AccountResult result = controller->GetUserInfo(user_uuid, &user);
     if (result != kAccountSuccess) return result;
     if (type == kUserInfoSetUserId) {
+      // Before the row is written: a session that kept the old ID would belong to nobody.
       result = RepointSessions(user.userId, value);
       if (result != kAccountSuccess) return result;
       user.userId = value;
@@ -145,8 +150,8 @@ AccountResult AccountManagerImpl::SetUserInfoByType(const std::string& user_uuid
       user.userName = value;
       user.lastInfoChangedDate = CurrentTimestamp();
     }
-    // Deliberate: the other dates go back in the form in which they are handed out, and then read
-    // as a moment in 1970; any other type rewrites the row all the same.
+    // Two things are deliberate. The other dates are written back in the form in which they are
+    // shown, and then read as a moment in 1970. And an unknown type rewrites the row, too.
     result = controller->ModifyUser(user);
     if (result != kAccountSuccess) return result;
     if (!PublishEvent(FROM_HERE, "SetUserInfoByType", kSetUserInformationEvent,

@@ -1,11 +1,11 @@
-// Creation, removal and look-up of users: the rest of AccountManagerImpl by topic.
+// The operations of AccountManagerImpl that create, remove and look up users.
 #include <cassert>
 #include <string>
 
 #include "base/location.h"
 #include "core_fw/account/src/account_event.h"
-#include "core_fw/account/src/account_log.h"
 #include "core_fw/account/src/account_manager_impl.h"
+#include "core_fw/account/src/account_operation.h"
 
 namespace account {
 
@@ -30,6 +30,8 @@ AccountResult AccountManagerImpl::RemoveUser(const std::string& user_id,
     std::string user_uuid;
     AccountResult result = GetUserUUIDFromUserID(user_id, &user_uuid);
     if (result != kAccountSuccess) return result;
+    // Both IDs are checked before the cloud is asked. The target's UUID is also part of the event,
+    // and cannot be looked up once the user is removed.
     std::string target_uuid;
     result = GetUserUUIDFromUserID(target_user_id, &target_uuid);
     if (result != kAccountSuccess) return result;
@@ -51,7 +53,7 @@ AccountResult AccountManagerImpl::GetUserUUIDFromUserID(const std::string& user_
                       [&] { return controller->GetUserUUIDFromUserID(user_id, user_uuid); });
 }
 
-// The next four deliberately do nothing: they hold their places in the interface.
+// The next four deliberately do nothing: they keep their slots in the interface.
 
 AccountResult AccountManagerImpl::CreateUserRequest(const std::string& first,
                                                     const std::string& second) {

@@ -21,6 +21,7 @@ constexpr char kDevicePeerId[] = "friend_qor_device_peer_id";
 using Parameters = std::initializer_list<std::pair<const char*, std::string*>>;
 
 bool ReadParameters(const base::ListValue& list, Parameters parameters) {
+  // A list without elements has no first one, and so lacks a parameter.
   const base::DictionaryValue* first = nullptr;
   if (!list.GetDictionary(0, &first)) return false;
   for (const auto& [key, value] : parameters) {
@@ -46,7 +47,7 @@ std::string Compose(const char* request,
 
 MessageKind ParseFriendMessage(const std::string& text, FriendMessage* message) {
   if (text.empty()) return MessageKind::kInvalid;
-  // The document lives until its parameters are read.
+  // `list` below points into this document, which must outlive it.
   const std::unique_ptr<base::Value> value = base::JSONReader::Read(text);
   const base::DictionaryValue* envelope = nullptr;
   if (value == nullptr || !value->GetAsDictionary(&envelope)) return MessageKind::kInvalid;
@@ -59,6 +60,7 @@ MessageKind ParseFriendMessage(const std::string& text, FriendMessage* message) 
   }
   if (module != "account") return MessageKind::kInvalid;
 
+  // Read into a local record, so that `message` is untouched if a parameter is missing.
   FriendMessage read;
   MessageKind kind = MessageKind::kUnknownRequest;
   if (request == "AddFriend") {

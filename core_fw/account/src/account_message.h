@@ -1,4 +1,4 @@
-// Account messages: JSON texts about friendships, exchanged with other modules.
+// Account messages: JSON texts about friendships that are exchanged with other modules.
 #ifndef QORN_CORE_FW_ACCOUNT_SRC_ACCOUNT_MESSAGE_H_
 #define QORN_CORE_FW_ACCOUNT_SRC_ACCOUNT_MESSAGE_H_
 
@@ -6,7 +6,7 @@
 
 namespace account {
 
-// The parameters of a message. "RemoveFriend" has user_id, friend_id and device_peer_id alone.
+// The parameters of a message. "RemoveFriend" has only user_id, friend_id and device_peer_id.
 struct FriendMessage {
   std::string user_id;
   std::string friend_id;
@@ -17,18 +17,18 @@ struct FriendMessage {
 };
 
 enum class MessageKind {
-  kInvalid,         // Not a message for this component, or one that lacks something.
+  kInvalid,         // Not a message for this component, or an incomplete one.
   kUnknownRequest,  // Well-formed, but neither of the two requests.
   kAddFriend,
   kRemoveFriend,
 };
 
-// Reads an incoming text; `message` is written for the last two kinds only. Its "param_list" is an
-// array, of which the first element counts.
+// Parses an incoming text; `message` is written for the last two kinds only. "param_list" is an
+// array there, and only its first element is read.
 MessageKind ParseFriendMessage(const std::string& text, FriendMessage* message);
 
-// Compose outgoing texts. Their "param_list" is deliberately an object, while an incoming one is an
-// array.
+// Compose outgoing texts. "param_list" is deliberately an object here, but an array in incoming
+// texts.
 std::string ComposeAddFriendMessage(const FriendMessage& message);
 std::string ComposeRemoveFriendMessage(const FriendMessage& message);
 

@@ -1,4 +1,4 @@
-// The records in which the component passes rows around, and the system account.
+// The records that the layers pass to each other, and the system account.
 #ifndef QORN_CORE_FW_ACCOUNT_SRC_ACCOUNT_RECORDS_H_
 #define QORN_CORE_FW_ACCOUNT_SRC_ACCOUNT_RECORDS_H_
 
@@ -6,7 +6,7 @@
 
 namespace account {
 
-// One row of Users; the fields stand in the order of the columns.
+// One row of Users, in the order of the columns.
 struct UserInfo {
   std::string userUuid;
   std::string userId;
@@ -19,7 +19,7 @@ struct UserInfo {
   std::string lastInfoChangedDate;
 };
 
-// One row of Friends without its owner, whom the caller knows.
+// One row of Friends without its owner, which the caller knows.
 struct FriendInfo {
   std::string friendUuid;
   std::string friendId;
@@ -33,11 +33,6 @@ struct FriendInfo {
 // The built-in system account has no row; its ID is also its UUID, name and GUID.
 inline constexpr char kSystemAccountId[] = "qornsystem";
 inline constexpr char kSystemAccountPassword[] = "mivu5830";
-
-UserInfo MakeSystemAccount();
-
-// The display name of an account: what stands before the first "@" of its ID, or `fallback`.
-std::string NameFromId(const std::string& id, const char* fallback);
 
 }  // namespace account
 

@@ -6,11 +6,11 @@
 
 namespace account {
 
-// The message of an AccountResult, as it stands in the log; "Undefined Error code" for a number
-// that is none. The view refers to static storage.
+// The message of an AccountResult, as the log shows it; "Undefined Error code" for any other
+// number. The view refers to static storage.
 std::string_view AccountResultMessage(int code);
 
-// The same as a string of the caller's own; the log takes the view, which costs no copy.
+// The same as a string. Log lines use the view, which needs no copy.
 std::string AccountResultToString(int code);
 
 }  // namespace account

@@ -9,29 +9,29 @@
 
 namespace account {
 
-// An invitation that waits for the friend to present its code.
+// A pending invitation: the friend has not yet presented its code, or may present it again.
 struct FriendCandidate {
-  std::string userUuid;  // Who invites.
+  std::string userUuid;  // The inviting user.
   std::string friendId;
   std::string friendPeerId;
   std::string authCode;
 };
 
-// The invitations in the order of their making. None is ever taken out, so each is kept in little
-// more than its own bytes. Not thread-safe.
+// The pending invitations, oldest first. None is ever removed, so the list only grows, and each
+// invitation is packed into little more than its own bytes. Not thread-safe.
 class FriendCandidates {
  public:
-  // Throws std::bad_alloc; nothing is added then.
+  // On std::bad_alloc nothing is added.
   void Add(const FriendCandidate& candidate);
-  // The last one with this code; false, `candidate` untouched, when there is none.
+  // The last one with this code. False, with `candidate` untouched, if there is none.
   bool Find(const std::string& auth_code, FriendCandidate* candidate) const;
   void Clear() { entries_.clear(); }
 
  private:
-  // The texts one behind the other: code, user UUID, friend ID and peer ID.
+  // The four texts in one block: code, user UUID, friend ID and peer ID.
   struct Entry {
     std::unique_ptr<char[]> text;
-    std::array<std::size_t, 4> sizes;
+    std::array<size_t, 4> sizes;
   };
 
   std::vector<Entry> entries_;

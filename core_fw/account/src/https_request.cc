@@ -19,9 +19,9 @@ struct ListDeleter {
 using Handle = std::unique_ptr<CURL, HandleDeleter>;
 using HeaderList = std::unique_ptr<curl_slist, ListDeleter>;
 
-// libcurl's write callback, on the thread that sends. Answering less than it got ends the transfer
-// as failed; no exception may pass through libcurl.
-std::size_t AppendResponse(char* data, std::size_t size, std::size_t count, void* response) {
+// libcurl's write callback, called on the thread that sends. Returning less than it was given
+// aborts the transfer. No exception may pass through libcurl's C code.
+size_t AppendResponse(char* data, size_t size, size_t count, void* response) {
   if (response == nullptr) return 0;
   try {
     static_cast<std::string*>(response)->append(data, size * count);
@@ -31,7 +31,7 @@ std::size_t AppendResponse(char* data, std::size_t size, std::size_t count, void
   return size * count;
 }
 
-// False when memory ends.
+// False if an allocation fails.
 bool MakeHeaderList(const std::vector<std::string>& headers, HeaderList* list) {
   for (const std::string& header : headers) {
     curl_slist* longer = curl_slist_append(list->get(), header.c_str());
@@ -42,7 +42,7 @@ bool MakeHeaderList(const std::vector<std::string>& headers, HeaderList* list) {
   return true;
 }
 
-// Only the options that libcurl copies can fail: when memory ends.
+// Only the options whose value libcurl copies are checked: setting them allocates.
 CURLcode SetOptions(CURL* handle, const std::string& url, const HeaderList& headers, unsigned post,
                     const std::string& body, char* error_buffer, std::string* response) {
   curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, error_buffer);
@@ -55,13 +55,13 @@ CURLcode SetOptions(CURL* handle, const std::string& url, const HeaderList& head
   curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headers.get());
   curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
   curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT, 5L);
-  // Deliberate, and deliberately a search through the whole URL: the system reaches its cloud
-  // without checking certificates.
+  // Deliberate: the cloud is reached without checking certificates. Also deliberate is the search
+  // through the whole URL.
   if (url.find("https") != std::string::npos) {
     curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, 0L);
     curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, 0L);
-    // A handle serves one request and has no use for a cache of TLS sessions. When memory ends
-    // while libcurl keeps one, it frees the session's names twice.
+    // A handle serves one request and cannot use a cache of TLS sessions. With the cache on,
+    // libcurl frees a session's names twice if an allocation fails.
     curl_easy_setopt(handle, CURLOPT_SSL_SESSIONID_CACHE, 0L);
   }
   if (post == 0) return CURLE_OK;
@@ -112,6 +112,7 @@ std::string SendRequest(const std::vector<std::string>& headers, const std::stri
   if (code == CURLE_OK) code = curl_easy_perform(handle.get());
   long status = 0;
   curl_easy_getinfo(handle.get(), CURLINFO_RESPONSE_CODE, &status);
+  // Freed before the error is logged, because a log handler may send requests, too.
   handle.reset();
   list.reset();
   if (code != CURLE_OK) {

@@ -8,7 +8,7 @@
 
 namespace account {
 
-// How an exchange ended.
+// The outcome of an exchange. Every value but kHttpOk is a failure to the callers.
 enum HttpResult : std::uint8_t {
   kHttpOk = 1,              // status 200
   kHttpNoContent = 2,       // 204
@@ -19,17 +19,19 @@ enum HttpResult : std::uint8_t {
   kHttpTransportError = 7,  // the transfer failed
 };
 
-// libcurl's global state; each start needs its stop. Start it before the first thread that may
-// send a request.
+// libcurl's global state; each start needs a stop. Not thread-safe: call StartTransport before the
+// first thread that may send a request.
 void StartTransport();
 void StopTransport();
 
-// Sends one request and waits for its end: five seconds at most to connect, no limit after that.
-// `headers` are whole lines, sent in their order; `post` other than 0 sends `body` with POST.
-// Returns all that came: the header blocks of every answer of a chain of redirects, then the last
-// body. Empty when the transfer failed. `result` stays as it is when libcurl gives no handle.
-// Any thread; calls share nothing. Certificates are deliberately not checked when the URL holds
-// "https".
+// Sends one request and blocks until it is complete: at most five seconds to connect, no limit
+// after that. `headers` are complete lines and are sent in this order. If `post` is not 0, `body`
+// is sent with POST; otherwise the request is a GET.
+//
+// Returns everything that was received: the header blocks of every response in a chain of
+// redirects, then the last body. Empty if the transfer failed. `result` is not written if libcurl
+// cannot make a handle. Any thread; calls share no state. Certificates are deliberately not checked
+// if the URL contains "https".
 std::string SendRequest(const std::vector<std::string>& headers, const std::string& url,
                         unsigned post, const std::string& body, HttpResult* result);
 

@@ -11,7 +11,7 @@ namespace account {
 namespace {
 
 std::string Post(const TokenSettings& settings, const std::string& body, HttpResult* http_result) {
-  *http_result = kHttpOtherStatus;
+  *http_result = kHttpOtherStatus;  // Stays if libcurl cannot even make a handle.
   return SendRequest({"Accept: application/json"}, settings.auth_url + "/token", 1, body,
                      http_result);
 }
@@ -21,17 +21,17 @@ bool Fail(const TokenLogNames& names, const char* what) {
   return false;
 }
 
-// What follows the first header block. Without a blank line the text begins at its fourth
-// character: "not found" plus four wraps around to 3, deliberately.
+// The text after the first header block. Without a blank line it begins at the fourth character:
+// "not found" plus four wraps around to 3, deliberately.
 std::string CutJson(const std::string& response) {
-  const std::size_t start = response.find("\r\n\r\n") + 4;
+  const size_t start = response.find("\r\n\r\n") + 4;
   return start < response.size() ? response.substr(start) : std::string();
 }
 
 }  // namespace
 
 std::string MakeAuthCodeBody(const TokenSettings& settings, const std::string& auth_code) {
-  // The leading "&" and the order are deliberate: the account server takes them so.
+  // The leading "&" and the order are deliberate: the account server expects them.
   return "&client_id=" + settings.client_id + "&grant_type=authorization_code&service_type=M" +
          "&client_secret=" + settings.client_secret +
          "&physical_address_text=" + settings.device_physical_address_text + "&code=" + auth_code;

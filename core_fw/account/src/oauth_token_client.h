@@ -1,4 +1,4 @@
-// Token requests to the account server (OAuth 2, RFC 6749), their bodies and their answers.
+// Token requests to the account server (OAuth 2, RFC 6749): bodies, answers, and the calls.
 #ifndef QORN_CORE_FW_ACCOUNT_SRC_OAUTH_TOKEN_CLIENT_H_
 #define QORN_CORE_FW_ACCOUNT_SRC_OAUTH_TOKEN_CLIENT_H_
 
@@ -21,11 +21,11 @@ struct Tokens {
   std::string user_guid;  // The account server's identifier of the user.
 };
 
-// Request bodies. No value is encoded: one that holds "&" splits the form.
+// Request bodies. Values are deliberately not encoded: one that contains "&" splits the form.
 std::string MakeAuthCodeBody(const TokenSettings& settings, const std::string& auth_code);
 std::string MakeRefreshBody(const TokenSettings& settings, const std::string& refresh_token);
 
-// Under which names a request's failures are logged.
+// The names under which the failures of a request are logged.
 struct TokenLogNames {
   const char* function;  // In the line's prefix.
   const char* message;   // "MESSAGE Error (...)".
@@ -34,12 +34,12 @@ inline constexpr TokenLogNames kAuthCodeLogNames{"GetTokensByAuthCode", "GetToke
 // The two names differ deliberately.
 inline constexpr TokenLogNames kRefreshLogNames{"RefreshAccessToken", "GetTokensByRefreshToken"};
 
-// Reads an answer, header block included. False, with one line logged, when it does not hold all
-// three values; those before the missing one may be written by then.
+// Reads an answer, including its header block. False, with one line logged, if one of the three
+// values is missing; those before it may have been written.
 bool ReadTokenAnswer(HttpResult http_result, const std::string& response,
                      const TokenLogNames& names, Tokens* tokens);
 
-// The requests. They block; any thread.
+// The requests. They block. Any thread.
 bool GetTokensByAuthCode(const TokenSettings& settings, const std::string& auth_code,
                          Tokens* tokens, HttpResult* http_result);
 bool GetTokensByRefreshToken(const TokenSettings& settings, const std::string& refresh_token,

@@ -10,10 +10,11 @@
 namespace account {
 namespace {
 
-// A plain pointer: nothing of the library is destroyed behind the host's back when it ends.
+// A plain pointer, so that no static destructor runs when the host exits.
 SessionTable* g_session_table = nullptr;
 
-// An ID to look for. Its first bytes tell nearly all others apart, without a call.
+// An ID to search for. Comparing its first eight bytes as a number rejects nearly all other IDs
+// without a call; "3" and seven random digits are in them.
 class WantedId {
  public:
   explicit WantedId(const std::string& text) : text_(text.data()) {
@@ -21,7 +22,7 @@ class WantedId {
     can_match_ = true;
     std::memcpy(&first_, text_, sizeof(first_));
   }
-  // False for an ID of another length: no record has it.
+  // False for an ID of another length, which no record can have.
   bool CanMatch() const { return can_match_; }
   bool Matches(const SessionRecord& record) const {
     std::uint64_t first = 0;
@@ -55,13 +56,14 @@ std::vector<SessionRecord>::iterator SessionTable::Find(const std::string& sessi
 }
 
 AccountResult SessionTable::AddSession(const std::string& user_id, std::string* session_id) {
+  // Made before the lock is taken: generating it is a system call.
   std::string made = MakeUuidWithFirst('3');
   SessionRecord record;
   made.copy(record.sessionId.data(), kSessionIdLength);
   record.userId = user_id;
   {
-    base::internal::AutoLockImpl guard(lock);
-    // Room for an eighth more at a time: twice as much would mostly lie idle.
+    base::internal::AutoLockImpl hold(lock);
+    // Grow by an eighth and not by a factor of two: most of the memory would never be used.
     if (records.size() == records.capacity()) records.reserve(records.size() * 9 / 8 + 8);
     records.push_back(std::move(record));
   }
@@ -70,7 +72,7 @@ AccountResult SessionTable::AddSession(const std::string& user_id, std::string* 
 }
 
 AccountResult SessionTable::GetSessionUserId(const std::string& session_id, std::string* user_id) {
-  base::internal::AutoLockImpl guard(lock);
+  base::internal::AutoLockImpl hold(lock);
   const auto record = Find(session_id);
   if (record == records.end()) return kAccountInvalidSessionId;
   *user_id = record->userId;
@@ -79,7 +81,7 @@ AccountResult SessionTable::GetSessionUserId(const std::string& session_id, std:
 
 AccountResult SessionTable::SetSessionUserId(const std::string& session_id,
                                              const std::string& user_id) {
-  base::internal::AutoLockImpl guard(lock);
+  base::internal::AutoLockImpl hold(lock);
   const auto record = Find(session_id);
   if (record == records.end()) return kAccountInvalidSessionId;
   record->userId = user_id;
@@ -87,18 +89,18 @@ AccountResult SessionTable::SetSessionUserId(const std::string& session_id,
 }
 
 AccountResult SessionTable::HasSession(const std::string& session_id) {
-  base::internal::AutoLockImpl guard(lock);
+  base::internal::AutoLockImpl hold(lock);
   return Find(session_id) != records.end() ? kAccountSuccess : kAccountInvalidSessionId;
 }
 
 AccountResult SessionTable::CountAndCheckExpiry(const std::string& session_id, bool* expired) {
   const WantedId wanted(session_id);
-  base::internal::AutoLockImpl guard(lock);
+  base::internal::AutoLockImpl hold(lock);
   const int limit = lifetime.load(std::memory_order_relaxed);
   for (SessionRecord& record : records) {
     if (wanted.CanMatch() && wanted.Matches(record)) ++record.count;
-    // Deliberate: an expired record further up ends the walk for the sessions after it, which
-    // are counted again once it is gone.
+    // Deliberate: an expired record stops the walk, whichever session was asked about. The sessions
+    // behind it are not counted until it is removed.
     if (record.count >= limit) {
       *expired = true;
       return kAccountSuccess;
@@ -109,27 +111,31 @@ AccountResult SessionTable::CountAndCheckExpiry(const std::string& session_id, b
 }
 
 AccountResult SessionTable::ResetSessionCount(const std::string& session_id) {
-  base::internal::AutoLockImpl guard(lock);
-  const auto record = Find(session_id);
-  if (record != records.end()) record->count = 0;
+  const WantedId wanted(session_id);
+  if (!wanted.CanMatch()) return kAccountSuccess;
+  base::internal::AutoLockImpl hold(lock);
+  for (SessionRecord& record : records) {
+    if (wanted.Matches(record)) record.count = 0;
+  }
   return kAccountSuccess;
 }
 
 AccountResult SessionTable::RemoveSession(const std::string& session_id) {
-  base::internal::AutoLockImpl guard(lock);
+  base::internal::AutoLockImpl hold(lock);
   const auto record = Find(session_id);
   if (record != records.end()) records.erase(record);
   return kAccountSuccess;
 }
 
 AccountResult SessionTable::RemoveAllSessions() {
-  base::internal::AutoLockImpl guard(lock);
+  base::internal::AutoLockImpl hold(lock);
   records.clear();
   return kAccountSuccess;
 }
 
 AccountResult SessionTable::GetAllSessionIds(std::vector<std::string>* session_ids) {
-  base::internal::AutoLockImpl guard(lock);
+  base::internal::AutoLockImpl hold(lock);
+  // One allocation, because other threads wait for the lock meanwhile.
   session_ids->reserve(session_ids->size() + records.size());
   for (const SessionRecord& record : records) {
     session_ids->emplace_back(record.sessionId.data(), kSessionIdLength);

@@ -13,37 +13,40 @@
 
 namespace account {
 
-// A UUID's text: session IDs are all that long.
-inline constexpr std::size_t kSessionIdLength = 36;
+// The length of a UUID's text, and so of every session ID.
+inline constexpr size_t kSessionIdLength = 36;
 
 struct SessionRecord {
-  std::array<char, kSessionIdLength> sessionId;  // In the record, so that a scan reads on.
-  int count = 0;  // Ticks since the session was opened or last kept alive. Here it fills a gap.
+  std::array<char, kSessionIdLength> sessionId;  // Not a string: a scan follows no pointers.
+  // Ticks since the session was opened or last kept alive. It stands here because it fills a gap:
+  // as the last field it makes a record 80 bytes instead of 72, and that misses the aim for a
+  // session's memory (docs/performance.md).
+  int count = 0;
   std::string userId;
 };
 
-// The open sessions, in memory, in the order in which they were opened. Session IDs begin with
-// "3". Any thread; the lock is held for one operation and never while calling out.
+// The open sessions, in memory, oldest first. Session IDs begin with "3". Any thread; the lock is
+// held for one operation, and never while calling out.
 class SessionTable {
  public:
   SessionTable() = default;
   SessionTable(const SessionTable&) = delete;
   SessionTable& operator=(const SessionTable&) = delete;
 
-  // The library's one table: made and emptied on first use, gone after DestroyInstance.
+  // The library's only table, made on first use and destroyed by DestroyInstance.
   static SessionTable* GetInstance();
   static void DestroyInstance();
 
-  // Each answers 1 unless it says otherwise.
+  // Each returns 1 unless it says otherwise.
   AccountResult AddSession(const std::string& user_id, std::string* session_id);
-  // 2, output untouched, for an unknown session.
+  // 2, with the output untouched, for an unknown session.
   AccountResult GetSessionUserId(const std::string& session_id, std::string* user_id);
   // 2 for an unknown session.
   AccountResult SetSessionUserId(const std::string& session_id, const std::string& user_id);
   // 2 for an unknown session.
   AccountResult HasSession(const std::string& session_id);
-  // Counts one tick for the session and tells whether it has reached the lifetime. The walk ends,
-  // expired, at the first record in the table that has reached it, whichever that is.
+  // Counts one tick for the session and tells whether it has expired. The walk stops at the first
+  // expired record of the table, whichever that is, and then reports "expired".
   AccountResult CountAndCheckExpiry(const std::string& session_id, bool* expired);
   AccountResult ResetSessionCount(const std::string& session_id);
   AccountResult RemoveSession(const std::string& session_id);
@@ -54,7 +57,7 @@ class SessionTable {
   AccountResult SetLifetime(int value);
 
  private:
-  // The record with this ID, of which there is at most one.
+  // The first record with this ID.
   std::vector<SessionRecord>::iterator Find(const std::string& session_id)
       EXCLUSIVE_LOCKS_REQUIRED(lock);
 

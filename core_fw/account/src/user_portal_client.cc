@@ -6,6 +6,7 @@
 
 #include "base/location.h"
 #include "core_fw/account/src/account_log.h"
+#include "core_fw/account/src/dates.h"
 #include "core_fw/account/src/identifiers.h"
 #include "core_fw/account/src/xml_depth.h"
 
@@ -16,7 +17,8 @@ constexpr char kXmlStart[] = "<?xml";
 constexpr char kDeclaration[] = "<?xml version=\"1.0\" standalone=\"yes\"?>";
 constexpr char kPeerIdOperation[] = "GetPeerIDFromUserPortal";
 constexpr char kNtsOperation[] = "GetNTSServerInfoFromUserPortal";
-// TinyXML needs a stack frame a level; at this depth it fits the smallest thread's stack.
+// TinyXML recurses for each level. This depth fits a stack of 512 KiB, the smallest that a caller's
+// thread has.
 constexpr int kDeepestAnswer = 1000;
 
 bool Fail(const char* operation, const char* what) {
@@ -35,31 +37,32 @@ std::string Document(const std::string& children) {
 
 std::string Post(const PortalSettings& settings, const PortalIdentity& identity, const char* path,
                  const std::string& body, HttpResult* http_result) {
-  *http_result = kHttpOtherStatus;
+  *http_result = kHttpOtherStatus;  // Stays if libcurl cannot even make a handle.
   const std::vector<std::string> headers =
       MakePortalHeaders(settings, identity, CurrentTimestamp(), MakeUuid(kUuidOfNonce));
   return SendRequest(headers, settings.url + path, 1, body, http_result);
 }
 
-// The steps that reading any answer begins with: what went wrong, null when nothing did.
+// The steps with which reading any answer begins. Returns what went wrong, or null.
 const char* ParseAnswer(HttpResult http_result, const std::string& response,
                         TiXmlDocument* document) {
   if (http_result != kHttpOk) return "SendRequest response error";
   if (response.empty()) return "response empty";
-  const std::size_t start = response.find(kXmlStart);
+  const size_t start = response.find(kXmlStart);
   if (start == std::string::npos) return "output_xml empty";
   std::string xml = response.substr(start);
   xml.resize(std::strlen(xml.c_str()));  // The XML library stops at a zero byte.
-  // A document that breaks off counts as far as it was parsed; one nested too deep is left empty.
+  // The parser's own error is ignored: a document that breaks off counts as far as it goes. One
+  // that is nested too deeply stays empty, and then lacks its root element.
   if (!XmlNestsDeeperThan(xml, kDeepestAnswer)) {
-    // The library steps over up to three bytes behind a UTF-8 lead byte that ends the text.
+    // If a UTF-8 lead byte ends the text, the library steps over up to three bytes behind it.
     xml.append(3, '\0');
     document->Parse(xml.c_str(), nullptr, TIXML_DEFAULT_ENCODING);
   }
   return nullptr;
 }
 
-// The text of the first child of that name, "" when there is none.
+// The text of the first child of that name, or "".
 std::string ChildText(const TiXmlElement& parent, const char* name) {
   const TiXmlElement* child = parent.FirstChildElement(name);
   const char* text = child == nullptr ? nullptr : child->GetText();
@@ -75,7 +78,7 @@ std::vector<std::string> MakePortalHeaders(const PortalSettings& settings,
           "x-dpx-version: v1",
           "x-dpx-userId: " + identity.user_guid,
           "x-dpx-loginId: " + identity.login_id,
-          "x-dpx-authType: zep2 ",  // The portal expects the trailing blank.
+          "x-dpx-authType: zep2 ",  // Deliberate: the portal expects the trailing blank.
           "Authorization: OAuth oauth_consumer_key=" + settings.app_id +
               ", oauth_token=" + identity.access_token +
               ", oauth_signature_method=_NONE_, oauth_signature=_NONE_, oauth_timestamp=" +
@@ -132,7 +135,7 @@ bool ReadPeerIdAnswer(HttpResult http_result, const std::string& response,
   if (failure != nullptr) return Fail(kPeerIdOperation, failure);
   const TiXmlElement* root = document.FirstChildElement("deviceInfoList");
   if (root == nullptr) return Fail(kPeerIdOperation, "deviceInfoList");
-  // Deliberate: after the first "deviceInfo" a sibling of any name counts.
+  // Deliberate: after the first "deviceInfo", siblings of any name are read.
   for (const TiXmlElement* device = root->FirstChildElement("deviceInfo"); device != nullptr;
        device = device->NextSiblingElement()) {
     const std::string candidate = ChildText(*device, "peerId");
@@ -141,6 +144,7 @@ bool ReadPeerIdAnswer(HttpResult http_result, const std::string& response,
       break;
     }
   }
+  // Deliberately the output and not the last candidate: a peer ID from an earlier answer is enough.
   return peer_id->empty() ? Fail(kPeerIdOperation, "peer id empty") : true;
 }
 

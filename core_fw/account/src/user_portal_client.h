@@ -1,4 +1,5 @@
-// Requests to the User Portal: which gateway belongs to which user, peer IDs, traversal servers.
+// Requests to the User Portal, which knows the gateway of each user, peer IDs and the servers for
+// NAT traversal.
 #ifndef QORN_CORE_FW_ACCOUNT_SRC_USER_PORTAL_CLIENT_H_
 #define QORN_CORE_FW_ACCOUNT_SRC_USER_PORTAL_CLIENT_H_
 
@@ -10,12 +11,12 @@
 namespace account {
 
 struct PortalSettings {
-  std::string url;                                   // Base URL, without the request's path.
+  std::string url;                                   // Base URL, without a request's path.
   std::string app_id;                                // The OAuth client ID.
   std::string gateway_device_physical_address_text;  // This gateway's.
 };
 
-// On whose behalf a request is made.
+// The account on whose behalf a request is made.
 struct PortalIdentity {
   std::string login_id;
   std::string user_guid;
@@ -29,7 +30,7 @@ struct PortalDevice {
   std::string physical_address_text;
 };
 
-// Where the traversal servers' addresses go.
+// Outputs for the addresses of the traversal servers.
 struct NtsServers {
   std::string* presence_server;
   std::string* stun_server;
@@ -38,7 +39,7 @@ struct NtsServers {
   std::string* domain;
 };
 
-// The eight header lines, and the bodies. Values are deliberately inserted as they are.
+// The eight header lines, and the bodies. Values are deliberately inserted verbatim.
 std::vector<std::string> MakePortalHeaders(const PortalSettings& settings,
                                            const PortalIdentity& identity,
                                            const std::string& timestamp, const std::string& nonce);
@@ -50,18 +51,18 @@ std::string MakeDeleteUserBody(const std::string& user_guid,
 std::string MakeGetDeviceBody(const std::string& user_guid, const std::string& device_type_code);
 std::string MakeGetNtsBody(const std::string& user_guid, const std::string& server_type);
 
-// Read an answer, header blocks included. Any thread, each with outputs of its own. False, with one
-// line logged under `operation`, when it is not what the request needs.
+// Read an answer, including its header blocks. False, with one line logged under `operation`, if
+// the answer is not what the request needs. Any thread.
 bool ReadResultAnswer(const char* operation, HttpResult http_result, const std::string& response);
-// The first peer ID that holds `physical_address_text`; without one, an ID that `peer_id` already
-// holds is deliberately good enough.
+// Writes the first peer ID that contains `physical_address_text`. If there is none, a peer ID that
+// `peer_id` already holds is deliberately good enough.
 bool ReadPeerIdAnswer(HttpResult http_result, const std::string& response,
                       const std::string& physical_address_text, std::string* peer_id);
-// Writes what the answer holds, missing elements as ""; an answer without server information
-// leaves what is held. True when none of the five is empty then.
+// Writes the five values, a missing element as "". An answer without server information leaves them
+// untouched. True if none of the five is empty afterwards.
 bool ReadNtsAnswer(HttpResult http_result, const std::string& response, const NtsServers& servers);
 
-// The requests. They block; any thread.
+// The requests. They block. Any thread.
 bool AddUserToUserPortal(const PortalSettings& settings, const PortalIdentity& identity,
                          const PortalDevice& device, const std::string& service,
                          HttpResult* http_result);

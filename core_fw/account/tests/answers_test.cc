@@ -60,13 +60,13 @@ TEST(Answers, ADocumentThatBreaksOffIsReadAsFarAsItGoes) {
       "<ConnPort>5222</ConnPort><Domain>d.example</Domain></serverInfo>";
   const Lines expected = {"p.example", "s.example", "t.example", "5222", "d.example"};
   Lines before(5);
-  for (std::size_t cut = 0; cut <= whole.size(); ++cut) {
+  for (size_t cut = 0; cut <= whole.size(); ++cut) {
     SCOPED_TRACE(whole.substr(0, cut));
     Lines v(5);
     const bool good =
         ReadNtsAnswer(kHttpOk, whole.substr(0, cut), {&v[0], &v[1], &v[2], &v[3], &v[4]});
     EXPECT_EQ(good, !v[4].empty());
-    for (std::size_t i = 0; i < v.size(); ++i) {
+    for (size_t i = 0; i < v.size(); ++i) {
       EXPECT_TRUE(v[i].size() >= before[i].size() && expected[i].starts_with(v[i])) << v[i];
     }
     before = v;

@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "core_fw/account/src/account_result.h"
+#include "core_fw/account/src/dates.h"
 #include "core_fw/account/tests/test_support.h"
 
 namespace account {

@@ -75,11 +75,11 @@ class LibraryTest : public AccountTest {
 
   // Whether the place of the table holds the operation of that name.
   template <typename... Parameters>
-  void CheckSlot(std::size_t slot, const std::string& name,
+  void CheckSlot(size_t slot, const std::string& name,
                  AccountResult (AccountManager::*operation)(Parameters...));
   template <typename... Operations>
   void CheckSlots(const std::pair<const char*, Operations>&... operations) {
-    std::size_t slot = 0;
+    size_t slot = 0;
     (CheckSlot(slot++, operations.first, operations.second), ...);
   }
 
@@ -129,7 +129,7 @@ Parameter Argument() {
 
 // Calls what stands in the object's table, not what the compiler believes to be there.
 template <typename... Parameters>
-void LibraryTest::CheckSlot(std::size_t slot, const std::string& name,
+void LibraryTest::CheckSlot(size_t slot, const std::string& name,
                             AccountResult (AccountManager::* /*operation*/)(Parameters...)) {
   AccountManager* const service = Ask();
   void* const* const table = *reinterpret_cast<void***>(service);
@@ -192,6 +192,19 @@ TEST_F(LibraryTest, OneComponentAndOneService) {
   EXPECT_TRUE(component->Finalize());
   EXPECT_TRUE(component->Finalize());
   EXPECT_EQ(Ask(), service);
+}
+
+TEST_F(LibraryTest, ALogHandlerMayAskForTheServiceThatIsBeingMade) {
+  config_.erase("account_service");
+  StartRuntime();
+  Component* component = Load();
+  const AccountManager* found = nullptr;
+  log_.OnLine([&](const std::string& line) {
+    if (line.find("no account_service") != std::string::npos) found = Ask();
+  });
+  EXPECT_TRUE(component->Init(runtime::Runtime::GetInstance()));
+  EXPECT_NE(found, nullptr);
+  EXPECT_EQ(found, Ask());
 }
 
 TEST_F(LibraryTest, WithoutARuntimeItStartsAndSaysWhatIsMissing) {

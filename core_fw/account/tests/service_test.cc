@@ -10,6 +10,7 @@
 #include "base/logging.h"
 #include "core_fw/account/src/account_log.h"
 #include "core_fw/account/src/account_manager_impl.h"
+#include "core_fw/account/src/account_operation.h"
 #include "core_fw/account/src/session_table.h"
 #include "core_fw/account/tests/test_support.h"
 
@@ -35,6 +36,15 @@ TEST(ServiceFrame, BothLevelsGateTheLines) {
 }
 
 using ServiceTest = AccountTest;
+
+TEST_F(ServiceTest, TheTimerNamesWhereItRepeats) {
+  const MessageLoop loop;
+  StartRuntime();
+  AccountChecker checker;
+  checker.Prepare();
+  EXPECT_STREQ(checker.started_from().function_name(), "StartRepeat");
+  EXPECT_STREQ(checker.started_from().file_name(), "core_fw/account/src/account_manager_impl.cc");
+}
 
 TEST_F(ServiceTest, ASessionThatEndsWhileTheStateIsReadCutsTheAnswerShort) {
   StartRuntime();

@@ -2,6 +2,18 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <uuid/uuid.h>
+
+namespace {
+
+bool g_same_uuid = false;
+
+}  // namespace
+
+// Instead of libuuid's, so that two sessions can have one ID.
+extern "C" void uuid_generate(uuid_t uuid) {
+  g_same_uuid ? uuid_clear(uuid) : uuid_generate_random(uuid);
+}
 
 namespace account {
 namespace {
@@ -72,6 +84,18 @@ TEST(SessionTable, ExpiryWalkStopsAtTheFirstExpiredRecord) {
   EXPECT_TRUE(Expired(table, b));
   EXPECT_EQ(table.ResetSessionCount(b), 1);
   EXPECT_FALSE(Expired(table, b));
+}
+
+TEST(SessionTable, AResetIsForEveryRecordWithTheId) {
+  SessionTable table;
+  g_same_uuid = true;
+  const std::string id = Add(table, "ann");
+  EXPECT_EQ(Add(table, "ben"), id);
+  g_same_uuid = false;
+  EXPECT_EQ(table.SetLifetime(2), 1);
+  EXPECT_FALSE(Expired(table, id));
+  EXPECT_EQ(table.ResetSessionCount(id), 1);
+  EXPECT_FALSE(Expired(table, id));
 }
 
 }  // namespace

@@ -36,11 +36,11 @@ LogCapture::LogCapture() {
     if (!line.empty() && line.back() == '\n') line.pop_back();
     std::function<void(const std::string&)> action;
     {
-      const std::lock_guard<std::mutex> guard(mutex_);
+      const std::lock_guard<std::mutex> hold(mutex_);
       action = action_;
     }
     if (action) action(line);
-    const std::lock_guard<std::mutex> guard(mutex_);
+    const std::lock_guard<std::mutex> hold(mutex_);
     lines_.push_back(std::move(line));
     return true;
   });
@@ -49,12 +49,12 @@ LogCapture::LogCapture() {
 LogCapture::~LogCapture() { logging::SetLogMessageHandler(nullptr); }
 
 std::vector<std::string> LogCapture::Take() {
-  const std::lock_guard<std::mutex> guard(mutex_);
+  const std::lock_guard<std::mutex> hold(mutex_);
   return std::exchange(lines_, {});
 }
 
 void LogCapture::OnLine(std::function<void(const std::string&)> action) {
-  const std::lock_guard<std::mutex> guard(mutex_);
+  const std::lock_guard<std::mutex> hold(mutex_);
   action_ = std::move(action);
 }
 
@@ -91,7 +91,7 @@ EventCapture::EventCapture() {
           for (char separator = ' '; strings.ReadString(&text); separator = '|') {
             event += separator + text;
           }
-          const std::lock_guard<std::mutex> guard(mutex_);
+          const std::lock_guard<std::mutex> hold(mutex_);
           events_.push_back(event);
         }));
   }
@@ -103,7 +103,7 @@ EventCapture::~EventCapture() {
 
 std::vector<std::string> EventCapture::Take() {
   evt::EventManager::GetInstance()->Flush();
-  const std::lock_guard<std::mutex> guard(mutex_);
+  const std::lock_guard<std::mutex> hold(mutex_);
   return std::exchange(events_, {});
 }
 
