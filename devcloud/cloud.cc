@@ -5,21 +5,22 @@
 #include <optional>
 #include <utility>
 
-#include "devcloud/account_server.h"
-#include "devcloud/accounts.h"
-#include "devcloud/certificate.h"
-#include "devcloud/clock.h"
-#include "devcloud/control.h"
-#include "devcloud/devices.h"
-#include "devcloud/fault_json.h"
-#include "devcloud/fault_list.h"
-#include "devcloud/http_server.h"
-#include "devcloud/live.h"
-#include "devcloud/portal.h"
-#include "devcloud/request_log.h"
-#include "devcloud/router.h"
-#include "devcloud/secrets.h"
-#include "devcloud/state_file.h"
+#include "devcloud/control/control.h"
+#include "devcloud/control/live_stream.h"
+#include "devcloud/control/request_log.h"
+#include "devcloud/faults/fault_json.h"
+#include "devcloud/faults/fault_list.h"
+#include "devcloud/faults/faulty_reply.h"
+#include "devcloud/http/certificate.h"
+#include "devcloud/http/http_server.h"
+#include "devcloud/http/router.h"
+#include "devcloud/services/account_server.h"
+#include "devcloud/services/accounts.h"
+#include "devcloud/services/clock.h"
+#include "devcloud/services/devices.h"
+#include "devcloud/services/portal.h"
+#include "devcloud/services/secrets.h"
+#include "devcloud/services/state_file.h"
 
 namespace devcloud {
 namespace {
@@ -61,7 +62,7 @@ class Cloud::Impl : public RequestHandler {
 
   // Tells the open pages. After everything that changes what they show.
   void Changed() {
-    live_.MarkStale();
+    live_stream_.MarkStale();
     server_->WakeStreams();
   }
 
@@ -85,7 +86,7 @@ class Cloud::Impl : public RequestHandler {
   Reply Respond(const RecordedRequest& request, bool keep_alive) override {
     const auto normal = [this, &request] { return HandleAndSave(request); };
     if (IsControlRequest(request)) {
-      if (request.method == "GET" && PathOf(request) == "/api/events") return live_.Open();
+      if (request.method == "GET" && PathOf(request) == "/api/events") return live_stream_.Open();
       return {Serialize(normal(), keep_alive), Reply::Delivery::kWhole};
     }
     const std::optional<Fault> fault = faults.Take(PathOf(request));
@@ -167,7 +168,7 @@ class Cloud::Impl : public RequestHandler {
                                 [this](std::uint64_t number) { return EndFault(number); },
                                 [this] { ClearFaults(); },
                                 [this](bool refuse) { RefuseConnections(refuse); }};
-  Live live_{control_};
+  LiveStream live_stream_{control_};
   std::unique_ptr<HttpServer> server_;  // the last member, as its thread uses all the others
 };
 

@@ -1,3 +1,7 @@
+// devcloud/ is the development cloud that gateways and tests talk to: an account server and a user
+// portal that keep every request and fail on demand. The rooms, lowest first: http/ (connections and
+// messages), page/ (the web page), faults/ (bad answers), services/ (what gateways call) and control/
+// (what tests and the page call). Each includes only rooms named before it. This file joins them.
 #ifndef QORN_DEVCLOUD_CLOUD_H_
 #define QORN_DEVCLOUD_CLOUD_H_
 
@@ -8,9 +12,9 @@
 #include <string>
 #include <vector>
 
-#include "devcloud/fault.h"
-#include "devcloud/nts_servers.h"
-#include "devcloud/recorded_request.h"
+#include "devcloud/faults/fault.h"
+#include "devcloud/http/recorded_request.h"
+#include "devcloud/services/nts_servers.h"
 
 namespace devcloud {
 

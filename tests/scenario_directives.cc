@@ -3,7 +3,7 @@
 #include <regex>
 
 #include "base/time.h"
-#include "devcloud/fault_json.h"
+#include "devcloud/faults/fault_json.h"
 #include "evt/event_manager.h"
 #include "gateway/text.h"
 #include "runtime/runtime.h"

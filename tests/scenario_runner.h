@@ -16,7 +16,7 @@
 #include "base/test_clock.h"
 #include "core_fw/account/src/account_manager_impl.h"
 #include "core_fw/account/tests/test_support.h"
-#include "devcloud/recorded_request.h"
+#include "devcloud/http/recorded_request.h"
 #include "gateway/operations.h"
 #include "gateway/variables.h"
 

@@ -1,0 +1,53 @@
+#include "devcloud/control/live_stream.h"
+
+#include <memory>
+#include <utility>
+
+#include "devcloud/control/state_json.h"
+
+namespace devcloud {
+namespace {
+
+constexpr char kHead[] =
+    "HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Type: text/event-stream\r\n"
+    "Cache-Control: no-store\r\n\r\nretry: 1000\n\n";
+
+std::string Event(const char* name, const std::string& data) {
+  return std::string("event: ") + name + "\ndata: " + data + "\n\n";
+}
+
+}  // namespace
+
+Reply LiveStream::Open() {
+  Reply reply{kHead, Reply::Delivery::kStream};
+  reply.next = [this, seen = std::make_shared<Seen>()] { return Next(seen.get()); };
+  return reply;
+}
+
+std::string LiveStream::Next(Seen* seen) {
+  if (is_stale_.exchange(false)) {
+    std::string state = StateJson(context_, -1);
+    if (state != state_) ++state_version_;
+    state_ = std::move(state);
+  }
+  std::string events;
+  if (std::exchange(seen->state_version, state_version_) != state_version_) {
+    events += Event("state", state_);
+  }
+  return events + RequestsSince(&seen->log_revision);
+}
+
+std::string LiveStream::RequestsSince(std::uint64_t* revision) {
+  const std::uint64_t present = context_.log.revision();
+  const std::uint64_t from = std::exchange(*revision, present);
+  if (from == present) return "";
+  if (from != requests_from_ || present != requests_to_) {
+    const RequestChanges changes = context_.log.ChangesSince(from);
+    requests_ = Event("requests", RequestChangesJson(changes));
+    requests_from_ = from;
+    *revision = requests_to_ = changes.revision;
+  }
+  return requests_;
+}
+
+}  // namespace devcloud

@@ -1,0 +1,78 @@
+#ifndef QORN_DEVCLOUD_CONTROL_REQUEST_LOG_H_
+#define QORN_DEVCLOUD_CONTROL_REQUEST_LOG_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/condition_variable.h"
+#include "base/lock.h"
+#include "base/thread_annotations.h"
+#include "devcloud/http/recorded_request.h"
+#include "devcloud/services/clock.h"
+
+namespace devcloud {
+
+// A line about one request. Target and answer line are cut after 200 bytes.
+struct RequestSummary {
+  std::uint64_t number;
+  TimePoint time;
+  bool tls;
+  std::string method;
+  std::string target;
+  std::size_t request_bytes;
+  std::string fault;
+  bool is_answered;
+  std::size_t answer_bytes;
+  std::string answer_line;  // the first line of the answer
+};
+
+struct RequestChanges {
+  std::uint64_t revision;
+  std::uint64_t oldest;  // no request before this number is in the log any more
+  std::vector<RequestSummary> summaries;
+};
+
+// The latest requests, at most 10,000 of them and 256 MiB of raw bytes and answers. Thread-safe.
+class RequestLog {
+ public:
+  // Gives the request its number.
+  void Add(RecordedRequest* request);
+  // Nothing happens when the request is in the log no more.
+  void SetReply(std::uint64_t number, const std::string& fault, std::optional<std::string> answer);
+  void Clear();
+  // Oldest first.
+  std::vector<RecordedRequest> requests() const;
+  std::optional<RecordedRequest> Find(std::uint64_t number) const;
+  // Grows with each change, from 1 on.
+  std::uint64_t revision() const;
+  // Those of the latest 200 requests that came or changed after the revision, oldest first.
+  RequestChanges ChangesSince(std::uint64_t revision) const;
+  // Counts every request since the start or the last Clear; false after 10 seconds.
+  bool WaitFor(std::size_t count) const;
+
+ private:
+  struct Entry {
+    RecordedRequest request;
+    std::uint64_t revision;
+  };
+
+  // Null when it is not there.
+  const Entry* At(std::uint64_t number) const EXCLUSIVE_LOCKS_REQUIRED(lock_);
+  void DropOldest() EXCLUSIVE_LOCKS_REQUIRED(lock_);
+
+  mutable base::Lock lock_;
+  mutable base::ConditionVariable added_;
+  std::deque<Entry> entries_ GUARDED_BY(lock_);  // numbered without a gap
+  std::size_t bytes_ GUARDED_BY(lock_) = 0;
+  std::size_t count_ GUARDED_BY(lock_) = 0;
+  std::uint64_t last_number_ GUARDED_BY(lock_) = 0;
+  std::uint64_t revision_ GUARDED_BY(lock_) = 1;
+};
+
+}  // namespace devcloud
+
+#endif  // QORN_DEVCLOUD_CONTROL_REQUEST_LOG_H_

@@ -1,0 +1,40 @@
+#include "devcloud/faults/fault_list.h"
+
+#include <utility>
+
+namespace devcloud {
+
+std::uint64_t FaultList::Add(Fault fault) {
+  base::AutoLock lock(lock_);
+  fault.number = ++last_number_;
+  if (fault.times != 0) faults_.push_back(std::move(fault));
+  return last_number_;
+}
+
+bool FaultList::Remove(std::uint64_t number) {
+  base::AutoLock lock(lock_);
+  return std::erase_if(faults_, [number](const Fault& f) { return f.number == number; }) > 0;
+}
+
+void FaultList::Clear() {
+  base::AutoLock lock(lock_);
+  faults_.clear();
+}
+
+std::optional<Fault> FaultList::Take(const std::string& path) {
+  base::AutoLock lock(lock_);
+  for (auto it = faults_.begin(); it != faults_.end(); ++it) {
+    if (it->path != "*" && it->path != path) continue;
+    const Fault met = *it;
+    if (it->times > 0 && --it->times == 0) faults_.erase(it);
+    return met;
+  }
+  return std::nullopt;
+}
+
+std::vector<Fault> FaultList::faults() const {
+  base::AutoLock lock(lock_);
+  return faults_;
+}
+
+}  // namespace devcloud

@@ -1,0 +1,45 @@
+#include "devcloud/page/page.h"
+
+#include <utility>
+
+#include "devcloud/page/page_files.h"
+
+namespace devcloud {
+
+void AddPageRoutes(Router* router) {
+  const struct {
+    const char* path;
+    const char* content_type;
+    const char* text;
+  } kFiles[] = {
+      {"/", "text/html; charset=utf-8", kIndexHtml},
+      {"/page/page.css", "text/css; charset=utf-8", kPageCss},
+      {"/page/page.js", "text/javascript; charset=utf-8", kPageJs},
+      {"/page/icon.svg", "image/svg+xml", kIconSvg},
+  };
+  for (const auto& file : kFiles) {
+    Answer answer{200, file.content_type, file.text, PageHeaderLines()};
+    router->Add("GET", file.path,
+                [answer = std::move(answer)](const RecordedRequest&) { return answer; });
+  }
+}
+
+std::string SmallPage(const std::string& title, const std::string& content) {
+  return "<!DOCTYPE html><html lang=en><meta charset=utf-8>"
+         "<meta name=viewport content=\"width=device-width,initial-scale=1\"><title>" +
+         title +
+         "</title><link rel=icon href=/page/icon.svg><link rel=stylesheet href=/page/page.css>"
+         "<main class=small><section><h1>" +
+         title + "</h1>" + content + "</section></main></html>";
+}
+
+std::vector<std::string> PageHeaderLines() {
+  // Without a referrer at all, browsers send our own forms with the origin "null".
+  return {
+      "Content-Security-Policy: default-src 'none'; script-src 'self'; style-src 'self'; "
+      "img-src 'self'; connect-src 'self'; form-action 'self'; base-uri 'none'; "
+      "frame-ancestors 'none'",
+      "X-Content-Type-Options: nosniff", "Referrer-Policy: same-origin", "Cache-Control: no-store"};
+}
+
+}  // namespace devcloud

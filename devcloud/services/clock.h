@@ -1,0 +1,31 @@
+#ifndef QORN_DEVCLOUD_SERVICES_CLOCK_H_
+#define QORN_DEVCLOUD_SERVICES_CLOCK_H_
+
+#include <atomic>
+#include <chrono>
+#include <string>
+
+namespace devcloud {
+
+using TimePoint = std::chrono::system_clock::time_point;
+
+// The cloud's own clock: the wall clock, which can be moved on. Any thread may use it.
+class Clock {
+ public:
+  TimePoint Now() const {
+    return std::chrono::system_clock::now() + std::chrono::seconds(offset_seconds_.load());
+  }
+  void Advance(std::chrono::seconds step) { offset_seconds_ += step.count(); }
+  // Of the wall clock.
+  std::chrono::seconds ahead() const { return std::chrono::seconds(offset_seconds_.load()); }
+
+ private:
+  std::atomic<std::chrono::seconds::rep> offset_seconds_ = 0;
+};
+
+// "Tue, 31 Jan 2026 08:00:00 GMT" (RFC 9110 section 5.6.7).
+std::string HttpDate(TimePoint time);
+
+}  // namespace devcloud
+
+#endif  // QORN_DEVCLOUD_SERVICES_CLOCK_H_

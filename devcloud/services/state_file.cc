@@ -1,0 +1,125 @@
+#include "devcloud/services/state_file.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
+
+namespace devcloud {
+
+using Json = nlohmann::json;
+
+// Found by nlohmann-json through the namespace.
+static void to_json(Json& json, const Credential& credential) {
+  json = {{"guid", credential.guid}, {"expires", credential.expires.time_since_epoch().count()}};
+}
+
+static void from_json(const Json& json, Credential& credential) {
+  json.at("guid").get_to(credential.guid);
+  credential.expires = TimePoint(TimePoint::duration(json.at("expires").get<TimePoint::rep>()));
+}
+
+static void to_json(Json& json, const Device& device) {
+  json = {{"physical_address", device.physical_address}, {"users", device.users}};
+}
+
+static void from_json(const Json& json, Device& device) {
+  json.at("physical_address").get_to(device.physical_address);
+  json.at("users").get_to(device.users);
+}
+
+namespace {
+
+std::string Write(const AccountRecords& accounts, const std::vector<Device>& devices) {
+  const Json json = {{"users", accounts.guids},
+                     {"codes", accounts.codes},
+                     {"access_tokens", accounts.access_tokens},
+                     {"refresh_tokens", accounts.refresh_tokens},
+                     {"devices", devices}};
+  // A user ID or address need not be UTF-8.
+  return json.dump(1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+void Read(const std::string& text, AccountRecords* accounts, std::vector<Device>* devices) {
+  const Json json = Json::parse(text);
+  json.at("users").get_to(accounts->guids);
+  json.at("codes").get_to(accounts->codes);
+  json.at("access_tokens").get_to(accounts->access_tokens);
+  json.at("refresh_tokens").get_to(accounts->refresh_tokens);
+  json.at("devices").get_to(*devices);
+}
+
+// Null for a file that is not there and could be made. Throws std::system_error for one that cannot
+// be read.
+std::optional<std::string> ReadFile(const std::string& path) {
+  const auto check = [](bool is_good) {
+    if (!is_good) throw std::system_error(errno, std::generic_category());
+  };
+  if (std::filesystem::is_directory(path)) {
+    throw std::system_error(std::make_error_code(std::errc::is_a_directory));
+  }
+  std::ifstream file(path, std::ios::binary);
+  if (!file) {
+    check(errno == ENOENT);
+    const std::string folder = std::filesystem::path(path).parent_path();
+    check(access(folder.empty() ? "." : folder.c_str(), W_OK) == 0);
+    return std::nullopt;
+  }
+  return std::string{std::istreambuf_iterator<char>(file), {}};
+}
+
+void Replace(const std::string& path, const std::string& text) {
+  const std::string draft = path + ".new";
+  const mode_t previous = umask(S_IRWXG | S_IRWXO);
+  std::ofstream file(draft, std::ios::binary | std::ios::trunc);
+  umask(previous);
+  file << text << std::flush;
+  if (!file || std::rename(draft.c_str(), path.c_str()) != 0) {
+    throw std::runtime_error(path + ": the state cannot be written");
+  }
+}
+
+}  // namespace
+
+StateFile::StateFile(std::string path, Accounts& accounts, Devices& devices)
+    : path_(std::move(path)), accounts_(accounts), devices_(devices) {}
+
+bool StateFile::Load(std::string* error) {
+  if (path_.empty()) return true;
+  AccountRecords accounts;
+  std::vector<Device> devices;
+  try {
+    const std::optional<std::string> text = ReadFile(path_);
+    if (!text) return true;
+    Read(*text, &accounts, &devices);
+  } catch (const Json::exception&) {
+    *error = path_ + ": not a state file of this program; it is left as it is";
+    return false;
+  } catch (const std::system_error& failure) {
+    *error = path_ + ": " + failure.code().message();
+    return false;
+  }
+  accounts_.Restore(std::move(accounts));
+  devices_.Restore(std::move(devices));
+  return true;
+}
+
+void StateFile::Save() {
+  if (path_.empty()) return;
+  base::AutoLock lock(lock_);
+  std::string text = Write(accounts_.records(), devices_.devices());
+  if (text == saved_) return;
+  Replace(path_, text);
+  saved_ = std::move(text);
+}
+
+}  // namespace devcloud
