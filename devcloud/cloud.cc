@@ -13,6 +13,7 @@
 #include "devcloud/faults/faulty_reply.h"
 #include "devcloud/http/certificate.h"
 #include "devcloud/http/http_server.h"
+#include "devcloud/http/origin.h"
 #include "devcloud/http/router.h"
 #include "devcloud/services/account_server.h"
 #include "devcloud/services/accounts.h"
@@ -29,6 +30,11 @@ namespace {
 constexpr std::size_t kHttp = 0;
 constexpr std::size_t kHttps = 1;
 constexpr std::size_t kApi = 2;
+
+// RFC 9110 section 15.5.20.
+Answer Misdirected() {
+  return {421, "text/plain", "Only \"localhost\" and this machine's addresses are served.\n", {}};
+}
 
 }  // namespace
 
@@ -84,6 +90,9 @@ class Cloud::Impl : public RequestHandler {
   }
 
   Reply Respond(const RecordedRequest& request, bool keep_alive) override {
+    if (IsForPeople(request) && !NamesThisMachine(request, address)) {
+      return {Serialize(Misdirected(), keep_alive), Reply::Delivery::kWhole};
+    }
     const auto normal = [this, &request] { return HandleAndSave(request); };
     if (IsControlRequest(request)) {
       if (request.method == "GET" && PathOf(request) == "/api/events") return live_stream_.Open();
@@ -119,6 +128,12 @@ class Cloud::Impl : public RequestHandler {
     const bool is_v6 = address.find(':') != std::string::npos;
     return scheme + std::string("://") + (is_v6 ? "[" + address + "]" : address) + ":" +
            std::to_string(server_->port(port_index));
+  }
+
+  // The page and the API, on any port, and all else on their port. Gateways may call the other
+  // ports by any name, as they would a real portal behind a proxy.
+  bool IsForPeople(const RecordedRequest& request) const {
+    return IsControlRequest(request) || request.port == server_->port(kApi);
   }
 
   bool EndFault(std::uint64_t number) {

@@ -1,7 +1,8 @@
 // devcloud/ is the development cloud that gateways and tests talk to: an account server and a user
-// portal that keep every request and fail on demand. The rooms, lowest first: http/ (connections and
-// messages), page/ (the web page), faults/ (bad answers), services/ (what gateways call) and control/
-// (what tests and the page call). Each includes only rooms named before it. This file joins them.
+// portal that keep every request and fail on demand. The rooms, lowest first: http/ (connections
+// and messages), page/ (the web page), faults/ (bad answers), services/ (what gateways call) and
+// control/ (what tests and the page call). Each includes only rooms named before it. This file
+// joins them.
 #ifndef QORN_DEVCLOUD_CLOUD_H_
 #define QORN_DEVCLOUD_CLOUD_H_
 

@@ -6,6 +6,7 @@
 
 #include "devcloud/control/state_json.h"
 #include "devcloud/faults/fault_json.h"
+#include "devcloud/http/json_text.h"
 #include "devcloud/http/origin.h"
 #include "devcloud/page/page.h"
 
@@ -15,10 +16,7 @@ namespace {
 using Json = nlohmann::json;
 
 Answer JsonAnswer(int status, const Json& body) {
-  return {status,
-          "application/json",
-          body.dump(2, ' ', false, Json::error_handler_t::replace) + "\n",
-          {}};
+  return {status, "application/json", WriteJson(body, 2) + "\n", {}};
 }
 
 Answer Done() { return JsonAnswer(200, {{"result", "success"}}); }
@@ -45,7 +43,7 @@ std::uint64_t Number(const std::string& text) {
 }
 
 Answer IssueCode(const ControlContext& context, const RecordedRequest& request) {
-  const Json document = Json::parse(request.body, nullptr, false);
+  const Json document = ParseJson(request.body);
   const Json user = document.is_object() ? document.value("user", Json()) : Json();
   const std::string code = user.is_string() ? context.accounts.IssueCode(user) : "";
   if (code.empty()) return Refuse(400, "{\"user\": ID} is needed");
@@ -68,7 +66,7 @@ Answer ShowExchange(const ControlContext& context, const RecordedRequest& reques
 }
 
 Answer AddFault(const ControlContext& context, const RecordedRequest& request) {
-  const Json document = Json::parse(request.body, nullptr, false);
+  const Json document = ParseJson(request.body);
   if (document == Json{{"kind", "refuse"}}) {
     context.refuse_connections(true);
     return Done();
@@ -93,7 +91,7 @@ Answer EndFaults(const ControlContext& context, const RecordedRequest& request) 
 
 Answer MoveClock(const ControlContext& context, const RecordedRequest& request) {
   constexpr int kMaxSeconds = 1'000'000'000;
-  const Json document = Json::parse(request.body, nullptr, false);
+  const Json document = ParseJson(request.body);
   const Json step = document.is_object() ? document.value("advance_seconds", Json()) : Json();
   if (!step.is_number_integer() || step < 0 || step > kMaxSeconds) {
     return Refuse(400, "{\"advance_seconds\": N} is needed");
@@ -127,7 +125,7 @@ void AddControlRoutes(const ControlContext& context, Router* router) {
   AddPageRoutes(router);
   const auto add = [&context, router](const char* method, const char* path, auto handler) {
     router->Add(method, path, [&context, handler](const RecordedRequest& request) {
-      if (request.method != "GET" && IsOfForeignPage(request)) {
+      if (request.method != "GET" && IsFromForeignPage(request)) {
         return Refuse(403, "another web page may not change anything here");
       }
       return handler(context, request);

@@ -1,5 +1,5 @@
-// control/ is how tests and the page steer and watch the cloud: the API under /api/, the live stream
-// and the log of requests.
+// control/ is how tests and the page steer and watch the cloud: the API under /api/, the live
+// stream and the log of requests.
 #ifndef QORN_DEVCLOUD_CONTROL_CONTROL_H_
 #define QORN_DEVCLOUD_CONTROL_CONTROL_H_
 

@@ -7,17 +7,13 @@
 #include <vector>
 
 #include "devcloud/faults/fault_json.h"
+#include "devcloud/http/json_text.h"
 #include "devcloud/services/secrets.h"
 
 namespace devcloud {
 namespace {
 
 using Json = nlohmann::json;
-
-// What clients sent need not be UTF-8.
-std::string Write(const Json& json, int indent) {
-  return json.dump(indent, ' ', false, Json::error_handler_t::replace);
-}
 
 std::int64_t Milliseconds(TimePoint time) {
   return std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch()).count();
@@ -93,19 +89,19 @@ Json Summary(const RequestSummary& request) {
 
 std::string StateJson(const ControlContext& context, int indent) {
   const Urls& urls = context.urls;
-  return Write({{"users", Users(context.accounts.records(), context.clock.Now())},
-                {"devices", DeviceList(context.devices.devices())},
-                {"faults", Faults(context.faults.faults())},
-                {"is_refusing", context.is_refusing.load()},
-                {"clock_ahead_seconds", context.clock.ahead().count()},
-                {"urls", {{"http", urls.http}, {"https", urls.https}, {"api", urls.api}}}},
-               indent);
+  return WriteJson({{"users", Users(context.accounts.records(), context.clock.Now())},
+                    {"devices", DeviceList(context.devices.devices())},
+                    {"faults", Faults(context.faults.faults())},
+                    {"is_refusing", context.is_refusing.load()},
+                    {"clock_ahead_seconds", context.clock.ahead().count()},
+                    {"urls", {{"http", urls.http}, {"https", urls.https}, {"api", urls.api}}}},
+                   indent);
 }
 
 std::string RequestChangesJson(const RequestChanges& changes) {
   Json requests = Json::array();
   for (const RequestSummary& request : changes.summaries) requests.push_back(Summary(request));
-  return Write({{"oldest", changes.oldest}, {"requests", requests}}, -1);
+  return WriteJson({{"oldest", changes.oldest}, {"requests", requests}}, -1);
 }
 
 std::string RequestsJson(const std::vector<RecordedRequest>& requests) {
@@ -119,7 +115,7 @@ std::string RequestsJson(const std::vector<RecordedRequest>& requests) {
     if (request.answer) json["answer_base64"] = Base64(*request.answer);
     list.push_back(std::move(json));
   }
-  return Write(list, 2);
+  return WriteJson(list, 2);
 }
 
 }  // namespace devcloud

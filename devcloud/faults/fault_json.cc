@@ -3,6 +3,8 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "devcloud/http/json_text.h"
+
 namespace devcloud {
 namespace {
 
@@ -68,7 +70,7 @@ bool ReadMember(const std::string& name, const Json& value, Fault* fault) {
 }  // namespace
 
 bool ParseFault(const std::string& json, Fault* fault, std::string* error) {
-  const Json document = Json::parse(json, nullptr, false);
+  const Json document = ParseJson(json);
   if (!document.is_object() || !document.contains("kind")) {
     *error = "a JSON object with a member \"kind\" is needed";
     return false;

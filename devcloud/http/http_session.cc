@@ -32,12 +32,13 @@ class HttpSession::Parser : public http::request_parser<http::string_body> {
   }
 };
 
-HttpSession::HttpSession(std::unique_ptr<Transport> transport, bool tls, RequestHandler& handler,
-                         std::function<void(const HttpSession*)> on_end)
+HttpSession::HttpSession(std::unique_ptr<Transport> transport, std::uint16_t port, bool tls,
+                         RequestHandler& handler, std::function<void(const HttpSession*)> on_end)
     : transport_(std::move(transport)),
       handler_(handler),
       on_end_(std::move(on_end)),
       parser_(std::make_unique<Parser>()) {
+  request_.port = port;
   request_.tls = tls;
 }
 
@@ -154,6 +155,7 @@ void HttpSession::OnDelivered() {
   if (reply_.delivery == Reply::Delivery::kClose || !keep_alive_) return Finish();
   parser_ = std::make_unique<Parser>();
   RecordedRequest next;
+  next.port = request_.port;
   next.tls = request_.tls;
   request_ = std::move(next);
   is_continued_ = false;

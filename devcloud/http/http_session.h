@@ -19,8 +19,8 @@ namespace devcloud {
 class HttpSession : public std::enable_shared_from_this<HttpSession> {
  public:
   // `on_end` is called once, when the session is over. The handler is borrowed.
-  HttpSession(std::unique_ptr<Transport> transport, bool tls, RequestHandler& handler,
-              std::function<void(const HttpSession*)> on_end);
+  HttpSession(std::unique_ptr<Transport> transport, std::uint16_t port, bool tls,
+              RequestHandler& handler, std::function<void(const HttpSession*)> on_end);
   ~HttpSession();
 
   void Start();

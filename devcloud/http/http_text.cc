@@ -21,6 +21,7 @@ constexpr std::pair<int, std::string_view> kReasons[] = {
     {404, "Not Found"},
     {405, "Method Not Allowed"},
     {413, "Content Too Large"},
+    {421, "Misdirected Request"},
     {431, "Request Header Fields Too Large"},
     {500, "Internal Server Error"},
     {503, "Service Unavailable"},

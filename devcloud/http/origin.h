@@ -1,15 +1,24 @@
 #ifndef QORN_DEVCLOUD_HTTP_ORIGIN_H_
 #define QORN_DEVCLOUD_HTTP_ORIGIN_H_
 
+#include <string>
+
 #include "devcloud/http/recorded_request.h"
 
 namespace devcloud {
 
-// Whether a web page that is not ours makes the request: it then has an Origin line that names
-// something else than the host that it was sent to. A page of a host name with a dot is not ours
-// either, since anybody's name can point at this machine; the page is opened by an IP address,
-// "localhost" or another name without a dot. Programs send no Origin line.
-bool IsOfForeignPage(const RecordedRequest& request);
+// Whether the Host line names this machine and the port that the request came to. The machine's
+// names are "localhost", every loopback address and `address`, an IP address.
+//
+// Anybody can let a name of their own resolve to 127.0.0.1 (DNS rebinding). A page loaded by that
+// name counts as the cloud's own to a browser, which then lets it read every answer; only the Host
+// line shows the difference.
+bool NamesThisMachine(const RecordedRequest& request, const std::string& address);
+
+// Whether a page of another site sent the request: its Origin line names something other than the
+// host that the request was sent to. A page loaded by a host name with a dot counts as foreign too,
+// as any such name may be somebody else's. Programs send no Origin line.
+bool IsFromForeignPage(const RecordedRequest& request);
 
 }  // namespace devcloud
 

@@ -17,6 +17,7 @@ struct RecordedRequest {
   std::string target;
   std::string body;  // without the framing of a chunked body
   bool tls = false;
+  std::uint16_t port = 0;                 // the cloud's port that it came to
   std::vector<std::string> header_lines;  // in the order of the wire, without their line ends
 
   std::uint64_t number = 0;  // from 1 on, never used twice; 0 for a request that is not kept

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "devcloud/http/json_text.h"
 #include "devcloud/http/origin.h"
 #include "devcloud/page/page.h"
 
@@ -24,10 +25,8 @@ Answer HtmlAnswer(const char* title, const std::string& content) {
 
 // RFC 6749 section 5.1: answers with tokens are not to be kept by caches.
 Answer Uncached(int status, const nlohmann::json& body) {
-  return {status,
-          "application/json",
-          body.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace),
-          {"Cache-Control: no-store", "Pragma: no-cache"}};
+  return {
+      status, "application/json", WriteJson(body), {"Cache-Control: no-store", "Pragma: no-cache"}};
 }
 
 Answer Refuse(const char* error, const char* description) {
@@ -54,7 +53,7 @@ Answer Grant(const std::optional<TokenGrant>& grant) {
 Answer ShowSignIn(const RecordedRequest&) { return HtmlAnswer("Sign in", kSignInForm); }
 
 Answer Authorize(Accounts& accounts, const RecordedRequest& request) {
-  if (IsOfForeignPage(request)) return Refuse("invalid_request", "sent by another web page");
+  if (IsFromForeignPage(request)) return Refuse("invalid_request", "sent by another web page");
   const std::optional<Form> form = ParseForm(request.body);
   const std::string user = form ? UrlDecode(ValueOf(*form, "user")) : "";
   const std::string code = accounts.IssueCode(user);

@@ -14,6 +14,8 @@
 #include <system_error>
 #include <utility>
 
+#include "devcloud/http/json_text.h"
+
 namespace devcloud {
 
 using Json = nlohmann::json;
@@ -45,12 +47,11 @@ std::string Write(const AccountRecords& accounts, const std::vector<Device>& dev
                      {"access_tokens", accounts.access_tokens},
                      {"refresh_tokens", accounts.refresh_tokens},
                      {"devices", devices}};
-  // A user ID or address need not be UTF-8.
-  return json.dump(1, ' ', false, Json::error_handler_t::replace) + "\n";
+  return WriteJson(json, 1) + "\n";
 }
 
 void Read(const std::string& text, AccountRecords* accounts, std::vector<Device>* devices) {
-  const Json json = Json::parse(text);
+  const Json json = ParseJson(text);
   json.at("users").get_to(accounts->guids);
   json.at("codes").get_to(accounts->codes);
   json.at("access_tokens").get_to(accounts->access_tokens);

@@ -78,7 +78,7 @@ class Connections(CloudTest):
         waiting[2].write(REQUEST)
         self.wait_for_request()
         page = self.connect(self.api)
-        page.write("GET /api/events HTTP/1.1\r\n\r\n")
+        page.write(f"GET /api/events HTTP/1.1\r\nHost: {self.api[7:]}\r\n\r\n")
         page.read_until("event: requests")
         self.cloud.send_signal(signal.SIGTERM)
         self.assertEqual(self.cloud.wait(programs.PATIENCE), 0)
@@ -161,7 +161,7 @@ class Page(CloudTest):
         empty = '"requests":[]}\n\n'
         pages = [self.connect(self.api) for _ in range(3)]
         for page in pages:
-            page.write("GET /api/events HTTP/1.1\r\n\r\n")
+            page.write(f"GET /api/events HTTP/1.1\r\nHost: {self.api[7:]}\r\n\r\n")
         page, _, closed_page = pages
         closed_page.read_until(empty)
         closed_page.socket.close()

@@ -10,7 +10,9 @@ class Player:
     def __init__(self, cloud):
         self.cloud = cloud
         url = cloud.urls["http"]
-        self.values = {"cloud": url, "host": url.removeprefix("http://"), "deep": "<a>" * 200_000}
+        self.values = {"cloud": url, "host": url.removeprefix("http://"), "port": url.rpartition(":")[2],
+                       "api": cloud.urls["api"], "deep": "<a>" * 200_000,
+                       "nested": "[" * 100_000 + "]" * 100_000}
         self.header_lines = []
 
     def fill(self, text):
@@ -33,7 +35,7 @@ class Player:
         elif what == "header":
             self.header_lines.append(self.fill(rest))
         elif what.isupper():
-            self.seen = send(what, self.cloud.urls["http"] + self.fill(name), self.fill(text), self.header_lines)
+            self.seen = send(what, self.fill("$cloud" * (name[0] == "/") + name), self.fill(text), self.header_lines)
             self.header_lines = []
         elif what.isdigit():
             assert str(self.seen.status) == what, self.seen
