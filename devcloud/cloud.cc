@@ -26,14 +26,14 @@
 namespace devcloud {
 namespace {
 
-// Places in the server's list of ports.
+// Indices into the list of ports given to HttpServer.
 constexpr std::size_t kHttp = 0;
 constexpr std::size_t kHttps = 1;
 constexpr std::size_t kApi = 2;
 
 // RFC 9110 section 15.5.20.
 Answer Misdirected() {
-  return {421, "text/plain", "Only \"localhost\" and this machine's addresses are served.\n", {}};
+  return PlainText(421, "The page and the API answer only to localhost and to this address.");
 }
 
 }  // namespace
@@ -56,18 +56,18 @@ class Cloud::Impl : public RequestHandler {
     if (!state_file.Load(error) || !MakeSelfSigned(named, &certificate, error)) return false;
     for (const std::string& gateway : options.gateways) devices.Add(gateway);
     server_ = HttpServer::Listen(address,
-                                 {{options.http_port, false, true},
-                                  {options.https_port, true, true},
-                                  {options.api_port, false, false}},
+                                 {{.number = options.http_port, .tls = false, .may_refuse = true},
+                                  {.number = options.https_port, .tls = true, .may_refuse = true},
+                                  {.number = options.api_port, .tls = false, .may_refuse = false}},
                                  certificate, *this, error);
     if (server_ == nullptr) return false;
-    urls = {Url("http", kHttp), Url("https", kHttps), Url("http", kApi)};
+    urls = {.http = Url("http", kHttp), .https = Url("https", kHttps), .api = Url("http", kApi)};
     server_->Run();
     return true;
   }
 
-  // Tells the open pages. After everything that changes what they show.
-  void Changed() {
+  // Call after every change to what the pages show.
+  void NotifyPages() {
     live_stream_.MarkStale();
     server_->WakeStreams();
   }
@@ -75,17 +75,18 @@ class Cloud::Impl : public RequestHandler {
   void ClearFaults() {
     faults.Clear();
     server_->ResumeStalled(0);
-    Changed();
+    NotifyPages();
   }
 
   void RefuseConnections(bool refuse) {
     server_->RefuseConnections(refuse);
     is_refusing_ = refuse;
-    Changed();
+    NotifyPages();
   }
 
   void Record(RecordedRequest* request) override {
     request->time = clock.Now();
+    // An open page asks all the time; its requests would bury those of the gateways.
     if (!IsControlRequest(*request)) log.Add(request);
   }
 
@@ -98,6 +99,7 @@ class Cloud::Impl : public RequestHandler {
       if (request.method == "GET" && PathOf(request) == "/api/events") return live_stream_.Open();
       return {Serialize(normal(), keep_alive), Reply::Delivery::kWhole};
     }
+    // Faults apply from here on only: the API must always be able to switch them off.
     const std::optional<Fault> fault = faults.Take(PathOf(request));
     if (!fault) return {Serialize(normal(), keep_alive), Reply::Delivery::kWhole};
     Reply reply = MakeFaultyReply(*fault, request, keep_alive, normal);
@@ -107,10 +109,10 @@ class Cloud::Impl : public RequestHandler {
   }
 
   void RecordReply(const RecordedRequest& request, const Reply& reply) override {
-    std::optional<std::string> answer;
+    std::optional<std::string> answer;  // none yet while the request stalls
     if (reply.delivery != Reply::Delivery::kStall) answer = reply.bytes;
     if (request.number != 0) log.SetReply(request.number, reply.fault, std::move(answer));
-    if (request.number != 0 || request.method != "GET") Changed();
+    if (request.number != 0 || request.method != "GET") NotifyPages();
   }
 
   const std::string address;
@@ -130,8 +132,8 @@ class Cloud::Impl : public RequestHandler {
            std::to_string(server_->port(port_index));
   }
 
-  // The page and the API, on any port, and all else on their port. Gateways may call the other
-  // ports by any name, as they would a real portal behind a proxy.
+  // The page and the API on any port, and everything on the API port. Gateways may use any host
+  // name on their ports, as they would for a real portal behind a proxy.
   bool IsForPeople(const RecordedRequest& request) const {
     return IsControlRequest(request) || request.port == server_->port(kApi);
   }
@@ -162,10 +164,11 @@ class Cloud::Impl : public RequestHandler {
 
   Answer HandleAndSave(const RecordedRequest& request) {
     Answer answer = router_.Handle(request);
+    // Saved before the answer is sent, so that no client holds a token that a restart would lose.
     try {
       state_file.Save();
     } catch (const std::exception& failure) {
-      return {500, "text/plain", std::string(failure.what()) + "\n", {}};
+      return PlainText(500, failure.what());
     }
     answer.header_lines.push_back("Date: " + HttpDate(clock.Now()));
     return answer;
@@ -173,18 +176,19 @@ class Cloud::Impl : public RequestHandler {
 
   Router router_;
   std::atomic<bool> is_refusing_ = false;
-  const ControlContext control_{urls,
-                                accounts,
-                                devices,
-                                log,
-                                faults,
-                                clock,
-                                is_refusing_,
-                                [this](std::uint64_t number) { return EndFault(number); },
-                                [this] { ClearFaults(); },
-                                [this](bool refuse) { RefuseConnections(refuse); }};
+  const ControlContext control_{
+      .urls = urls,
+      .accounts = accounts,
+      .devices = devices,
+      .log = log,
+      .faults = faults,
+      .clock = clock,
+      .is_refusing = is_refusing_,
+      .end_fault = [this](std::uint64_t number) { return EndFault(number); },
+      .clear_faults = [this] { ClearFaults(); },
+      .refuse_connections = [this](bool refuse) { RefuseConnections(refuse); }};
   LiveStream live_stream_{control_};
-  std::unique_ptr<HttpServer> server_;  // the last member, as its thread uses all the others
+  std::unique_ptr<HttpServer> server_;  // last, as its thread uses all the others
 };
 
 std::unique_ptr<Cloud> Cloud::Start(const Options& options, std::string* error) {
@@ -205,7 +209,7 @@ std::string Cloud::api_url() const { return impl_->urls.api; }
 
 std::string Cloud::IssueCode(const std::string& user_id) {
   std::string code = impl_->accounts.IssueCode(user_id);
-  impl_->Changed();
+  impl_->NotifyPages();
   impl_->state_file.Save();
   return code;
 }
@@ -224,7 +228,7 @@ std::string Cloud::PeerId(const std::string& physical_address) const {
 
 void Cloud::AddGateway(const std::string& physical_address) {
   impl_->devices.Add(physical_address);
-  impl_->Changed();
+  impl_->NotifyPages();
   impl_->state_file.Save();
 }
 
@@ -234,12 +238,12 @@ bool Cloud::IsRegistered(const std::string& guid, const std::string& physical_ad
 
 void Cloud::AdvanceClock(std::chrono::seconds step) {
   impl_->clock.Advance(step);
-  impl_->Changed();
+  impl_->NotifyPages();
 }
 
 void Cloud::AddFault(Fault fault) {
   impl_->faults.Add(std::move(fault));
-  impl_->Changed();
+  impl_->NotifyPages();
 }
 
 void Cloud::ClearFaults() { impl_->ClearFaults(); }
@@ -250,7 +254,7 @@ std::vector<RecordedRequest> Cloud::requests() const { return impl_->log.request
 
 void Cloud::ClearRequests() {
   impl_->log.Clear();
-  impl_->Changed();
+  impl_->NotifyPages();
 }
 
 bool Cloud::WaitForRequests(std::size_t count) const { return impl_->log.WaitFor(count); }

@@ -10,8 +10,9 @@
 
 namespace {
 
-// Blocks the signals that end the program, in this thread and those that it starts.
-sigset_t HoldEndSignals() {
+// Blocks SIGINT and SIGTERM in this thread and in every thread started later, so that only sigwait
+// receives them. Call before the cloud starts its thread.
+sigset_t BlockStopSignals() {
   sigset_t signals;
   sigemptyset(&signals);
   sigaddset(&signals, SIGINT);
@@ -26,30 +27,30 @@ void AddOptions(CLI::App* app, devcloud::Options* options, bool* urls_only) {
   app->add_option("--https-port", options->https_port, "HTTPS port; 0: a free one")
       ->option_text("PORT [0]");
   app->add_option("--api-port", options->api_port,
-                  "port of the page and the API alone, open also while the cloud refuses "
+                  "port of the page and the API only, open even while the cloud refuses "
                   "connections; 0: a free one")
       ->option_text("PORT [0]");
   app->add_option("--address", options->address, "IP address to listen on")
       ->option_text("IP [127.0.0.1]");
   app->add_option("--gateway", options->gateways,
-                  "physical address of a gateway that the cloud knows from the start (repeatable)")
+                  "physical address of a gateway known from the start (repeatable)")
       ->option_text("ADDRESS")
       ->expected(1)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   app->add_option("--state", options->state_file,
-                  "file that keeps accounts, tokens and registrations; made when it is not there")
+                  "file for accounts, tokens and registrations; created if it is missing")
       ->option_text("FILE");
   app->add_flag("--print-urls", *urls_only,
                 "print three lines and nothing else: \"http URL\", \"https URL\", \"api URL\"");
   app->set_version_flag("--version", "qorn-devcloud " QORN_VERSION);
   app->footer(
-      "The page for people is at / of each URL. Runs until SIGINT or SIGTERM.\n"
-      "Exit status: 0 after a signal, 1 when it cannot start, 2 for bad options.\n\n"
-      "Example, for tests of your own: qorn-devcloud --port 0 --print-urls");
+      "The web page is at / of each URL. Runs until SIGINT or SIGTERM.\n"
+      "Exit status: 0 after a signal, 1 if it cannot start, 2 for bad options.\n\n"
+      "Example, for use in tests: qorn-devcloud --port 0 --print-urls");
 }
 
 int Run(const devcloud::Options& options, bool urls_only) {
-  const sigset_t signals = HoldEndSignals();
+  const sigset_t signals = BlockStopSignals();
   std::string error;
   const std::unique_ptr<devcloud::Cloud> cloud = devcloud::Cloud::Start(options, &error);
   if (cloud == nullptr) {

@@ -16,16 +16,16 @@ namespace {
 using Json = nlohmann::json;
 
 Answer JsonAnswer(int status, const Json& body) {
-  return {status, "application/json", WriteJson(body, 2) + "\n", {}};
+  return {.status = status, .content_type = "application/json", .body = WriteJson(body, 2) + "\n"};
 }
 
-Answer Done() { return JsonAnswer(200, {{"result", "success"}}); }
+Answer Success() { return JsonAnswer(200, {{"result", "success"}}); }
 
-Answer Refuse(int status, const std::string& error) {
+Answer JsonError(int status, const std::string& error) {
   return JsonAnswer(status, {{"error", error}});
 }
 
-// The value of a query's field; "" when it is not there.
+// The value of a field of the query, or "".
 std::string QueryValue(const RecordedRequest& request, const std::string& name) {
   const std::size_t begin = request.target.find('?');
   if (begin == std::string::npos) return "";
@@ -34,8 +34,8 @@ std::string QueryValue(const RecordedRequest& request, const std::string& name) 
   return fields->at(name);
 }
 
-// 0 when it is none.
-std::uint64_t Number(const std::string& text) {
+// 0, which numbers no request and no fault, if the text is not a number.
+std::uint64_t ParseNumber(const std::string& text) {
   std::uint64_t number = 0;
   const char* end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, number);
@@ -46,71 +46,73 @@ Answer IssueCode(const ControlContext& context, const RecordedRequest& request) 
   const Json document = ParseJson(request.body);
   const Json user = document.is_object() ? document.value("user", Json()) : Json();
   const std::string code = user.is_string() ? context.accounts.IssueCode(user) : "";
-  if (code.empty()) return Refuse(400, "{\"user\": ID} is needed");
+  if (code.empty()) return JsonError(400, "{\"user\": ID} is needed");
   return JsonAnswer(200, {{"code", code}});
 }
 
 Answer ShowExchange(const ControlContext& context, const RecordedRequest& request) {
   const std::string part = QueryValue(request, "part");
   if (part != "request" && part != "answer") {
-    return Refuse(400, "part=request or part=answer is needed");
+    return JsonError(400, "part=request or part=answer is needed");
   }
-  const auto found = context.log.Find(Number(QueryValue(request, "number")));
-  if (!found) return Refuse(404, "no such request is kept");
+  const auto found = context.log.Find(ParseNumber(QueryValue(request, "number")));
+  if (!found) return JsonError(404, "there is no such request");
   const bool is_request = part == "request";
-  if (!is_request && !found->answer) return Refuse(404, "there is no answer yet");
-  return {200,
-          "application/octet-stream",
-          is_request ? found->raw : *found->answer,
-          {"X-Content-Type-Options: nosniff", "Cache-Control: no-store"}};
+  if (!is_request && !found->answer) return JsonError(404, "there is no answer yet");
+  // No browser may take a recorded page for one of the cloud's own and run it.
+  return {.content_type = "application/octet-stream",
+          .body = is_request ? found->raw : *found->answer,
+          .header_lines = {"X-Content-Type-Options: nosniff", "Cache-Control: no-store"}};
 }
 
 Answer AddFault(const ControlContext& context, const RecordedRequest& request) {
+  // Refusing connections is no fault of a request: it works on the ports, whatever the list holds.
   const Json document = ParseJson(request.body);
   if (document == Json{{"kind", "refuse"}}) {
     context.refuse_connections(true);
-    return Done();
+    return Success();
   }
   Fault fault;
   std::string error;
-  if (!ParseFault(request.body, &fault, &error)) return Refuse(400, error);
+  if (!ParseFault(request.body, &fault, &error)) return JsonError(400, error);
   return JsonAnswer(200, {{"result", "success"}, {"number", context.faults.Add(fault)}});
 }
 
-Answer EndFaults(const ControlContext& context, const RecordedRequest& request) {
+Answer DeleteFaults(const ControlContext& context, const RecordedRequest& request) {
   const std::string number = QueryValue(request, "number");
   const std::string kind = QueryValue(request, "kind");
   if (!number.empty()) {
-    return context.end_fault(Number(number)) ? Done() : Refuse(404, "no such fault is left");
+    return context.end_fault(ParseNumber(number)) ? Success()
+                                                  : JsonError(404, "there is no such fault");
   }
-  if (!kind.empty() && kind != "refuse") return Refuse(400, "only kind=refuse can be ended so");
+  if (!kind.empty() && kind != "refuse") return JsonError(400, "kind can only be refuse");
   if (kind.empty()) context.clear_faults();
   context.refuse_connections(false);
-  return Done();
+  return Success();
 }
 
-Answer MoveClock(const ControlContext& context, const RecordedRequest& request) {
+Answer AdvanceClock(const ControlContext& context, const RecordedRequest& request) {
   constexpr int kMaxSeconds = 1'000'000'000;
   const Json document = ParseJson(request.body);
   const Json step = document.is_object() ? document.value("advance_seconds", Json()) : Json();
   if (!step.is_number_integer() || step < 0 || step > kMaxSeconds) {
-    return Refuse(400, "{\"advance_seconds\": N} is needed");
+    return JsonError(400, "{\"advance_seconds\": N} is needed");
   }
   context.clock.Advance(std::chrono::seconds(step.get<int>()));
-  return Done();
+  return Success();
 }
 
-Answer ForgetRequests(const ControlContext& context, const RecordedRequest&) {
+Answer DeleteRequests(const ControlContext& context, const RecordedRequest&) {
   context.log.Clear();
-  return Done();
+  return Success();
 }
 
 Answer ShowState(const ControlContext& context, const RecordedRequest&) {
-  return {200, "application/json", StateJson(context, 2) + "\n", {}};
+  return {.content_type = "application/json", .body = StateJson(context, 2) + "\n"};
 }
 
 Answer ShowRequests(const ControlContext& context, const RecordedRequest&) {
-  return {200, "application/json", RequestsJson(context.log.requests()) + "\n", {}};
+  return {.content_type = "application/json", .body = RequestsJson(context.log.requests()) + "\n"};
 }
 
 }  // namespace
@@ -125,8 +127,10 @@ void AddControlRoutes(const ControlContext& context, Router* router) {
   AddPageRoutes(router);
   const auto add = [&context, router](const char* method, const char* path, auto handler) {
     router->Add(method, path, [&context, handler](const RecordedRequest& request) {
+      // Browsers send such requests across sites without asking (CSRF); only the answer is kept
+      // back.
       if (request.method != "GET" && IsFromForeignPage(request)) {
-        return Refuse(403, "another web page may not change anything here");
+        return JsonError(403, "a page of another site may not change anything here");
       }
       return handler(context, request);
     });
@@ -134,11 +138,11 @@ void AddControlRoutes(const ControlContext& context, Router* router) {
   add("GET", "/api/state", ShowState);
   add("POST", "/api/codes", IssueCode);
   add("GET", "/api/requests", ShowRequests);
-  add("DELETE", "/api/requests", ForgetRequests);
+  add("DELETE", "/api/requests", DeleteRequests);
   add("GET", "/api/exchange", ShowExchange);
   add("POST", "/api/faults", AddFault);
-  add("DELETE", "/api/faults", EndFaults);
-  add("POST", "/api/clock", MoveClock);
+  add("DELETE", "/api/faults", DeleteFaults);
+  add("POST", "/api/clock", AdvanceClock);
 }
 
 }  // namespace devcloud

@@ -9,24 +9,24 @@
 
 namespace devcloud {
 
-// Whether the request belongs to the page or the API: it is then neither recorded nor met by
-// faults.
+// Whether the request is for the page or the API, which are not recorded and have no faults.
 bool IsControlRequest(const RecordedRequest& request);
 
-// Adds the page and the API to the router. The context is borrowed. What changes something is
-// refused with status 403 when a web page of another origin asks.
-//   GET /                  the page; its parts are under /page/
+// Adds the page and the API to the router. The context is borrowed. A request that changes
+// something gets status 403 if a page of another site sent it.
+//   GET /                  the page; its files are under /page/
 //   GET /api/state         users, devices, faults and URLs; codes and tokens are shortened
 //   POST /api/codes        {"user": ID} signs in: {"code": "..."}
-//   GET /api/requests      what was recorded, with the raw bytes as "raw_base64" and
-//                          "answer_base64", which is null while there is no answer
-//   DELETE /api/requests   forgets what was recorded
-//   GET /api/exchange?number=N&part=request   the bytes of one request; part=answer: of its answer
-//   POST /api/faults       one fault (see fault_json.h), answered with its number;
-//                          {"kind":"refuse"} closes the cloud's ports
-//   DELETE /api/faults     ends every fault, and opens the ports again; ?number=N ends one, and
-//                          ?kind=refuse opens the ports alone
-//   POST /api/clock        {"advance_seconds": N} moves the clock of codes and tokens
+//   GET /api/requests      the recorded requests, their bytes as "raw_base64" and those of the
+//   answer
+//                          as "answer_base64", which is null until there is one
+//   DELETE /api/requests   deletes the recorded requests
+//   GET /api/exchange?number=N&part=request   the bytes of a request; part=answer: of its answer
+//   POST /api/faults       adds a fault (see fault_json.h) and answers its number;
+//                          {"kind":"refuse"} closes the HTTP and HTTPS ports
+//   DELETE /api/faults     removes every fault and reopens the ports; ?number=N removes one, and
+//                          ?kind=refuse only reopens the ports
+//   POST /api/clock        {"advance_seconds": N} advances the clock of codes and tokens
 // GET /api/events is LiveStream's.
 void AddControlRoutes(const ControlContext& context, Router* router);
 

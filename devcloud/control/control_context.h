@@ -14,11 +14,12 @@
 
 namespace devcloud {
 
+// As Cloud's functions of these names return them.
 struct Urls {
   std::string http, https, api;
 };
 
-// What the page and the API show and change.
+// What the page and the API show and change. Everything is borrowed.
 struct ControlContext {
   const Urls& urls;
   Accounts& accounts;
@@ -27,8 +28,8 @@ struct ControlContext {
   FaultList& faults;
   Clock& clock;
   const std::atomic<bool>& is_refusing;
-  // Ends the fault of this number and lets the requests that it stalls go on; false when no such
-  // fault is left.
+  // Removes the fault with this number and resumes the requests that it stalls; false if there is
+  // no such fault.
   std::function<bool(std::uint64_t)> end_fault;
   std::function<void()> clear_faults;
   std::function<void(bool)> refuse_connections;

@@ -19,22 +19,23 @@ std::string Event(const char* name, const std::string& data) {
 }  // namespace
 
 Reply LiveStream::Open() {
-  Reply reply{kHead, Reply::Delivery::kStream};
-  reply.next = [this, seen = std::make_shared<Seen>()] { return Next(seen.get()); };
+  Reply reply{.bytes = kHead, .delivery = Reply::Delivery::kStream};
+  reply.next = [this, position = std::make_shared<Position>()] { return Next(position.get()); };
   return reply;
 }
 
-std::string LiveStream::Next(Seen* seen) {
+std::string LiveStream::Next(Position* position) {
   if (is_stale_.exchange(false)) {
     std::string state = StateJson(context_, -1);
+    // Most calls of MarkStale come from requests that changed nothing a page shows.
     if (state != state_) ++state_version_;
     state_ = std::move(state);
   }
   std::string events;
-  if (std::exchange(seen->state_version, state_version_) != state_version_) {
+  if (std::exchange(position->state_version, state_version_) != state_version_) {
     events += Event("state", state_);
   }
-  return events + RequestsSince(&seen->log_revision);
+  return events + RequestsSince(&position->log_revision);
 }
 
 std::string LiveStream::RequestsSince(std::uint64_t* revision) {
@@ -45,6 +46,7 @@ std::string LiveStream::RequestsSince(std::uint64_t* revision) {
     const RequestChanges changes = context_.log.ChangesSince(from);
     requests_ = Event("requests", RequestChangesJson(changes));
     requests_from_ = from;
+    // More requests may have arrived since `present` was read.
     *revision = requests_to_ = changes.revision;
   }
   return requests_;

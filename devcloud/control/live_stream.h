@@ -10,40 +10,42 @@
 
 namespace devcloud {
 
-// GET /api/events: what open pages are told, as server-sent events. A stream begins with the whole
-// state and the latest requests. Later, "state" is the whole state again (as GET /api/state gives
-// it) and "requests" has the summaries that are new or changed. What changes while a reader is slow
-// is told once, in its last form.
+// GET /api/events: the server-sent events that keep open pages current. A stream begins with the
+// whole state and the latest requests. Later, a "state" event has the whole state again (as GET
+// /api/state returns it), and a "requests" event the summaries that are new or changed. A slow
+// reader gets only the latest version of what changed meanwhile.
 //
-// Belongs to the network thread, except for MarkStale.
+// Network thread only, except for MarkStale.
 class LiveStream {
  public:
   // The context is borrowed.
   explicit LiveStream(const ControlContext& context) : context_(context) {}
 
-  // Something but the log of requests has changed. Any thread.
+  // Something other than the log of requests has changed. Any thread.
   void MarkStale() { is_stale_ = true; }
 
-  // A stream, which must not be asked after this object is gone.
+  // Opens a stream. Its `next` must not be called after this object is destroyed.
   Reply Open();
 
  private:
-  struct Seen {
+  // How far a reader has got.
+  struct Position {
     std::uint64_t state_version = 0;
     std::uint64_t log_revision = 0;
   };
 
-  std::string Next(Seen* seen);
-  // The event of what changed after this revision; sets it to the present one. "" without a change.
+  // The events after the position, which moves to the present; "" if nothing has changed.
+  std::string Next(Position* position);
+  // The same for the log of requests alone.
   std::string RequestsSince(std::uint64_t* revision);
 
   const ControlContext& context_;
   std::atomic<bool> is_stale_ = true;
-  // Made once for all streams.
+  // The latest events, built once for all streams.
   std::string state_;
   std::uint64_t state_version_ = 0;
   std::string requests_;
-  std::uint64_t requests_from_ = 0;  // what `requests_` tells lies between these two revisions
+  std::uint64_t requests_from_ = 0;  // `requests_` covers the changes between these two revisions
   std::uint64_t requests_to_ = 0;
 };
 

@@ -18,16 +18,16 @@ std::size_t SizeOf(const RecordedRequest& request) {
 }
 
 RequestSummary Summarize(const RecordedRequest& request) {
-  RequestSummary summary{request.number,
-                         request.time,
-                         request.tls,
-                         request.method,
-                         request.target.substr(0, kSummaryBytes),
-                         request.raw.size(),
-                         request.fault,
-                         request.answer.has_value(),
-                         0,
-                         ""};
+  RequestSummary summary{.number = request.number,
+                         .time = request.time,
+                         .tls = request.tls,
+                         .method = request.method,
+                         .target = request.target.substr(0, kSummaryBytes),
+                         .request_bytes = request.raw.size(),
+                         .fault = request.fault,
+                         .is_answered = request.answer.has_value(),
+                         .answer_bytes = 0,
+                         .answer_line = ""};
   if (request.answer) {
     const std::size_t line_end = request.answer->find_first_of("\r\n");
     summary.answer_bytes = request.answer->size();
@@ -51,7 +51,7 @@ void RequestLog::Add(RecordedRequest* request) {
 void RequestLog::SetReply(std::uint64_t number, const std::string& fault,
                           std::optional<std::string> answer) {
   base::AutoLock lock(lock_);
-  if (At(number) == nullptr) return;
+  if (FindEntry(number) == nullptr) return;
   Entry& entry = entries_[number - entries_.front().request.number];
   bytes_ -= SizeOf(entry.request);
   entry.request.fault = fault;
@@ -79,7 +79,7 @@ std::vector<RecordedRequest> RequestLog::requests() const {
 
 std::optional<RecordedRequest> RequestLog::Find(std::uint64_t number) const {
   base::AutoLock lock(lock_);
-  const Entry* entry = At(number);
+  const Entry* entry = FindEntry(number);
   if (entry == nullptr) return std::nullopt;
   return entry->request;
 }
@@ -91,7 +91,8 @@ std::uint64_t RequestLog::revision() const {
 
 RequestChanges RequestLog::ChangesSince(std::uint64_t revision) const {
   base::AutoLock lock(lock_);
-  RequestChanges changes{revision_, last_number_ + 1 - entries_.size(), {}};
+  RequestChanges changes{
+      .revision = revision_, .oldest = last_number_ + 1 - entries_.size(), .summaries = {}};
   for (std::size_t i = entries_.size() - std::min(entries_.size(), kSummaries); i < entries_.size();
        ++i) {
     if (entries_[i].revision > revision) {
@@ -112,7 +113,7 @@ bool RequestLog::WaitFor(std::size_t count) const {
   return true;
 }
 
-const RequestLog::Entry* RequestLog::At(std::uint64_t number) const {
+const RequestLog::Entry* RequestLog::FindEntry(std::uint64_t number) const {
   if (entries_.empty()) return nullptr;
   const std::uint64_t first = entries_.front().request.number;
   return number >= first && number <= last_number_ ? &entries_[number - first] : nullptr;

@@ -16,7 +16,7 @@
 
 namespace devcloud {
 
-// A line about one request. Target and answer line are cut after 200 bytes.
+// What a list of requests shows of one. Target and answer line are cut after 200 bytes.
 struct RequestSummary {
   std::uint64_t number;
   TimePoint time;
@@ -32,26 +32,28 @@ struct RequestSummary {
 
 struct RequestChanges {
   std::uint64_t revision;
-  std::uint64_t oldest;  // no request before this number is in the log any more
+  std::uint64_t oldest;  // the number of the oldest request in the log
   std::vector<RequestSummary> summaries;
 };
 
-// The latest requests, at most 10,000 of them and 256 MiB of raw bytes and answers. Thread-safe.
+// The latest requests, limited to 10,000 of them and to 256 MiB of requests and answers.
+// Thread-safe.
 class RequestLog {
  public:
-  // Gives the request its number.
+  // Sets the request's number.
   void Add(RecordedRequest* request);
-  // Nothing happens when the request is in the log no more.
+  // Does nothing if the request has been dropped.
   void SetReply(std::uint64_t number, const std::string& fault, std::optional<std::string> answer);
   void Clear();
   // Oldest first.
   std::vector<RecordedRequest> requests() const;
   std::optional<RecordedRequest> Find(std::uint64_t number) const;
-  // Grows with each change, from 1 on.
+  // Increases with each change, from 1.
   std::uint64_t revision() const;
-  // Those of the latest 200 requests that came or changed after the revision, oldest first.
+  // Those of the latest 200 requests that were added or changed after the revision, oldest first.
   RequestChanges ChangesSince(std::uint64_t revision) const;
-  // Counts every request since the start or the last Clear; false after 10 seconds.
+  // Waits until `count` requests have been added since the start or the last Clear, even if some
+  // were dropped; false after 10 seconds.
   bool WaitFor(std::size_t count) const;
 
  private:
@@ -60,13 +62,13 @@ class RequestLog {
     std::uint64_t revision;
   };
 
-  // Null when it is not there.
-  const Entry* At(std::uint64_t number) const EXCLUSIVE_LOCKS_REQUIRED(lock_);
+  // Null if the request is not in the log.
+  const Entry* FindEntry(std::uint64_t number) const EXCLUSIVE_LOCKS_REQUIRED(lock_);
   void DropOldest() EXCLUSIVE_LOCKS_REQUIRED(lock_);
 
   mutable base::Lock lock_;
   mutable base::ConditionVariable added_;
-  std::deque<Entry> entries_ GUARDED_BY(lock_);  // numbered without a gap
+  std::deque<Entry> entries_ GUARDED_BY(lock_);  // numbers are consecutive
   std::size_t bytes_ GUARDED_BY(lock_) = 0;
   std::size_t count_ GUARDED_BY(lock_) = 0;
   std::uint64_t last_number_ GUARDED_BY(lock_) = 0;

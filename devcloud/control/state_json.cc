@@ -31,7 +31,7 @@ void AddCredentials(const char* kind, const std::map<std::string, Credential>& c
   }
 }
 
-Json Users(const AccountRecords& accounts, TimePoint now) {
+Json UserList(const AccountRecords& accounts, TimePoint now) {
   CredentialLists lists;
   AddCredentials("code", accounts.codes, now, &lists);
   AddCredentials("access token", accounts.access_tokens, now, &lists);
@@ -58,7 +58,7 @@ Json DeviceList(const std::vector<Device>& devices) {
   return list;
 }
 
-Json Faults(const std::vector<Fault>& faults) {
+Json FaultsJson(const std::vector<Fault>& faults) {
   Json list = Json::array();
   for (const Fault& fault : faults) {
     list.push_back({{"number", fault.number},
@@ -72,7 +72,7 @@ Json Faults(const std::vector<Fault>& faults) {
   return list;
 }
 
-Json Summary(const RequestSummary& request) {
+Json SummaryJson(const RequestSummary& request) {
   Json json{{"number", request.number}, {"time_ms", Milliseconds(request.time)},
             {"tls", request.tls},       {"method", request.method},
             {"target", request.target}, {"request_bytes", request.request_bytes},
@@ -89,9 +89,9 @@ Json Summary(const RequestSummary& request) {
 
 std::string StateJson(const ControlContext& context, int indent) {
   const Urls& urls = context.urls;
-  return WriteJson({{"users", Users(context.accounts.records(), context.clock.Now())},
+  return WriteJson({{"users", UserList(context.accounts.records(), context.clock.Now())},
                     {"devices", DeviceList(context.devices.devices())},
-                    {"faults", Faults(context.faults.faults())},
+                    {"faults", FaultsJson(context.faults.faults())},
                     {"is_refusing", context.is_refusing.load()},
                     {"clock_ahead_seconds", context.clock.ahead().count()},
                     {"urls", {{"http", urls.http}, {"https", urls.https}, {"api", urls.api}}}},
@@ -100,7 +100,7 @@ std::string StateJson(const ControlContext& context, int indent) {
 
 std::string RequestChangesJson(const RequestChanges& changes) {
   Json requests = Json::array();
-  for (const RequestSummary& request : changes.summaries) requests.push_back(Summary(request));
+  for (const RequestSummary& request : changes.summaries) requests.push_back(SummaryJson(request));
   return WriteJson({{"oldest", changes.oldest}, {"requests", requests}}, -1);
 }
 

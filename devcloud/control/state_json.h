@@ -9,13 +9,13 @@
 namespace devcloud {
 
 // Users with their codes and tokens, devices, faults, URLs and clock, as one JSON object. Codes and
-// tokens are shortened. A negative indent makes one line of it.
+// tokens are shortened. A negative indent gives a single line.
 std::string StateJson(const ControlContext& context, int indent);
 
-// One line: {"oldest": N, "requests": [...]}.
+// A single line: {"oldest": N, "requests": [...]}.
 std::string RequestChangesJson(const RequestChanges& changes);
 
-// An array of whole requests.
+// An array of requests with all their bytes.
 std::string RequestsJson(const std::vector<RecordedRequest>& requests);
 
 }  // namespace devcloud

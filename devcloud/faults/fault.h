@@ -10,34 +10,33 @@
 
 namespace devcloud {
 
-// One way in which the cloud answers badly. Faults are tried in the order in which they were added,
-// and the first whose path fits is used; the page and the "/api/" paths never meet a fault.
-// The request is recorded in any case. It changes accounts and registrations only where the kind
-// says that the normal answer is made.
+// One way in which the cloud fails. The first fault in the list whose path matches a request
+// applies to it; no fault applies to the page and the "/api/" paths. The request is recorded in any
+// case. It changes accounts and registrations only if the kind makes the normal answer.
 struct Fault {
   enum class Kind {
-    kStatus,         // `status` with `body` (a short default when empty) and `header_lines`
-    kBody,           // status 200 with exactly `body`, `content_type` and `header_lines`; a body
-                     // shorter than `bytes` is filled up with the letter x
-    kRaw,            // the bytes of `body` as they are, then an orderly close
-    kResetAfter,     // the normal answer is made, cut after `bytes` bytes by a TCP reset
-    kTruncateAfter,  // the normal answer is made, cut after `bytes` bytes by an orderly close
-    kStall,          // nothing until the faults are cleared: then the normal answer follows
-    kDrip,           // the normal answer, one byte in each write
-    kRedirect,       // `status` (302 when left at 0) with `location` as its Location line; an empty
-                // location names the request's own target, so that `times` is the number of hops
+    kStatus,         // `status` with `body` (a short default if empty) and `header_lines`
+    kBody,           // status 200 with `body`, `content_type` and `header_lines`; a body shorter
+                     // than `bytes` is padded with the letter x
+    kRaw,            // the bytes of `body` verbatim, then an orderly close
+    kResetAfter,     // the first `bytes` bytes of the normal answer, then a TCP reset
+    kTruncateAfter,  // the first `bytes` bytes of the normal answer, then an orderly close
+    kStall,          // nothing until the fault is removed, then the normal answer
+    kDrip,           // the normal answer, one byte per write
+    kRedirect,       // `status` (302 if 0) with a Location line of `location`; an empty location
+                     // stands for the request's own target, so that `times` is the number of hops
   };
 
-  std::string path = "*";  // the exact path, without a query; "*" fits every path
-  int times = 1;  // number of requests that meet the fault; -1: until the faults are cleared
+  std::string path = "*";  // an exact path without a query, or "*" for every path
+  int times = 1;           // requests that it applies to; -1: all, until it is removed
   Kind kind = Kind::kStatus;
-  int status = 0;  // kStatus: 500 when left at 0; 200 to 599
+  int status = 0;  // 200 to 599; 0 is 500 for kStatus and 302 for kRedirect
   std::string content_type;
   std::string body;
   std::size_t bytes = 0;
   std::string location;
-  std::vector<std::string> header_lines;  // "Name: value", sent as they are
-  std::uint64_t number = 0;               // given by the list of faults, from 1 on
+  std::vector<std::string> header_lines;  // "Name: value", sent verbatim
+  std::uint64_t number = 0;               // set by FaultList, from 1
 };
 
 }  // namespace devcloud

@@ -75,6 +75,7 @@ bool ParseFault(const std::string& json, Fault* fault, std::string* error) {
     *error = "a JSON object with a member \"kind\" is needed";
     return false;
   }
+  // A misspelt member is an error: a test would otherwise wait for a fault that never comes.
   for (const auto& [name, value] : document.items()) {
     if (ReadMember(name, value, fault)) continue;
     *error = "unknown member or bad value: " + name;

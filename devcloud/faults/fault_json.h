@@ -7,12 +7,12 @@
 
 namespace devcloud {
 
-// Reads an object with the members of Fault by their names there; "kind" is one of "status",
-// "body", "raw", "reset_after", "truncate_after", "stall", "drip" and "redirect", and may not be
-// left out. False, with one line in `error`, for anything else.
+// Reads a JSON object whose members are named as those of Fault. "kind" is required, and is one of
+// "status", "body", "raw", "reset_after", "truncate_after", "stall", "drip" and "redirect". False,
+// with one line in `error`, for anything else.
 bool ParseFault(const std::string& json, Fault* fault, std::string* error);
 
-// The name that ParseFault reads.
+// The kind's name in JSON.
 const char* NameOf(Fault::Kind kind);
 
 }  // namespace devcloud

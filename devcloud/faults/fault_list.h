@@ -12,15 +12,15 @@
 
 namespace devcloud {
 
-// The faults still to come, in the order in which they were added. Thread-safe.
+// The faults that still apply, in the order in which they were added. Thread-safe.
 class FaultList {
  public:
-  // Gives the fault its number and returns it; numbers are never used twice.
+  // Numbers the fault and returns its number. Numbers are never reused.
   std::uint64_t Add(Fault fault);
-  // False when no such fault is left.
+  // False if there is no such fault.
   bool Remove(std::uint64_t number);
   void Clear();
-  // The first fault that fits the path, counted as met once more; null when none does.
+  // The first fault that applies to the path, or null. Uses up one of its times.
   std::optional<Fault> Take(const std::string& path);
   std::vector<Fault> faults() const;
 

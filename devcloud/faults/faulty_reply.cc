@@ -4,21 +4,24 @@ namespace devcloud {
 namespace {
 
 Answer MakeStatus(const Fault& fault) {
-  Answer answer{fault.status == 0 ? 500 : fault.status, "text/plain", fault.body,
-                fault.header_lines};
+  Answer answer{.status = fault.status == 0 ? 500 : fault.status,
+                .body = fault.body,
+                .header_lines = fault.header_lines};
   if (!fault.content_type.empty()) answer.content_type = fault.content_type;
-  if (fault.body.empty()) answer.body = "This answer was ordered.\n";
+  if (fault.body.empty()) answer.body = "A fault made this answer.\n";
   return answer;
 }
 
 Answer MakeBody(const Fault& fault) {
-  Answer answer{200, fault.content_type, fault.body, fault.header_lines};
+  Answer answer{
+      .content_type = fault.content_type, .body = fault.body, .header_lines = fault.header_lines};
   if (answer.body.size() < fault.bytes) answer.body.resize(fault.bytes, 'x');
   return answer;
 }
 
 Answer MakeRedirect(const Fault& fault, const RecordedRequest& request) {
-  Answer answer{fault.status == 0 ? 302 : fault.status, "text/plain", "", fault.header_lines};
+  Answer answer{.status = fault.status == 0 ? 302 : fault.status,
+                .header_lines = fault.header_lines};
   answer.header_lines.push_back("Location: " +
                                 (fault.location.empty() ? request.target : fault.location));
   return answer;

@@ -10,7 +10,8 @@
 
 namespace devcloud {
 
-// The reply that the fault makes. `normal` is called for the kinds that make the normal answer.
+// The reply to a request to which the fault applies. Calls `normal` only for the kinds that send
+// the normal answer or a part of it.
 Reply MakeFaultyReply(const Fault& fault, const RecordedRequest& request, bool keep_alive,
                       const std::function<Answer()>& normal);
 

@@ -13,7 +13,7 @@
 namespace devcloud {
 namespace {
 
-struct Free {
+struct OpenSslDeleter {
   void operator()(EVP_PKEY* key) const { EVP_PKEY_free(key); }
   void operator()(X509* certificate) const { X509_free(certificate); }
   void operator()(X509_EXTENSION* extension) const { X509_EXTENSION_free(extension); }
@@ -21,12 +21,13 @@ struct Free {
   void operator()(ASN1_OCTET_STRING* text) const { ASN1_OCTET_STRING_free(text); }
 };
 
-using Key = std::unique_ptr<EVP_PKEY, Free>;
-using Bio = std::unique_ptr<BIO, Free>;
+using Key = std::unique_ptr<EVP_PKEY, OpenSslDeleter>;
+using Bio = std::unique_ptr<BIO, OpenSslDeleter>;
 
 constexpr long kYearSeconds = 365L * 24 * 3600;
 
-// Clients keep certificates apart by issuer and serial number, and the issuer never changes.
+// Clients tell certificates apart by issuer and serial number. The issuer is always the same, so
+// each start needs another serial number.
 bool SetSerial(X509* certificate) {
   std::int64_t serial = 0;
   if (RAND_bytes(reinterpret_cast<unsigned char*>(&serial), sizeof(serial)) != 1) return false;
@@ -40,8 +41,9 @@ bool SetNames(X509* certificate, const std::string& ip_address) {
       X509_set_issuer_name(certificate, name) != 1) {
     return false;
   }
+  // Clients match these names and ignore the common name (RFC 6125 section 6.4.4).
   const std::string names = "DNS:localhost,IP:" + ip_address;
-  const std::unique_ptr<X509_EXTENSION, Free> extension(
+  const std::unique_ptr<X509_EXTENSION, OpenSslDeleter> extension(
       X509V3_EXT_conf_nid(nullptr, nullptr, NID_subject_alt_name, names.c_str()));
   return extension != nullptr && X509_add_ext(certificate, extension.get(), -1) == 1;
 }
@@ -63,12 +65,13 @@ std::string TextOf(BIO* bio) {
 }  // namespace
 
 bool MakeSelfSigned(const std::string& ip_address, Certificate* certificate, std::string* error) {
-  if (std::unique_ptr<ASN1_OCTET_STRING, Free>(a2i_IPADDRESS(ip_address.c_str())) == nullptr) {
+  if (std::unique_ptr<ASN1_OCTET_STRING, OpenSslDeleter>(a2i_IPADDRESS(ip_address.c_str())) ==
+      nullptr) {
     *error = ip_address + ": not an IP address";
     return false;
   }
   const Key key(EVP_EC_gen("P-256"));
-  const std::unique_ptr<X509, Free> x509(X509_new());
+  const std::unique_ptr<X509, OpenSslDeleter> x509(X509_new());
   const Bio certificate_text(BIO_new(BIO_s_mem()));
   const Bio key_text(BIO_new(BIO_s_mem()));
   if (!key || !x509 || !certificate_text || !key_text ||

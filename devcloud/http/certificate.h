@@ -10,8 +10,9 @@ struct Certificate {
   std::string private_key_pem;
 };
 
-// A self-signed certificate with a fresh P-256 key, good for a year, for "localhost" and the given
-// IP address. False, with one line in `error`, when the address is none or the library refuses.
+// Makes a self-signed certificate for "localhost" and the given IP address, with a new P-256 key,
+// valid for a year. False, with one line in `error`, if the address is not an IP address or OpenSSL
+// fails.
 bool MakeSelfSigned(const std::string& ip_address, Certificate* certificate, std::string* error);
 
 }  // namespace devcloud

@@ -25,28 +25,29 @@ namespace asio = boost::asio;
 using boost::system::error_code;
 using tcp = asio::ip::tcp;
 
-// Open pages hear of changes in pieces of this length, however many there are.
+// Changes within this time are sent to open pages together, so that a burst of requests does not
+// make one event each.
 constexpr std::chrono::milliseconds kWakeDelay(50);
 
-// One port. A second socket, bound but never listening, keeps the port's number while the port is
-// closed: others get it refused, and nobody else can take it.
+// One port. A second socket is bound to it but never listens: while the port is closed, clients get
+// "connection refused" and no other program can take the number.
 class Listener {
  public:
   using OnAccept = std::function<void(tcp::socket)>;
 
   Listener(asio::io_context& io, OnAccept on_accept)
-      : holder_(io), acceptor_(io), pause_(io), on_accept_(std::move(on_accept)) {}
+      : reservation_(io), acceptor_(io), pause_(io), on_accept_(std::move(on_accept)) {}
 
-  bool Hold(const tcp::endpoint& endpoint, error_code& error) {
-    holder_.open(endpoint.protocol(), error);
-    if (!error) holder_.set_option(tcp::socket::reuse_address(true), error);
-    if (!error) holder_.bind(endpoint, error);
+  bool Bind(const tcp::endpoint& endpoint, error_code& error) {
+    reservation_.open(endpoint.protocol(), error);
+    if (!error) reservation_.set_option(tcp::socket::reuse_address(true), error);
+    if (!error) reservation_.bind(endpoint, error);
     return !error && Open(error);
   }
 
   bool Open(error_code& error) {
     if (acceptor_.is_open()) return true;
-    const tcp::endpoint endpoint = holder_.local_endpoint(error);
+    const tcp::endpoint endpoint = reservation_.local_endpoint(error);
     if (!error) acceptor_.open(endpoint.protocol(), error);
     if (!error) acceptor_.set_option(tcp::acceptor::reuse_address(true), error);
     if (!error) acceptor_.bind(endpoint, error);
@@ -59,38 +60,39 @@ class Listener {
     error_code ignored;
     acceptor_.close(ignored);
     pause_.cancel(ignored);
-    ++times_closed_;
+    ++close_count_;
   }
 
   std::uint16_t port() const {
     error_code ignored;
-    return holder_.local_endpoint(ignored).port();
+    return reservation_.local_endpoint(ignored).port();
   }
 
  private:
   void Accept() {
-    // Closing does not call back what has come in just before.
+    // A handler that was queued before Close still runs; the count tells it that it is late.
     acceptor_.async_accept(
-        [this, times = times_closed_](const error_code& error, tcp::socket socket) {
-          if (times != times_closed_) return;
+        [this, count = close_count_](const error_code& error, tcp::socket socket) {
+          if (count != close_count_) return;
           if (error) return AcceptLater();
           on_accept_(std::move(socket));
           Accept();
         });
   }
 
-  // Without file descriptors every accept fails at once.
+  // When the process is out of descriptors, every accept fails at once. The pause keeps that from
+  // taking the processor.
   void AcceptLater() {
     pause_.expires_after(std::chrono::milliseconds(50));
-    pause_.async_wait([this, times = times_closed_](const error_code&) {
-      if (times == times_closed_) Accept();
+    pause_.async_wait([this, count = close_count_](const error_code&) {
+      if (count == close_count_) Accept();
     });
   }
 
-  tcp::socket holder_;
+  tcp::socket reservation_;
   tcp::acceptor acceptor_;
   asio::steady_timer pause_;
-  int times_closed_ = 0;
+  int close_count_ = 0;
   const OnAccept on_accept_;
 };
 
@@ -100,7 +102,7 @@ std::string Describe(const std::string& address, std::uint16_t port, const error
 
 }  // namespace
 
-// Everything but the public calls runs on the network thread, except before Run.
+// Members are used on the network thread only, once Run was called; public functions post to it.
 class HttpServer::Impl {
  public:
   explicit Impl(RequestHandler& handler) : handler_(handler) {}
@@ -130,11 +132,11 @@ class HttpServer::Impl {
     const asio::ip::address parsed = asio::ip::make_address(address, failure);
     auto listener = std::make_unique<Listener>(
         io_, [this, port](tcp::socket socket) { StartSession(port, std::move(socket)); });
-    if (failure || !listener->Hold({parsed, port.number}, failure)) {
+    if (failure || !listener->Bind({parsed, port.number}, failure)) {
       *error = Describe(address, port.number, failure);
       return false;
     }
-    listeners_.emplace_back(port.may_refuse, std::move(listener));
+    ports_.push_back({.may_refuse = port.may_refuse, .listener = std::move(listener)});
     return true;
   }
 
@@ -142,26 +144,26 @@ class HttpServer::Impl {
     thread_ = std::thread([this] { io_.run(); });
   }
 
-  std::uint16_t port(std::size_t index) const { return listeners_.at(index).second->port(); }
+  std::uint16_t port(std::size_t index) const { return ports_.at(index).listener->port(); }
 
   void RefuseConnections(bool refuse) {
     RunOnThread([this, refuse] {
-      for (auto& [may_refuse, listener] : listeners_) {
+      for (OpenPort& port : ports_) {
         error_code failure;
-        if (!may_refuse) continue;
+        if (!port.may_refuse) continue;
         if (refuse) {
-          listener->Close();
-        } else if (!listener->Open(failure)) {
+          port.listener->Close();
+        } else if (!port.listener->Open(failure)) {
           throw std::runtime_error(failure.message());
         }
       }
-      if (refuse) EndSessions(false);
+      if (refuse) EndSessions(Which::kOfRefusingPorts);
     });
   }
 
   void ResumeStalled(std::uint64_t fault_number) {
     asio::post(io_, [this, fault_number] {
-      for (const auto& session : Sessions(true)) session->Resume(fault_number);
+      for (const auto& session : Sessions(Which::kAll)) session->Resume(fault_number);
     });
   }
 
@@ -172,13 +174,23 @@ class HttpServer::Impl {
       wake_timer_.async_wait([this](const error_code& error) {
         is_wake_posted_ = false;
         if (error) return;
-        for (const auto& session : Sessions(true)) session->Wake();
+        for (const auto& session : Sessions(Which::kAll)) session->Wake();
       });
     });
   }
 
  private:
-  // Runs it on the network thread and waits; what it throws comes back.
+  struct OpenPort {
+    bool may_refuse;
+    std::unique_ptr<Listener> listener;
+  };
+  struct OpenSession {
+    std::shared_ptr<HttpSession> session;
+    bool may_refuse;  // as its port
+  };
+  enum class Which { kAll, kOfRefusingPorts };
+
+  // Runs `body` on the network thread, waits for it and rethrows what it throws.
   void RunOnThread(const std::function<void()>& body) {
     if (io_.get_executor().running_in_this_thread()) return body();
     std::packaged_task<void()> task(body);
@@ -194,26 +206,26 @@ class HttpServer::Impl {
     const auto session =
         std::make_shared<HttpSession>(std::move(transport), number, port.tls, handler_,
                                       [this](const HttpSession* ended) { sessions_.erase(ended); });
-    sessions_[session.get()] = {session, port.may_refuse};
+    sessions_[session.get()] = {.session = session, .may_refuse = port.may_refuse};
     session->Start();
   }
 
-  // A copy, since a session that ends leaves the map.
-  std::vector<std::shared_ptr<HttpSession>> Sessions(bool of_every_port) const {
+  // A copy: a session that ends erases itself from the map.
+  std::vector<std::shared_ptr<HttpSession>> Sessions(Which which) const {
     std::vector<std::shared_ptr<HttpSession>> sessions;
     for (const auto& [key, entry] : sessions_) {
-      if (of_every_port || entry.second) sessions.push_back(entry.first);
+      if (which == Which::kAll || entry.may_refuse) sessions.push_back(entry.session);
     }
     return sessions;
   }
 
-  void EndSessions(bool of_every_port) {
-    for (const auto& session : Sessions(of_every_port)) session->End();
+  void EndSessions(Which which) {
+    for (const auto& session : Sessions(which)) session->End();
   }
 
   void Stop() {
-    for (auto& entry : listeners_) entry.second->Close();
-    EndSessions(true);
+    for (OpenPort& port : ports_) port.listener->Close();
+    EndSessions(Which::kAll);
     wake_timer_.cancel();
     work_.reset();
   }
@@ -224,8 +236,8 @@ class HttpServer::Impl {
   asio::steady_timer wake_timer_{io_};
   std::atomic<bool> is_wake_posted_ = false;
   asio::ssl::context tls_{asio::ssl::context::tls_server};
-  std::vector<std::pair<bool, std::unique_ptr<Listener>>> listeners_;  // first: may refuse
-  std::map<const HttpSession*, std::pair<std::shared_ptr<HttpSession>, bool>> sessions_;
+  std::vector<OpenPort> ports_;  // in the order given to HttpServer::Listen
+  std::map<const HttpSession*, OpenSession> sessions_;
   std::thread thread_;
 };
 

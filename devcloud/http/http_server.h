@@ -14,38 +14,38 @@
 
 namespace devcloud {
 
-// Listens on ports of one address and serves them on one network thread. Thread-safe.
+// Listens on several ports of one address and serves them on one network thread. Thread-safe.
 class HttpServer {
  public:
   struct Port {
-    std::uint16_t number;  // 0: a free one
+    std::uint16_t number;  // 0 picks a free port
     bool tls;
-    bool may_refuse;
+    bool may_refuse;  // whether RefuseConnections closes it
   };
 
-  // Clients can connect from here on, and are served once Run was called. Null, with one line in
-  // `error`, when a port cannot be had. The handler is borrowed.
+  // Clients can connect once this returns, and are served once Run is called. Null, with one line
+  // in `error`, if a port cannot be opened. The handler is borrowed.
   static std::unique_ptr<HttpServer> Listen(const std::string& address,
                                             const std::vector<Port>& ports,
                                             const Certificate& certificate, RequestHandler& handler,
                                             std::string* error);
-  // Cuts every connection and waits for the network thread.
+  // Closes every connection and joins the network thread.
   ~HttpServer();
 
   void Run();
 
-  // The number of the port at this place in the list that Listen was given.
+  // The number of the port at this index of the list given to Listen.
   std::uint16_t port(std::size_t index) const;
 
-  // For the ports that may refuse: true cuts their connections and closes them, false opens them
-  // again. Throws std::runtime_error when the system has no socket left.
+  // For the ports that may refuse: true closes them and their connections, false reopens them.
+  // Throws std::runtime_error if the system is out of sockets.
   void RefuseConnections(bool refuse);
 
-  // Asks the handler again about every request that the fault of this number stalls, or about every
-  // stalled request for 0.
+  // Calls the handler again for each request stalled by the fault with this number; 0 stands for
+  // every fault.
   void ResumeStalled(std::uint64_t fault_number);
 
-  // Has every stream send what is new, within some 50 ms, once for all calls until then.
+  // Makes every stream send what is new within about 50 ms. Calls during that time count as one.
   void WakeStreams();
 
  private:

@@ -28,7 +28,7 @@ class HttpSession::Parser : public http::request_parser<http::string_body> {
   Parser() {
     header_limit(kMaxHeadBytes);
     body_limit(kMaxBodyBytes);
-    eager(true);
+    eager(true);  // without it, put() would stop behind the head
   }
 };
 
@@ -59,7 +59,8 @@ void HttpSession::Wake() {
 void HttpSession::End() {
   if (std::exchange(is_over_, true)) return;
   if (is_stalled_) {
-    reply_.delivery = Reply::Delivery::kReset;  // the request waits for an answer no more
+    // The log showed the request as unanswered; from here on it never will be answered.
+    reply_.delivery = Reply::Delivery::kReset;
     handler_.RecordReply(request_, reply_);
   }
   transport_->Close();
@@ -82,6 +83,7 @@ void HttpSession::Parse() {
   while (!unread_.empty()) {
     boost::system::error_code error;
     const std::size_t used = parser_->put(boost::asio::buffer(unread_), error);
+    // Only what the parser took: the rest may belong to the next request of the connection.
     request_.raw.append(unread_, 0, used);
     unread_.erase(0, used);
     if (error && error != http::error::need_more) return OnMalformed(StatusFor(error));
@@ -114,8 +116,9 @@ void HttpSession::OnRequest() {
 void HttpSession::OnMalformed(int status) {
   request_.raw += std::exchange(unread_, "");
   handler_.Record(&request_);
-  const Answer answer{status, "text/plain", "The request cannot be read.\n", {}};
-  Deliver({Serialize(answer, false), Reply::Delivery::kClose});
+  // Where the next request would begin is unknown, so the connection cannot go on.
+  const Answer answer = PlainText(status, "The request cannot be read.");
+  Deliver({.bytes = Serialize(answer, false), .delivery = Reply::Delivery::kClose});
 }
 
 void HttpSession::Deliver(Reply reply) {
@@ -153,13 +156,14 @@ void HttpSession::OnDelivered() {
     return Stream();
   }
   if (reply_.delivery == Reply::Delivery::kClose || !keep_alive_) return Finish();
+  // Beast's parsers serve one message each.
   parser_ = std::make_unique<Parser>();
   RecordedRequest next;
   next.port = request_.port;
   next.tls = request_.tls;
   request_ = std::move(next);
   is_continued_ = false;
-  Parse();
+  Parse();  // a client that pipelines has sent the next request already
 }
 
 void HttpSession::WatchStream() {

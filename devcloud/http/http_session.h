@@ -14,20 +14,21 @@
 
 namespace devcloud {
 
-// The requests of one connection, one after another. Heads may have 2 MiB, bodies 64 MiB.
-// Belongs to the network thread.
+// Serves the requests of one connection, one after another. Heads may have 2 MiB and bodies 64 MiB.
+// Network thread only.
 class HttpSession : public std::enable_shared_from_this<HttpSession> {
  public:
-  // `on_end` is called once, when the session is over. The handler is borrowed.
+  // `port` and `tls` describe the port that accepted the connection. `on_end` is called once, when
+  // the session ends. The handler is borrowed.
   HttpSession(std::unique_ptr<Transport> transport, std::uint16_t port, bool tls,
               RequestHandler& handler, std::function<void(const HttpSession*)> on_end);
   ~HttpSession();
 
   void Start();
-  // Asks the handler again, if it has said that the request stalls by the fault of this number; 0
-  // stands for any.
+  // Calls the handler again if its request is stalled by the fault with this number; 0 stands for
+  // any fault.
   void Resume(std::uint64_t fault_number);
-  // Sends what is new on a stream.
+  // If this is a stream, sends what is new.
   void Wake();
   // Ends the session at once.
   void End();
@@ -37,27 +38,30 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
 
   void Read();
   void OnRead(bool ok, std::size_t size);
-  // Gives the bytes that have come to the parser.
+  // Feeds the unread bytes to the parser.
   void Parse();
-  // Lets a client that waits for it send its body (RFC 9110 section 10.1.1).
+  // Sends "100 Continue" to a client that waits for it before its body (RFC 9110 section 10.1.1).
   void SendContinue();
   void OnRequest();
   void OnMalformed(int status);
   void Deliver(Reply reply);
   void Drip(std::size_t sent);
   void OnDelivered();
-  // Ends the session when the client closes its stream; what it sends on it is dropped.
+  // Reads and drops whatever the client sends on a stream, to notice when it closes.
   void WatchStream();
-  // One write at a time, so that a slow reader gets fewer and later pieces and holds up nobody.
+  // Has one write under way at a time, so that a slow reader skips intermediate states instead of
+  // filling the memory.
   void Stream();
   void Finish();
+  // A handler that calls `next` on success and ends the session otherwise. It keeps the session
+  // alive.
   Transport::Handler Then(void (HttpSession::*next)());
 
   const std::unique_ptr<Transport> transport_;
   RequestHandler& handler_;
   const std::function<void(const HttpSession*)> on_end_;
   std::array<char, 65536> chunk_;
-  std::string unread_;  // came, but not parsed yet
+  std::string unread_;  // received but not parsed yet
   std::unique_ptr<Parser> parser_;
   RecordedRequest request_;
   Reply reply_;
@@ -65,7 +69,7 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
   bool is_continued_ = false;
   bool is_stalled_ = false;
   bool is_streaming_ = false;
-  bool is_writing_ = false;  // on the stream
+  bool is_writing_ = false;  // a write on the stream is under way
   bool is_over_ = false;
 };
 

@@ -9,8 +9,8 @@
 namespace devcloud {
 namespace {
 
-// The reason phrases of the answers that the cloud makes itself; any other status goes without one,
-// which RFC 9112 section 4 allows.
+// Reason phrases of the cloud's own answers. A status that only a fault sends has none, which RFC
+// 9112 section 4 allows.
 constexpr std::pair<int, std::string_view> kReasons[] = {
     {200, "OK"},
     {204, "No Content"},
@@ -36,7 +36,8 @@ std::string_view ReasonOf(int status) {
 
 bool MayHaveBody(int status) { return status >= 200 && status != 204 && status != 304; }
 
-// Takes the text before the first `separator` off the front of `rest`, and the separator with it.
+// Removes the text up to and including the first `separator` from `rest`, and returns what precedes
+// the separator.
 std::string_view TakeUntil(char separator, std::string_view* rest) {
   const std::size_t end = rest->find(separator);
   const std::string_view taken = rest->substr(0, end);
@@ -45,6 +46,10 @@ std::string_view TakeUntil(char separator, std::string_view* rest) {
 }
 
 }  // namespace
+
+Answer PlainText(int status, const std::string& line) {
+  return {.status = status, .body = line + "\n"};
+}
 
 std::string Serialize(const Answer& answer, bool keep_alive) {
   std::string bytes = "HTTP/1.1 " + std::to_string(answer.status) + " ";

@@ -7,23 +7,23 @@
 
 namespace devcloud {
 
-// What goes out on a connection after a request, and how.
+// What is sent for a request, and how.
 struct Reply {
   enum class Delivery {
-    kWhole,   // then the connection serves its next request, or closes when it is not kept alive
-    kDrip,    // the same, one byte in each write
-    kClose,   // then an orderly close
-    kReset,   // then a TCP reset
-    kStall,   // nothing: ask again once the fault is ended
-    kStream,  // then what `next` gives, until the client closes
+    kWhole,   // all bytes, then the connection's next request; closes unless it is kept alive
+    kDrip,    // the same, one byte per write
+    kClose,   // all bytes, then an orderly close
+    kReset,   // all bytes, then a TCP reset
+    kStall,   // nothing; the handler is called again once the fault has ended
+    kStream,  // all bytes, then whatever `next` returns, until the client closes
   };
   std::string bytes;
   Delivery delivery = Delivery::kWhole;
-  // Of the fault that made the reply: its kind's name and its number; "" and 0 without one.
+  // Kind name and number of the fault that made the reply; "" and 0 if none did.
   const char* fault = "";
   std::uint64_t fault_number = 0;
-  // kStream: the bytes to send now, "" when there is nothing new. Asked on the network thread, when
-  // the bytes before are sent and whenever the server's streams are woken.
+  // For kStream: returns the bytes to send now, or "" if there is nothing new. Called on the
+  // network thread, after each write and whenever HttpServer::WakeStreams was called.
   std::function<std::string()> next = nullptr;
 };
 

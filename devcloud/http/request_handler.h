@@ -6,18 +6,18 @@
 
 namespace devcloud {
 
-// What a session does with its requests. Called on the network thread.
+// Answers the requests of all sessions. Called on the network thread.
 class RequestHandler {
  public:
   virtual ~RequestHandler() = default;
 
-  // Once for each request, also for one that is not HTTP. Gives it its number and time.
+  // Called once for each request, even one that is not HTTP. Sets its number and time.
   virtual void Record(RecordedRequest* request) = 0;
 
-  // After Record; again for a request that was stalled.
+  // Called after Record, and again when a stalled request resumes.
   virtual Reply Respond(const RecordedRequest& request, bool keep_alive) = 0;
 
-  // Before the reply goes out.
+  // Called just before the reply is sent.
   virtual void RecordReply(const RecordedRequest& request, const Reply& reply) = 0;
 };
 

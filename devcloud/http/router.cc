@@ -5,11 +5,11 @@
 namespace devcloud {
 namespace {
 
-Answer Run(const Router::Handler& handler, const RecordedRequest& request) {
+Answer CallHandler(const Router::Handler& handler, const RecordedRequest& request) {
   try {
     return handler(request);
   } catch (const std::exception& failure) {
-    return {500, "text/plain", std::string(failure.what()) + "\n", {}};
+    return PlainText(500, failure.what());
   }
 }
 
@@ -24,11 +24,13 @@ Answer Router::Handle(const RecordedRequest& request) const {
   std::string allowed;
   for (const Route& route : routes_) {
     if (route.path != path) continue;
-    if (route.method == request.method) return Run(route.handler, request);
+    if (route.method == request.method) return CallHandler(route.handler, request);
     allowed += (allowed.empty() ? "" : ", ") + route.method;
   }
-  if (allowed.empty()) return {404, "text/plain", "There is no such page.\n", {}};
-  return {405, "text/plain", "Allowed here: " + allowed + "\n", {"Allow: " + allowed}};
+  if (allowed.empty()) return PlainText(404, "There is no such page.");
+  Answer answer = PlainText(405, "Allowed here: " + allowed);
+  answer.header_lines = {"Allow: " + allowed};
+  return answer;
 }
 
 }  // namespace devcloud

@@ -11,15 +11,15 @@
 
 namespace devcloud {
 
-// Finds the handler of a request by its path and method. Thread-safe once the routes are added.
+// Calls the handler for a request's path and method. Thread-safe once all routes are added.
 class Router {
  public:
   using Handler = std::function<Answer(const RecordedRequest&)>;
 
   void Add(const std::string& method, const std::string& path, Handler handler);
 
-  // 404 for an unknown path, 405 with an Allow line for an unknown method, 500 when the handler
-  // throws.
+  // Answers 404 for an unknown path, 405 with an Allow line for a method that the path does not
+  // take, and 500 if the handler throws.
   Answer Handle(const RecordedRequest& request) const;
 
  private:

@@ -10,7 +10,7 @@
 namespace devcloud {
 namespace {
 
-// What both kinds share. `Stream` is a TCP socket or a TLS stream over one.
+// What both transports share. `Stream` is a TCP socket or a TLS stream over one.
 template <class Stream>
 class SocketTransport : public Transport {
  public:
@@ -18,8 +18,9 @@ class SocketTransport : public Transport {
   explicit SocketTransport(Arguments&&... arguments)
       : stream_(std::forward<Arguments>(arguments)...) {
     Ignored ignored;
+    // Dripped bytes must leave one by one, not gathered into a packet.
     socket().set_option(boost::asio::ip::tcp::no_delay(true), ignored);
-    // A stream to a client that has vanished ends too.
+    // Without probes, a stream to a client that lost its network would stay open for ever.
     socket().set_option(boost::asio::socket_base::keep_alive(true), ignored);
   }
 
@@ -33,6 +34,7 @@ class SocketTransport : public Transport {
 
   void Reset() override {
     Ignored ignored;
+    // With a linger time of zero, close() sends RST instead of FIN.
     socket().set_option(boost::asio::socket_base::linger(true, 0), ignored);
     socket().close(ignored);
   }
@@ -43,7 +45,7 @@ class SocketTransport : public Transport {
   }
 
  protected:
-  // For calls on a connection that the other side may have ended already.
+  // For calls that may fail because the client has already closed the connection.
   using Ignored = boost::system::error_code;
 
   boost::asio::ip::tcp::socket& socket() {
@@ -78,7 +80,7 @@ class PlainTransport : public SocketTransport<boost::asio::ip::tcp::socket> {
   }
 
  private:
-  // Closing while bytes are still unread would reset the connection.
+  // Reads until the client closes: the kernel resets a connection that is closed with unread bytes.
   void Drain(const Handler& handler) {
     Read(drained_.data(), drained_.size(), [this, handler](bool ok, std::size_t) {
       if (ok) {

@@ -6,28 +6,28 @@
 
 namespace devcloud {
 
-// One accepted connection, with or without TLS. Belongs to the network thread, as do the calls of
-// its handlers; a handler never runs inside the call that it was given to. At most one of Open,
-// Read, Write and Finish is under way at a time, except for one Read beside one Write, and what
-// they are given must stay until its handler runs.
+// One accepted connection, with or without TLS. Used on the network thread, where its handlers run
+// too; a handler never runs inside the call that took it. One of Open, Read, Write and Finish may
+// be under way at a time, or one Read and one Write; their buffers must live until the handler
+// runs.
 class Transport {
  public:
   using Handler = std::function<void(bool ok, std::size_t size)>;
 
   virtual ~Transport() = default;
 
-  // The TLS handshake, where there is one.
+  // Does the TLS handshake, if any.
   virtual void Open(Handler handler) = 0;
-  // At least one byte, at most `size`; not ok at the end of the stream.
+  // Reads between one byte and `size`; not ok at the end of the stream.
   virtual void Read(char* data, std::size_t size, Handler handler) = 0;
-  // All of the bytes.
+  // Writes all bytes.
   virtual void Write(const char* data, std::size_t size, Handler handler) = 0;
-  // Says that no more bytes come and waits for the other side to close, so that it reads what was
-  // written before.
+  // Closes the sending side and waits for the client to close its own, so that it reads everything
+  // that was written.
   virtual void Finish(Handler handler) = 0;
   // Ends with a TCP reset instead of an orderly close.
   virtual void Reset() = 0;
-  // Handlers under way run with ok = false.
+  // Pending handlers run with ok = false.
   virtual void Close() = 0;
 };
 

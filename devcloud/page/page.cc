@@ -11,14 +11,15 @@ void AddPageRoutes(Router* router) {
     const char* path;
     const char* content_type;
     const char* text;
-  } kFiles[] = {
+  } files[] = {
       {"/", "text/html; charset=utf-8", kIndexHtml},
       {"/page/page.css", "text/css; charset=utf-8", kPageCss},
       {"/page/page.js", "text/javascript; charset=utf-8", kPageJs},
       {"/page/icon.svg", "image/svg+xml", kIconSvg},
   };
-  for (const auto& file : kFiles) {
-    Answer answer{200, file.content_type, file.text, PageHeaderLines()};
+  for (const auto& file : files) {
+    Answer answer{
+        .content_type = file.content_type, .body = file.text, .header_lines = PageHeaderLines()};
     router->Add("GET", file.path,
                 [answer = std::move(answer)](const RecordedRequest&) { return answer; });
   }
@@ -34,7 +35,7 @@ std::string SmallPage(const std::string& title, const std::string& content) {
 }
 
 std::vector<std::string> PageHeaderLines() {
-  // Without a referrer at all, browsers send our own forms with the origin "null".
+  // With the policy "no-referrer", browsers would send the origin "null" with the page's own forms.
   return {
       "Content-Security-Policy: default-src 'none'; script-src 'self'; style-src 'self'; "
       "img-src 'self'; connect-src 'self'; form-action 'self'; base-uri 'none'; "

@@ -10,14 +10,14 @@
 
 namespace devcloud {
 
-// The page at / and its parts at /page/NAME.
+// Adds the routes of the page at / and of its files at /page/NAME.
 void AddPageRoutes(Router* router);
 
-// A small page in the same style. Both texts are markup.
+// A small page in the same style. Both texts are HTML.
 std::string SmallPage(const std::string& title, const std::string& content);
 
-// "Name: value" lines with which every page goes out: it loads nothing from elsewhere, runs no
-// script but its own, and cannot be framed.
+// The "Name: value" lines of every page: it loads nothing from other sites, runs only its own
+// script and cannot be put into a frame.
 std::vector<std::string> PageHeaderLines();
 
 }  // namespace devcloud

@@ -1,6 +1,6 @@
 'use strict';
 
-// What gateways sent is shown as text only: nothing here makes markup of a string.
+// Text from gateways is untrusted, so nothing here turns a string into HTML.
 const $ = id => document.getElementById(id);
 const kShownRequests = 200, kShownSecrets = 8, kShownBytes = 256 * 1024;
 
@@ -28,7 +28,7 @@ function showWhetherEmpty(body) {
   table.nextElementSibling.hidden = !table.hidden;
 }
 
-// Fails with the cloud's own words.
+// Throws an Error with the cloud's message if the request fails.
 async function call(method, path, body) {
   let answer;
   try {
@@ -43,7 +43,7 @@ async function call(method, path, body) {
 
 async function copy(text, button) {
   try {
-    await navigator.clipboard.writeText(text);  // not there on plain HTTP from another machine
+    await navigator.clipboard.writeText(text);  // only in a secure context
     button.textContent = 'Copied';
   } catch {
     button.textContent = 'Select and copy';
@@ -63,9 +63,11 @@ function secrets(credentials) {
 
 function describe({kind, path, times, status, bytes, location}) {
   const what = {
-    status: 'answers ' + (status || 500), body: 'answers 200 with a body' + (bytes ? ' of ' + size(bytes) : ''), raw: 'sends raw bytes',
-    reset_after: 'resets after ' + size(bytes), truncate_after: 'breaks off after ' + size(bytes),
-    stall: 'does not answer', drip: 'sends single bytes',
+    status: 'answers ' + (status || 500),
+    body: 'answers 200 with a body' + (bytes ? ' of ' + size(bytes) : ''),
+    raw: 'sends raw bytes',
+    reset_after: 'resets after ' + size(bytes), truncate_after: 'truncates after ' + size(bytes),
+    stall: 'does not answer', drip: 'sends one byte at a time',
     redirect: 'redirects (' + (status || 302) + ') to ' + (location || 'the same path'),
   }[kind];
   const left = times < 0 ? 'until switched off' : times === 1 ? 'next request' :
@@ -90,7 +92,7 @@ const parts = {
         ...list.map(url => element('dd', {}, element('code', {}, url))));
     $('urls').replaceChildren(entry('For gateways', urls.http, urls.https),
                               entry('Page and API', urls.api));
-    $('refuse-help').textContent = 'Closes the HTTP and HTTPS ports. The page stays at ' +
+    $('refuse-help').textContent = 'Closes the HTTP and HTTPS ports. The page remains at ' +
         urls.api + '/.';
   },
   users(users, state) {
@@ -123,7 +125,7 @@ const parts = {
   is_refusing: (_, state) => parts.faults(state.faults, state),
 };
 
-// Only what differs is made anew, so that focus and selection stay where they are.
+// Only the parts that differ are rebuilt, so that focus and selection are kept.
 let shown = {};
 function showState(state) {
   for (const [name, show] of Object.entries(parts)) {
@@ -176,7 +178,7 @@ function showRequests({oldest, requests}) {
   showEndFaults();
 }
 
-// Requests may wait for a fault that is used up and so not in the list.
+// A stalled request may wait for a fault that was used up and is no longer in the list.
 function showEndFaults() {
   const isWaiting = [...rows.values()].some(({summary}) => summary.answer_line === null);
   $('end-faults').hidden = !isWaiting && $('faults').children.length < 2;
@@ -184,7 +186,7 @@ function showEndFaults() {
 
 let exchange = {};
 
-// Line ends as line breaks; what cannot be read as \xNN.
+// Shows line ends as line breaks and unprintable bytes as \xNN.
 function readable(bytes) {
   const part = bytes.subarray(0, kShownBytes);
   let text;
@@ -240,7 +242,7 @@ function showFaultFields() {
   for (const field of $('fault').querySelectorAll('[data-for], [data-not]')) {
     const {for: kinds, not} = field.dataset;
     field.hidden = kinds ? !kinds.split(' ').includes(kind) : not === kind;
-    if ('disabled' in field) field.disabled = field.hidden;  // and so left out of the checks
+    if ('disabled' in field) field.disabled = field.hidden;  // so that the form does not validate it
   }
   $('status').placeholder = kind === 'redirect' ? '302' : '500';
   $('bytes').placeholder = kind === 'body' ? 'as long as the body' : '0';
@@ -299,7 +301,7 @@ function connect() {
   source = new EventSource('/api/events');
   source.addEventListener('open', () => {
     showConnection('live', 'live');
-    shown = {};  // perhaps another cloud by now
+    shown = {};  // the cloud may have been restarted
     rows.clear();
     $('requests').replaceChildren();
   });
@@ -311,7 +313,7 @@ function connect() {
   });
 }
 
-// A browser allows six connections to one server: pages that nobody looks at give theirs back.
+// Browsers allow six connections to a server, so hidden pages close theirs.
 document.addEventListener('visibilitychange', () => {
   if (!document.hidden) return connect();
   source.close();

@@ -3,7 +3,7 @@
 
 namespace devcloud {
 
-// The files of devcloud/page/, which the build puts into the program.
+// The content of the files in devcloud/page/, compiled into the program.
 extern const char* const kIndexHtml;
 extern const char* const kPageCss;
 extern const char* const kPageJs;

@@ -20,32 +20,36 @@ constexpr char kSignInForm[] =
     "<button class=main>Get a code</button></form>";
 
 Answer HtmlAnswer(const char* title, const std::string& content) {
-  return {200, "text/html; charset=utf-8", SmallPage(title, content), PageHeaderLines()};
+  return {.content_type = "text/html; charset=utf-8",
+          .body = SmallPage(title, content),
+          .header_lines = PageHeaderLines()};
 }
 
-// RFC 6749 section 5.1: answers with tokens are not to be kept by caches.
-Answer Uncached(int status, const nlohmann::json& body) {
-  return {
-      status, "application/json", WriteJson(body), {"Cache-Control: no-store", "Pragma: no-cache"}};
+// RFC 6749 section 5.1: caches must not store answers with tokens.
+Answer UncachedJson(int status, const nlohmann::json& body) {
+  return {.status = status,
+          .content_type = "application/json",
+          .body = WriteJson(body),
+          .header_lines = {"Cache-Control: no-store", "Pragma: no-cache"}};
 }
 
-Answer Refuse(const char* error, const char* description) {
-  return Uncached(400, {{"error", error}, {"error_description", description}});
+Answer OAuthError(const char* error, const char* description) {
+  return UncachedJson(400, {{"error", error}, {"error_description", description}});
 }
 
-// An empty value counts as left out (RFC 6749 section 3.2).
-std::string ValueOf(const Form& form, const std::string& name) {
+// "" if the field is missing: RFC 6749 section 3.2 treats an empty value as missing.
+std::string FieldOf(const Form& form, const std::string& name) {
   const auto found = form.find(name);
   return found == form.end() ? "" : found->second;
 }
 
-Answer Grant(const std::optional<TokenGrant>& grant) {
-  if (!grant) return Refuse("invalid_grant", "unknown, used or expired");
-  return Uncached(200, {{"access_token", grant->access_token},
-                        {"refresh_token", grant->refresh_token},
-                        {"userId", grant->guid},
-                        {"token_type", "Bearer"},
-                        {"expires_in", grant->lifetime.count()}});
+Answer TokenAnswer(const std::optional<TokenGrant>& grant) {
+  if (!grant) return OAuthError("invalid_grant", "unknown, used or expired");
+  return UncachedJson(200, {{"access_token", grant->access_token},
+                            {"refresh_token", grant->refresh_token},
+                            {"userId", grant->guid},
+                            {"token_type", "Bearer"},
+                            {"expires_in", grant->lifetime.count()}});
 }
 
 }  // namespace
@@ -53,37 +57,36 @@ Answer Grant(const std::optional<TokenGrant>& grant) {
 Answer ShowSignIn(const RecordedRequest&) { return HtmlAnswer("Sign in", kSignInForm); }
 
 Answer Authorize(Accounts& accounts, const RecordedRequest& request) {
-  if (IsFromForeignPage(request)) return Refuse("invalid_request", "sent by another web page");
+  if (IsFromForeignPage(request)) return OAuthError("invalid_request", "sent by another web page");
   const std::optional<Form> form = ParseForm(request.body);
-  const std::string user = form ? UrlDecode(ValueOf(*form, "user")) : "";
+  const std::string user = form ? UrlDecode(FieldOf(*form, "user")) : "";
   const std::string code = accounts.IssueCode(user);
-  if (code.empty()) return Refuse("invalid_request", "one field \"user\" is needed");
+  if (code.empty()) return OAuthError("invalid_request", "one field \"user\" is needed");
   if (HeaderOf(request, "Accept").find("text/html") == std::string::npos) {
-    return Uncached(200, {{"code", code}});
+    return UncachedJson(200, {{"code", code}});
   }
   return HtmlAnswer("Your code", "<p>Code for " + EscapeMarkup(user) +
-                                     ", good once within 10 "
-                                     "minutes:<p><output class=code>" +
-                                     code +
-                                     "</output>"
-                                     "<p><a href=/authorize>Sign in again</a>");
+                                     ", valid once within 10 minutes:<p><output class=code>" +
+                                     code + "</output><p><a href=/authorize>Sign in again</a>");
 }
 
 Answer IssueTokens(Accounts& accounts, const RecordedRequest& request) {
   const std::optional<Form> form = ParseForm(request.body);
-  if (!form) return Refuse("invalid_request", "a field is there twice");
-  const std::string grant_type = ValueOf(*form, "grant_type");
-  if (grant_type.empty()) return Refuse("invalid_request", "grant_type is missing");
-  if (ValueOf(*form, "client_id").empty() || ValueOf(*form, "client_secret").empty()) {
-    return Refuse("invalid_client", "client_id or client_secret is missing");
+  if (!form) return OAuthError("invalid_request", "a field occurs twice");
+  const std::string grant_type = FieldOf(*form, "grant_type");
+  if (grant_type.empty()) return OAuthError("invalid_request", "grant_type is missing");
+  if (FieldOf(*form, "client_id").empty() || FieldOf(*form, "client_secret").empty()) {
+    return OAuthError("invalid_client", "client_id or client_secret is missing");
   }
+  // Any client and any secret will do: the cloud has no list of them.
   const bool is_refresh = grant_type == "refresh_token";
   if (!is_refresh && grant_type != "authorization_code") {
-    return Refuse("unsupported_grant_type", "authorization_code and refresh_token are known");
+    return OAuthError("unsupported_grant_type",
+                      "only authorization_code and refresh_token are supported");
   }
-  const std::string credential = ValueOf(*form, is_refresh ? "refresh_token" : "code");
-  if (credential.empty()) return Refuse("invalid_request", "the code or token is missing");
-  return Grant(is_refresh ? accounts.Refresh(credential) : accounts.RedeemCode(credential));
+  const std::string credential = FieldOf(*form, is_refresh ? "refresh_token" : "code");
+  if (credential.empty()) return OAuthError("invalid_request", "the code or token is missing");
+  return TokenAnswer(is_refresh ? accounts.Refresh(credential) : accounts.RedeemCode(credential));
 }
 
 }  // namespace devcloud

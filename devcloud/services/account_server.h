@@ -9,18 +9,18 @@
 
 namespace devcloud {
 
-// GET /authorize: a page to sign in on.
+// GET /authorize: the sign-in page.
 Answer ShowSignIn(const RecordedRequest& request);
 
 // POST /authorize with the URL-encoded form "user=ID". Answers {"code":"..."}, or a page with the
-// code to a client that accepts text/html. An empty user ID gets invalid_request, and so does the
-// form of another web page.
+// code if the client accepts text/html. Refuses an empty user ID, and a form that a page of another
+// site sent, with invalid_request.
 Answer Authorize(Accounts& accounts, const RecordedRequest& request);
 
 // POST /token, the token endpoint of RFC 6749 for the grants authorization_code and refresh_token.
-// Gateways encode no value of their form, so none is decoded. Success answers with access_token,
-// refresh_token, token_type, expires_in and the account's GUID as userId; a refusal is section
-// 5.2's 400 answer.
+// Values are not decoded, since gateways do not encode them. Answers with access_token,
+// refresh_token, token_type, expires_in and the account's GUID as userId, or with an error as in
+// section 5.2 and status 400.
 Answer IssueTokens(Accounts& accounts, const RecordedRequest& request);
 
 }  // namespace devcloud

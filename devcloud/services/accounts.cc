@@ -17,32 +17,33 @@ Accounts::Accounts(const Clock& clock, std::chrono::seconds access_token_lifetim
 std::string Accounts::IssueCode(const std::string& user_id) {
   if (user_id.empty()) return "";
   base::AutoLock lock(lock_);
-  ForgetExpired();
+  RemoveExpired();
   std::string& guid = records_.guids[user_id];
   if (guid.empty()) guid = NewGuid();
   std::string code = NewSecret();
-  records_.codes[code] = {guid, clock_.Now() + kCodeLifetime};
+  records_.codes[code] = {.guid = guid, .expires = clock_.Now() + kCodeLifetime};
   return code;
 }
 
 std::optional<TokenGrant> Accounts::RedeemCode(const std::string& code) {
   base::AutoLock lock(lock_);
-  ForgetExpired();
+  RemoveExpired();
   const auto found = records_.codes.find(code);
   if (found == records_.codes.end()) return std::nullopt;
   const std::string guid = found->second.guid;
   records_.codes.erase(found);
-  return Issue(guid);
+  return IssueTokens(guid);
 }
 
 std::optional<TokenGrant> Accounts::Refresh(const std::string& refresh_token) {
   base::AutoLock lock(lock_);
-  ForgetExpired();
+  RemoveExpired();
   const auto found = records_.refresh_tokens.find(refresh_token);
   if (found == records_.refresh_tokens.end()) return std::nullopt;
   const std::string guid = found->second;
+  // Rotation (RFC 6749 section 6): a token that was stolen and used shows, as its owner's fails.
   records_.refresh_tokens.erase(found);
-  return Issue(guid);
+  return IssueTokens(guid);
 }
 
 bool Accounts::AcceptsToken(const std::string& guid, const std::string& access_token) const {
@@ -68,14 +69,18 @@ void Accounts::Restore(AccountRecords records) {
   records_ = std::move(records);
 }
 
-TokenGrant Accounts::Issue(const std::string& guid) {
-  TokenGrant grant{guid, NewSecret(), NewSecret(), access_token_lifetime_};
-  records_.access_tokens[grant.access_token] = {guid, clock_.Now() + access_token_lifetime_};
+TokenGrant Accounts::IssueTokens(const std::string& guid) {
+  TokenGrant grant{.guid = guid,
+                   .access_token = NewSecret(),
+                   .refresh_token = NewSecret(),
+                   .lifetime = access_token_lifetime_};
+  records_.access_tokens[grant.access_token] = {.guid = guid,
+                                                .expires = clock_.Now() + access_token_lifetime_};
   records_.refresh_tokens[grant.refresh_token] = guid;
   return grant;
 }
 
-void Accounts::ForgetExpired() {
+void Accounts::RemoveExpired() {
   const TimePoint now = clock_.Now();
   const auto is_expired = [now](const auto& entry) { return entry.second.expires <= now; };
   std::erase_if(records_.codes, is_expired);

@@ -12,18 +12,18 @@
 
 namespace devcloud {
 
-// Whose a code or token is, and until when.
+// The owner of a code or token, and when it expires.
 struct Credential {
   std::string guid;
   TimePoint expires;
 };
 
-// All that the account server knows. Codes and tokens are the keys of their maps.
+// Everything the account server stores. The maps of codes and tokens are keyed by them.
 struct AccountRecords {
   std::map<std::string, std::string> guids;  // by user ID
   std::map<std::string, Credential> codes;
   std::map<std::string, Credential> access_tokens;
-  std::map<std::string, std::string> refresh_tokens;  // the GUID; they do not grow old
+  std::map<std::string, std::string> refresh_tokens;  // the owner's GUID; these do not expire
 };
 
 struct TokenGrant {
@@ -33,31 +33,33 @@ struct TokenGrant {
   std::chrono::seconds lifetime;
 };
 
-// Accounts with their codes and tokens. Every code, token and GUID is made of letters, digits and
-// "-" alone, since gateways put them into forms and XML as they are. Thread-safe.
+// The accounts with their codes and tokens. Codes, tokens and GUIDs consist of letters, digits and
+// "-", since gateways put them into forms and XML unescaped. Thread-safe.
 class Accounts {
  public:
   // The clock is borrowed.
   Accounts(const Clock& clock, std::chrono::seconds access_token_lifetime);
 
-  // "" for an empty user ID; an account is made for a new one. The code lives 10 minutes.
+  // Returns a code that is valid for 10 minutes, or "" for an empty user ID. Creates an account for
+  // a new user ID.
   std::string IssueCode(const std::string& user_id);
 
-  // Null for a code or token that is unknown, used or too old. Both use up what they are given.
+  // Exchanges a code or a refresh token for new tokens; each works once. Null if it is unknown,
+  // used or expired.
   std::optional<TokenGrant> RedeemCode(const std::string& code);
   std::optional<TokenGrant> Refresh(const std::string& refresh_token);
 
   bool AcceptsToken(const std::string& guid, const std::string& access_token) const;
 
-  // "" when there is no such account.
+  // "" if there is no such account.
   std::string GuidOf(const std::string& user_id) const;
 
   AccountRecords records() const;
   void Restore(AccountRecords records);
 
  private:
-  TokenGrant Issue(const std::string& guid) EXCLUSIVE_LOCKS_REQUIRED(lock_);
-  void ForgetExpired() EXCLUSIVE_LOCKS_REQUIRED(lock_);
+  TokenGrant IssueTokens(const std::string& guid) EXCLUSIVE_LOCKS_REQUIRED(lock_);
+  void RemoveExpired() EXCLUSIVE_LOCKS_REQUIRED(lock_);
 
   const Clock& clock_;
   const std::chrono::seconds access_token_lifetime_;

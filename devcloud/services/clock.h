@@ -9,14 +9,15 @@ namespace devcloud {
 
 using TimePoint = std::chrono::system_clock::time_point;
 
-// The cloud's own clock: the wall clock, which can be moved on. Any thread may use it.
+// The cloud's clock: the wall clock plus an offset, so that tests need not wait for codes to
+// expire. Thread-safe.
 class Clock {
  public:
   TimePoint Now() const {
     return std::chrono::system_clock::now() + std::chrono::seconds(offset_seconds_.load());
   }
   void Advance(std::chrono::seconds step) { offset_seconds_ += step.count(); }
-  // Of the wall clock.
+  // How far it is ahead of the wall clock.
   std::chrono::seconds ahead() const { return std::chrono::seconds(offset_seconds_.load()); }
 
  private:

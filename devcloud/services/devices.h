@@ -14,17 +14,17 @@ struct Device {
   std::vector<std::string> users;  // GUIDs, in the order of their registration
 };
 
-// The gateways that the portal knows, in the order in which it came to know them, and who is
-// registered on each. Thread-safe.
+// The known gateways, in the order in which they were added, and the users registered on each.
+// Thread-safe.
 class Devices {
  public:
-  // Nothing happens when the device is known.
+  // Does nothing if the device is known.
   void Add(const std::string& physical_address);
 
-  // Adds a device that is not known. Registering twice is the same as once.
+  // Adds the device if it is not known. Does nothing if the user is registered on it.
   void Register(const std::string& guid, const std::string& physical_address);
 
-  // False when there was no such registration. The device stays known.
+  // False if there was no such registration. The device stays known.
   bool Unregister(const std::string& guid, const std::string& physical_address);
 
   bool IsRegistered(const std::string& guid, const std::string& physical_address) const;
@@ -34,7 +34,7 @@ class Devices {
   void Restore(std::vector<Device> devices);
 
  private:
-  // Null when the device is not known.
+  // Null if the device is not known.
   const Device* Find(const std::string& physical_address) const EXCLUSIVE_LOCKS_REQUIRED(lock_);
   Device& FindOrAdd(const std::string& physical_address) EXCLUSIVE_LOCKS_REQUIRED(lock_);
 

@@ -5,7 +5,7 @@
 
 namespace devcloud {
 
-// The addresses that the portal hands out to gateways for NAT traversal.
+// The addresses of the servers for NAT traversal that the portal gives to gateways.
 struct NtsServers {
   std::string presence_server = "presence.devcloud.example";
   std::string stun_server = "stun.devcloud.example";

@@ -16,8 +16,8 @@ namespace {
 
 constexpr char kSystemAccount[] = "qornsystem";
 
-// A request's document has about 15 tags. The bound also bounds the nesting, which TinyXML follows
-// by recursion.
+// A request has about 15 tags. Limiting their number limits the nesting too: TinyXML parses it by
+// recursion and has no limit of its own.
 constexpr std::ptrdiff_t kMaxTags = 1000;
 
 std::string Element(const std::string& name, const std::string& text) {
@@ -25,8 +25,9 @@ std::string Element(const std::string& name, const std::string& text) {
 }
 
 Answer Xml(int status, const std::string& root) {
-  return {
-      status, "text/xml; charset=utf-8", "<?xml version=\"1.0\" encoding=\"UTF-8\"?>" + root, {}};
+  return {.status = status,
+          .content_type = "text/xml; charset=utf-8",
+          .body = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>" + root};
 }
 
 Answer Result(int status, const std::string& result) {
@@ -35,13 +36,13 @@ Answer Result(int status, const std::string& result) {
 
 Answer Forbidden() { return Result(403, "forbidden"); }
 
-// The texts of the named children of a body's root; null for a body that is no request, and when
-// one of them is absent or empty.
+// The texts of the named children of a body's root; null if the body is not a request or one of
+// them is missing or empty.
 std::optional<std::vector<std::string>> ReadBody(const std::string& body,
                                                  std::initializer_list<const char*> names) {
   if (std::count(body.begin(), body.end(), '<') > kMaxTags) return std::nullopt;
   TiXmlDocument document;
-  // The library steps over up to three bytes behind a UTF-8 lead byte that ends the text.
+  // TinyXML reads up to three bytes past a UTF-8 lead byte that ends the text.
   const std::string padded = body + std::string(3, '\0');
   document.Parse(padded.c_str(), nullptr, TIXML_ENCODING_UTF8);
   const TiXmlElement* root = document.FirstChildElement("dpxDevice");
@@ -58,7 +59,7 @@ std::optional<std::vector<std::string>> ReadBody(const std::string& body,
 
 Answer Malformed() { return Result(400, "malformed request"); }
 
-// The value of "oauth_token" in "OAuth name=value, name=value"; null when it is not there.
+// The value of "oauth_token" in "OAuth name=value, name=value"; null if there is none.
 std::optional<std::string> TokenOf(const RecordedRequest& request) {
   const std::string authorization = HeaderOf(request, "Authorization");
   constexpr std::string_view kScheme = "OAuth ";
@@ -81,32 +82,33 @@ Portal::Portal(const Accounts& accounts, Devices& devices, NtsServers nts)
     : accounts_(accounts), devices_(devices), nts_(std::move(nts)) {}
 
 Answer Portal::AddUserDevice(const RecordedRequest& request) {
-  const std::string acting = ActingUser(request);
-  if (acting.empty()) return Forbidden();
+  const std::string caller = AuthenticatedUser(request);
+  if (caller.empty()) return Forbidden();
   const auto texts = ReadBody(request.body, {"userID", "devicePhysicalAddressText"});
   if (!texts) return Malformed();
-  if ((*texts)[0] != acting) return Forbidden();
-  devices_.Register(acting, (*texts)[1]);
+  if ((*texts)[0] != caller) return Forbidden();
+  devices_.Register(caller, (*texts)[1]);
   return Result(200, "success");
 }
 
 Answer Portal::DeleteUserDevice(const RecordedRequest& request) {
-  if (ActingUser(request).empty()) return Forbidden();
+  if (AuthenticatedUser(request).empty()) return Forbidden();
   const auto texts = ReadBody(request.body, {"userID", "devicePhysicalAddressText"});
   if (!texts) return Malformed();
+  // Whose registration it is does not matter: the gateway's owner removes other users as well.
   const bool was_registered = devices_.Unregister((*texts)[0], (*texts)[1]);
   return Result(200, was_registered ? "success" : "not registered");
 }
 
 Answer Portal::GetUserDevice(const RecordedRequest& request) {
-  const std::string acting = ActingUser(request);
-  if (acting.empty()) return Forbidden();
+  const std::string caller = AuthenticatedUser(request);
+  if (caller.empty()) return Forbidden();
   const auto texts = ReadBody(request.body, {"userId"});
   if (!texts) return Malformed();
-  if ((*texts)[0] != acting) return Forbidden();
+  if ((*texts)[0] != caller) return Forbidden();
   std::string list;
   for (const Device& device : devices_.devices()) {
-    if (acting != kSystemAccount && !devices_.IsRegistered(acting, device.physical_address))
+    if (caller != kSystemAccount && !devices_.IsRegistered(caller, device.physical_address))
       continue;
     list += "<deviceInfo>" + Element("peerId", PeerIdOf(device.physical_address)) +
             Element("devicePhysicalAddressText", device.physical_address) + "</deviceInfo>";
@@ -115,11 +117,11 @@ Answer Portal::GetUserDevice(const RecordedRequest& request) {
 }
 
 Answer Portal::GetNtsServerInfo(const RecordedRequest& request) {
-  const std::string acting = ActingUser(request);
-  if (acting.empty()) return Forbidden();
+  const std::string caller = AuthenticatedUser(request);
+  if (caller.empty()) return Forbidden();
   const auto texts = ReadBody(request.body, {"userId"});
   if (!texts) return Malformed();
-  if ((*texts)[0] != acting) return Forbidden();
+  if ((*texts)[0] != caller) return Forbidden();
   return Xml(200, "<serverInfo>" + Element("PresenceServer", nts_.presence_server) +
                       Element("STUNServer", nts_.stun_server) +
                       Element("TURNServer", nts_.turn_server) +
@@ -127,7 +129,7 @@ Answer Portal::GetNtsServerInfo(const RecordedRequest& request) {
                       "</serverInfo>");
 }
 
-std::string Portal::ActingUser(const RecordedRequest& request) const {
+std::string Portal::AuthenticatedUser(const RecordedRequest& request) const {
   const std::string guid = HeaderOf(request, "x-dpx-userId");
   const std::optional<std::string> token = TokenOf(request);
   if (!token) return "";

@@ -11,33 +11,34 @@ namespace devcloud {
 
 // The user portal's four requests.
 //
-// Who asks stands in the line "x-dpx-userId" (a GUID), and "oauth_token" of the Authorization line
-// must be a current access token of that user. The system account "qornsystem" has no token and
-// asks with an empty one. Anyone else gets status 403.
+// The line "x-dpx-userId" names the caller by GUID, and "oauth_token" in the Authorization line
+// must be a valid access token of that user. The system account "qornsystem" has no token and sends
+// an empty one. Any other caller gets status 403.
 //
-// A body that is no `dpxDevice` document, or lacks a value, gets status 400. Every answer is XML;
-// a refusal is a `response` whose `result` says why.
+// A body that is not a `dpxDevice` document, or lacks a value, gets status 400. Every answer is
+// XML; a refusal is a `response` whose `result` gives the reason.
 //
-// Thread-safe. What the constructor is given is borrowed, except for the server addresses.
+// Thread-safe. The constructor borrows accounts and devices.
 class Portal {
  public:
   Portal(const Accounts& accounts, Devices& devices, NtsServers nts);
 
-  // Registers the user who asks on a gateway; an unknown gateway becomes known.
+  // Registers the caller on a gateway, which becomes known if it was not.
   Answer AddUserDevice(const RecordedRequest& request);
 
-  // Ends anyone's registration on a gateway: any signed-in user may ask, and the system account. A
-  // registration that is not there gets status 200 with the result "not registered".
+  // Removes anybody's registration on a gateway, for any signed-in user and the system account. If
+  // there is no such registration, the status is 200 and the result "not registered".
   Answer DeleteUserDevice(const RecordedRequest& request);
 
-  // The gateways that the user who asks is registered on; all of them for the system account.
+  // Lists the gateways on which the caller is registered, or all of them for the system account.
   Answer GetUserDevice(const RecordedRequest& request);
 
+  // Tells the addresses of the servers for NAT traversal.
   Answer GetNtsServerInfo(const RecordedRequest& request);
 
  private:
-  // The GUID of the user who asks; "" when it is not proved.
-  std::string ActingUser(const RecordedRequest& request) const;
+  // The caller's GUID, or "" if the request does not prove it.
+  std::string AuthenticatedUser(const RecordedRequest& request) const;
 
   const Accounts& accounts_;
   Devices& devices_;

@@ -49,7 +49,7 @@ std::string PeerIdOf(const std::string& physical_address) {
 }
 
 std::string Base64(const std::string& bytes) {
-  // Three bytes give four characters, and OpenSSL writes a zero behind them.
+  // Four characters for every three bytes, and one for the zero that OpenSSL appends.
   std::string text((bytes.size() + 2) / 3 * 4 + 1, '\0');
   const int length = EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()),
                                      reinterpret_cast<const unsigned char*>(bytes.data()),

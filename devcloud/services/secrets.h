@@ -5,14 +5,14 @@
 
 namespace devcloud {
 
-// 32 random hexadecimal digits, so that two secrets differ in what Shorten shows too. Throws
-// std::runtime_error when the system has no random bytes.
+// Returns 32 random hexadecimal digits, so that even shortened secrets differ. Throws
+// std::runtime_error if the system has no random bytes.
 std::string NewSecret();
 
-// The first four characters and "…", as secrets are shown to people.
+// The first four characters and "…", the form in which secrets are displayed.
 std::string Shorten(const std::string& secret);
 
-// Random, in the form of a UUID.
+// Returns a random text in the format of a UUID.
 std::string NewGuid();
 
 // "PEER-", the address, "-" and eight digits of the address's SHA-256.

@@ -20,7 +20,7 @@ namespace devcloud {
 
 using Json = nlohmann::json;
 
-// Found by nlohmann-json through the namespace.
+// The JSON library finds these four by argument-dependent lookup.
 static void to_json(Json& json, const Credential& credential) {
   json = {{"guid", credential.guid}, {"expires", credential.expires.time_since_epoch().count()}};
 }
@@ -41,7 +41,7 @@ static void from_json(const Json& json, Device& device) {
 
 namespace {
 
-std::string Write(const AccountRecords& accounts, const std::vector<Device>& devices) {
+std::string FormatState(const AccountRecords& accounts, const std::vector<Device>& devices) {
   const Json json = {{"users", accounts.guids},
                      {"codes", accounts.codes},
                      {"access_tokens", accounts.access_tokens},
@@ -50,7 +50,7 @@ std::string Write(const AccountRecords& accounts, const std::vector<Device>& dev
   return WriteJson(json, 1) + "\n";
 }
 
-void Read(const std::string& text, AccountRecords* accounts, std::vector<Device>* devices) {
+void ParseState(const std::string& text, AccountRecords* accounts, std::vector<Device>* devices) {
   const Json json = ParseJson(text);
   json.at("users").get_to(accounts->guids);
   json.at("codes").get_to(accounts->codes);
@@ -59,8 +59,8 @@ void Read(const std::string& text, AccountRecords* accounts, std::vector<Device>
   json.at("devices").get_to(*devices);
 }
 
-// Null for a file that is not there and could be made. Throws std::system_error for one that cannot
-// be read.
+// The file's content, or null if it does not exist but could be created. Throws std::system_error
+// otherwise, so that a wrong path stops the start and not the first request.
 std::optional<std::string> ReadFile(const std::string& path) {
   const auto check = [](bool is_good) {
     if (!is_good) throw std::system_error(errno, std::generic_category());
@@ -79,6 +79,7 @@ std::optional<std::string> ReadFile(const std::string& path) {
 }
 
 void Replace(const std::string& path, const std::string& text) {
+  // A rename within a folder is atomic: a crash leaves the old file or the new one.
   const std::string draft = path + ".new";
   const mode_t previous = umask(S_IRWXG | S_IRWXO);
   std::ofstream file(draft, std::ios::binary | std::ios::trunc);
@@ -101,7 +102,7 @@ bool StateFile::Load(std::string* error) {
   try {
     const std::optional<std::string> text = ReadFile(path_);
     if (!text) return true;
-    Read(*text, &accounts, &devices);
+    ParseState(*text, &accounts, &devices);
   } catch (const Json::exception&) {
     *error = path_ + ": not a state file of this program; it is left as it is";
     return false;
@@ -117,10 +118,10 @@ bool StateFile::Load(std::string* error) {
 void StateFile::Save() {
   if (path_.empty()) return;
   base::AutoLock lock(lock_);
-  std::string text = Write(accounts_.records(), devices_.devices());
-  if (text == saved_) return;
+  std::string text = FormatState(accounts_.records(), devices_.devices());
+  if (text == saved_text_) return;
   Replace(path_, text);
-  saved_ = std::move(text);
+  saved_text_ = std::move(text);
 }
 
 }  // namespace devcloud

@@ -10,18 +10,18 @@
 
 namespace devcloud {
 
-// Keeps accounts and devices in a JSON file that only its owner may read, as it holds tokens.
-// Thread-safe. What the constructor is given is borrowed; with an empty path nothing is kept.
+// Keeps accounts and devices in a JSON file, which holds tokens and so is readable by its owner
+// only. Thread-safe. The constructor borrows accounts and devices; an empty path turns it off.
 class StateFile {
  public:
   StateFile(std::string path, Accounts& accounts, Devices& devices);
 
-  // A file that is not there leaves both as they are. False, with one line in `error`, for a file
-  // that cannot be read or made. A broken file is never written to.
+  // Restores accounts and devices; a missing file leaves both unchanged. False, with one line in
+  // `error`, if the file cannot be read or created. A file with other content is not overwritten.
   bool Load(std::string* error);
 
-  // Writes what has changed since the last call, whole or not at all. Throws std::runtime_error
-  // when that fails.
+  // Replaces the file atomically if something has changed since the last call. Throws
+  // std::runtime_error on failure.
   void Save();
 
  private:
@@ -29,7 +29,7 @@ class StateFile {
   Accounts& accounts_;
   Devices& devices_;
   base::Lock lock_;
-  std::string saved_ GUARDED_BY(lock_);
+  std::string saved_text_ GUARDED_BY(lock_);
 };
 
 }  // namespace devcloud

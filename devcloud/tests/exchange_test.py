@@ -13,6 +13,7 @@ class Player:
         self.values = {"cloud": url, "host": url.removeprefix("http://"), "port": url.rpartition(":")[2],
                        "api": cloud.urls["api"], "deep": "<a>" * 200_000, "nested": "[" * 100_000 + "]" * 100_000}
         self.user_lines = self.header_lines = ()
+        self.common_text = ""
 
     def fill(self, text):
         """The longest name that stands there counts; a value may hold other names."""
@@ -39,6 +40,8 @@ class Player:
                                f"oauth_token={self.fill(text)}, oauth_version=1.0")
         elif what == "clock":
             self.cloud.ask("/api/clock", {"advance_seconds": int(name)})
+        elif what == "all":
+            self.common_text = rest
         elif what == "header":
             self.header_lines += (self.fill(rest),)
         elif what.isdigit():
@@ -46,7 +49,7 @@ class Player:
             url = self.fill("$cloud" * target.startswith("/") + target)
             self.seen = send(name, url, self.fill(body), self.user_lines + self.header_lines)
             self.header_lines = ()
-            assert str(self.seen.status) == what, self.seen
+            assert str(self.seen.status) == what and self.common_text in self.seen.text, self.seen
         elif what in ("has", "not"):
             assert (self.fill(rest) in self.seen.text) == (what == "has"), self.seen
         elif what == "ends":

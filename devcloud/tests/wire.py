@@ -7,8 +7,8 @@ import ssl
 
 import programs
 
-# text: heads and bodies, of redirects too. status: the last one, 0 for none. end: "whole", "reset" or
-# "cut". largest: the most bytes that came in one piece, over TLS in one record.
+# status: 0 for none. end: "whole", "reset" or "cut". largest: the most bytes that came in one piece, over
+# TLS in one record.
 Seen = collections.namedtuple("Seen", "text status end largest")
 
 
@@ -64,7 +64,6 @@ def is_whole(text):
 
 
 def send(method, url, body="", header_lines=()):
-    """Sends a request and follows redirects."""
     base, target = re.fullmatch("(https?://[^/]+)(.*)", url).groups()
     lines = [f"{method} {target} HTTP/1.1", *([] if "Host:" in str(header_lines) else [f"Host: {base.partition('//')[2]}"]), *header_lines]
     if method != "GET":
@@ -73,8 +72,4 @@ def send(method, url, body="", header_lines=()):
         connection.write("\r\n".join(lines) + "\r\n\r\n" + body)
         text, end = connection.read_answer()
     status = re.search("HTTP/1.1 ([02-9][0-9]+)", text)
-    location = re.search("\r\nLocation: (.*)\r\n", text)
-    if location:
-        after = send(method, base + location[1], body, header_lines)
-        return after._replace(text=text + after.text)
     return Seen(text, int(status[1]) if status else 0, end, connection.largest)

@@ -39,10 +39,9 @@ tr -d '\n' <gateway/operations.cc | grep -oE '\{\{"[^}]*"\}' |
   sed -E 's/^\{\{"([a-z-]+)".*"([0-9 ]*)"\}$/\1 \2/; s/ *$//' >"$folder/code"
 same "a command's name or results"
 
-sed -nE 's/^  (kAccount\w+) = ([0-9]+),.*/\2 \1/p' $header >"$folder/code"
-sed -nE 's/^\| ([0-9]+) \| `(kAccount\w+)` \|.*/\1 \2/p' docs/operations.md >"$folder/doc"
-same "operations.md, results"
-
-sed -nE 's/^  (kEventAccount\w+) = ([0-9]+),.*/\2 \1/p' $header >"$folder/code"
-sed -nE 's/^\| ([0-9]+) \| `(kEventAccount\w+)` \|.*/\1 \2/p' docs/events.md >"$folder/doc"
-same "events.md"
+for table in operations:kAccount events:kEventAccount; do
+  page=docs/${table%:*}.md constant="${table#*:}[A-Z]\w+"
+  sed -nE "s/^  ($constant) = ([0-9]+),.*/\2 \1/p" $header >"$folder/code"
+  sed -nE "s/^\| ([0-9]+) \| \`($constant)\` \|.*/\1 \2/p" "$page" >"$folder/doc"
+  same "$page"
+done
