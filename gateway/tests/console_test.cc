@@ -14,7 +14,6 @@
 
 #include "gateway/events.h"
 #include "gateway/tests/fake_account_manager.h"
-#include "gateway/tests/publish.h"
 
 namespace gateway {
 namespace {
@@ -113,6 +112,15 @@ class Scene {
   std::unique_ptr<Console> console_;
 };
 
+// What a step shows, as a row of the transcript has it.
+std::string AsRow(const std::string& shown) {
+  static const std::regex kLeftOut("(^|\\n)(-> |[a-z-]+: 1 Success\\n *(-> )?)");
+  const std::string lines = std::regex_replace(shown, kLeftOut, "$1");
+  std::string row = std::regex_replace(lines, std::regex("\\n *"), " | ");
+  if (row.ends_with(" | ")) row.erase(row.size() - 3);
+  return " => " + row;
+}
+
 TEST(Console, AnswersAsInTheTranscript) {
   std::ifstream transcript(QORN_CONSOLE_TRANSCRIPT);
   auto scene = std::make_unique<Scene>();
@@ -120,7 +128,10 @@ TEST(Console, AnswersAsInTheTranscript) {
   for (std::string line; std::getline(transcript, line) || !step.empty();) {
     const bool begins = !transcript || line.starts_with("> ") || line.starts_with("! ");
     if ((begins || line.starts_with("== ")) && !step.empty()) {
-      EXPECT_EQ(scene->Play(step), expected) << step;
+      const size_t arrow = step.find(" => ");
+      const std::string shown = scene->Play(step.substr(0, arrow));
+      const std::string row = arrow == step.npos ? "" : step.substr(arrow);
+      EXPECT_EQ(row.empty() ? shown : AsRow(shown), row + expected) << step;
       played += step + " \n";
       step = expected = "";
     }

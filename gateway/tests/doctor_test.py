@@ -1,51 +1,49 @@
 """The doctor at a gateway in order, spoilt as doctor_cases.txt says."""
 
+import collections
 import email.utils
 import json
 import os
 import pathlib
+import re
 import sqlite3
 import subprocess
 import time
 
 import programs
 
-STATES = ("good ", "warning ", "bad ")
+STATES = ("good", "warning", "bad")
 
 
 class Patient:
     def __init__(self, folder, cloud):
         os.umask(0o077)
-        self.folder, self.cloud = folder, cloud
+        self.folder = folder
         self.names = {"$config": f"{folder}/config.xml", "$data": f"{folder}/data", "$cloud": cloud.urls["http"],
                       "$https": cloud.urls["https"], "\\x1b": "\x1b", "\\xff": "\udcff",
-                      "$past": email.utils.formatdate(time.time() - 996, usegmt=True)}  # A test may take seconds.
+                      "$past": email.utils.formatdate(time.time() - 1000, usegmt=True)}
         self.config = programs.write_config(folder, cloud)
         made = programs.run("qorn-gateway", "--config", self.config, text=f"create-user ann {cloud.issue_code('ann')}")
         assert made.status == 0, made
-        self.database = sqlite3.connect(folder / "data/account.db", isolation_level=None)
         self.options = ["--json"]
+        self.steps = {
+            "edit": self.edit,
+            "run": lambda text: subprocess.run(text, shell=True, cwd=folder, check=True),
+            "sql": sqlite3.connect(folder / "data/account.db", isolation_level=None).executescript,
+            "clock": lambda text: cloud.ask("/api/clock", {"advance_seconds": int(text)}),
+            "fault": lambda text: cloud.ask("/api/faults", json.loads(text)),
+            "try-refresh": lambda _: self.options.append("--try-refresh")}
 
     def spoil(self, line):
         for name, value in self.names.items():
             line = line.replace(name, value)
-        what, _, text = line.partition(" ")
-        if what == "edit":
-            old, new = text.encode(errors="surrogateescape").split(b" -> ")
-            assert old in self.config.read_bytes(), old
-            self.config.write_bytes(self.config.read_bytes().replace(old, new))
-        elif what == "run":
-            subprocess.run(text, shell=True, cwd=self.folder, check=True)
-        elif what == "sql":
-            self.database.executescript(text)
-        elif what == "clock":
-            self.cloud.ask("/api/clock", {"advance_seconds": int(text)})
-        elif what == "fault":
-            self.cloud.ask("/api/faults", json.loads(text))
-        elif what == "try-refresh":
-            self.options.append("--try-refresh")
-        else:
-            assert line == "", f"no such step: {line}"
+        step, _, text = line.partition(" ")
+        self.steps[step](text)
+
+    def edit(self, text):
+        old, new = text.encode(errors="surrogateescape").split(b" -> ")
+        assert old in self.config.read_bytes(), old
+        self.config.write_bytes(self.config.read_bytes().replace(old, new))
 
     def files(self):
         return {path: (found.st_mode, found.st_size, found.st_mtime_ns)
@@ -57,26 +55,27 @@ class Patient:
         ended = programs.run("qorn-gateway", "doctor", "--config", self.config, *self.options)
         assert "--try-refresh" in self.options or self.files() == before, self.files()
         *findings, summary = map(json.loads, ended.output.splitlines())
-        lines = []
+        text = ""
         for finding in findings:
             value = "-" if finding["value"] is None else finding["value"]
-            lines.append(f"{finding['state']} {finding['name']} {value} | {finding['advice']}")
-            for name, real in self.names.items():
-                lines[-1] = lines[-1].replace(real, name)
-        good, warning, bad = (sum(line.startswith(state) for line in lines) for state in STATES)
-        assert summary == {"type": "summary", "good": good, "warning": warning, "bad": bad}, summary
-        assert ended.status == (3 if bad else 1 if warning else 0), ended
-        return lines
+            text += f"{finding['state']} {finding['name']} {value} | {finding['advice']}\n"
+        for name, real in self.names.items():
+            text = text.replace(real, name)
+        text = re.sub("-10[0-9]0 s", "-1000 s", text)  # $past is older by what a busy machine takes.
+        count = collections.Counter(finding["state"] for finding in findings)
+        assert summary == {"type": "summary", **{state: count[state] for state in STATES}}, summary
+        assert ended.status == (3 if count["bad"] else 1 if count["warning"] else 0), ended
+        return text.splitlines()
 
 
 class Doctor(programs.TestCase):
     def test_finds_what_the_cases_tell(self):
         for number, case in enumerate(pathlib.Path("doctor_cases.txt").read_text().split("\n== ")[1:]):
             title, *lines = case.split("\n")
-            expected = [line for line in lines if line.startswith(STATES)]
+            expected = [line for line in lines if line.split(" ")[0] in STATES]
             with self.subTest(title), programs.Cloud() as cloud:
                 patient = Patient(self.folder / str(number), cloud)
-                for step in lines:
+                for step in filter(None, lines):
                     if step not in expected:
                         patient.spoil(step)
                 found = [line for line in patient.examine() if line in expected or not line.startswith("good ")]

@@ -5,7 +5,6 @@
 
 #include "core_fw/runtime/component.h"
 #include "gateway/tests/fake_account_manager.h"
-#include "gateway/tests/publish.h"
 
 namespace {
 

@@ -7,6 +7,7 @@ with status 1 at the first moment where one of these does not hold.
 """
 
 import collections
+import contextlib
 import json
 import os
 import pathlib
@@ -21,14 +22,14 @@ import time
 
 import programs
 
-COUNT, FOLDER, SEED = sys.argv[1:]
-STORAGE = os.path.join(FOLDER, "data")
+COUNT, SEED = sys.argv[1], sys.argv[3]
+FOLDER = pathlib.Path(sys.argv[2]).resolve()
 CLOUD_COMMANDS = ("create-user", "refresh-access-token", "sign-in", "remove-user")
 ACCOUNTS = [f"user{number}" for number in range(6)]
 chance = random.Random(int(SEED))
 tallies = collections.defaultdict(collections.Counter)
 cloud = programs.Cloud()
-config = programs.write_config(pathlib.Path(FOLDER).resolve(), cloud, (">off<", ">on<"))
+config = programs.write_config(FOLDER, cloud, (">off<", ">on<"))
 
 
 def get_code(account):
@@ -49,21 +50,14 @@ class Gateway(programs.Program):
             self.timer.start()
 
     def ask(self, words):
-        try:
+        with contextlib.suppress(BrokenPipeError):
             os.write(self.stdin.fileno(), (" ".join(words) + "\n").encode())
-        except BrokenPipeError:
-            return None
-        for line in self.stdout:
-            answer = json.loads(line) if line.endswith(b"\n") else {}
-            if answer.get("type") == "answer":
-                return answer
-        return None
+        lines = (json.loads(line) for line in self.stdout if line.endswith(b"\n"))
+        return next((answer for answer in lines if answer["type"] == "answer"), None)
 
     def bury(self):
         self.timer.join()
         self.wait()
-        self.stdin.close()
-        self.stdout.close()
         assert self.returncode == -9, f"the gateway ended by itself with status {self.returncode}"
 
 
@@ -84,7 +78,7 @@ class State:
 
     def statements(self, words, outputs):
         """The changes that the command makes to the tables, one for each statement."""
-        name, user = words[0], self.account_of(words)
+        user = self.account_of(words)
         friends = [uuid for uuid, row in self.friends.items() if user and row[0] == self.users.get(user, [0])[0]]
 
         def change(column, value):
@@ -93,23 +87,25 @@ class State:
         def drop(uuids):
             return [lambda uuid=uuid: self.friends.pop(uuid) for uuid in uuids]
 
-        if name == "create-user" and user not in self.users:
-            row = [outputs.get("user_uuid", "?"), words[1], user, ("code", words[2])]
-            return [lambda: self.users.update({user: row})]
-        if name == "sign-in":
-            return change(3, lambda old: ("code", words[2]))
-        if name == "refresh-access-token":
-            return change(3, lambda old: ("refresh", old))
-        if name == "set-user-info-by-type":
-            return change(1 if words[2] == "200" else 2, lambda old: words[3])
-        if name == "add-friend-to-db":
-            row = (words[1], words[2], words[2].split("@")[0], *words[3:])
-            return [lambda: self.friends.update({outputs.get("friend_uuid", "?"): row})]
-        if name == "remove-friend-from-db":
-            return drop(uuid for uuid in friends if self.friends[uuid][1] == words[2])
-        if name == "remove-user":
-            return [lambda: self.users.pop(user)] + drop(friends)
-        return [self.users.clear, self.friends.clear] if name == "do-factory-reset" else []
+        match words:
+            case ["create-user", user_id, code] if user not in self.users:
+                return [lambda: self.users.update({user: [outputs.get("user_uuid", "?"), user_id, user, ("code", code)]})]
+            case ["sign-in", _, code]:
+                return change(3, lambda old: ("code", code))
+            case ["refresh-access-token", _]:
+                return change(3, lambda old: ("refresh", old))
+            case ["set-user-info-by-type", _, kind, value]:
+                return change(1 if kind == "200" else 2, lambda old: value)
+            case ["add-friend-to-db", uuid, friend, *rest]:
+                row = (uuid, friend, friend.split("@")[0], *rest)
+                return [lambda: self.friends.update({outputs.get("friend_uuid", "?"): row})]
+            case ["remove-friend-from-db", _, friend, _]:
+                return drop(uuid for uuid in friends if self.friends[uuid][1] == friend)
+            case ["remove-user", *_]:
+                return [lambda: self.users.pop(user)] + drop(friends)
+            case ["do-factory-reset"]:
+                return [self.users.clear, self.friends.clear]
+        return []
 
     def tables(self, tokens):
         def find(token):
@@ -169,18 +165,16 @@ def work(gateway, state, todo):
 
 def copy_and_look():
     """Users and friends in a copy of the database, which must be whole and have no empty column."""
-    copied, original = os.path.join(FOLDER, "copy.db"), os.path.join(STORAGE, "account.db")
-    for ending in ("", "-journal"):
-        open(copied + ending, "wb").close()
-        if os.path.exists(original + ending):
-            shutil.copy(original + ending, copied + ending)
-    tallies["deaths"]["with a journal to roll back"] += os.path.getsize(copied + "-journal") > 0
-    database = sqlite3.connect(copied, timeout=0)
-    assert database.execute("PRAGMA integrity_check").fetchall() == [("ok",)]
-    made = {name for name, in database.execute("SELECT name FROM sqlite_master WHERE type='table'")}
-    users, friends = (database.execute(f"SELECT * FROM {table}").fetchall() if table in made else []
-                      for table in ("Users", "Friends"))
-    database.close()
+    copy = FOLDER / "copy"
+    shutil.rmtree(copy, ignore_errors=True)
+    shutil.copytree(FOLDER / "data", copy)
+    journal = copy / "account.db-journal"
+    tallies["deaths"]["with a journal to roll back"] += journal.exists() and journal.stat().st_size > 0
+    with contextlib.closing(sqlite3.connect(copy / "account.db", timeout=0)) as database:
+        assert database.execute("PRAGMA integrity_check").fetchall() == [("ok",)]
+        made = {name for name, in database.execute("SELECT name FROM sqlite_master WHERE type='table'")}
+        users, friends = (database.execute(f"SELECT * FROM {table}").fetchall() if table in made else []
+                          for table in ("Users", "Friends"))
     assert all(all(row) for row in users + friends), "an empty column"
     return [(*row[:3], row[5]) for row in users], friends
 
@@ -210,13 +204,13 @@ def compare(state, statements, tables, tokens):
 
 def die_once(state, todo):
     if chance.random() < 0.05:  # A new folder: the tables are made again.
-        shutil.rmtree(STORAGE)
-        os.mkdir(STORAGE)
+        shutil.rmtree(FOLDER / "data")
+        (FOLDER / "data").mkdir()
         state, todo = State(), []
     cloud.ask("/api/requests", method="DELETE")
-    gateway = Gateway()
-    words = work(gateway, state, todo)
-    gateway.bury()
+    with Gateway() as gateway:
+        words = work(gateway, state, todo)
+        gateway.bury()
     tables = copy_and_look()
     user = state.account_of(words)
     done = compare(state, state.statements(words, {}), tables, tokens_so_far())
