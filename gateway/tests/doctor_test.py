@@ -25,13 +25,14 @@ class Patient:
         self.config = programs.write_config(folder, cloud)
         made = programs.run("qorn-gateway", "--config", self.config, text=f"create-user ann {cloud.issue_code('ann')}")
         assert made.status == 0, made
-        self.options = ["--json"]
+        self.options, self.environment = ["--json"], dict(os.environ)
         self.steps = {
             "edit": self.edit,
             "run": lambda text: subprocess.run(text, shell=True, cwd=folder, check=True),
             "sql": sqlite3.connect(folder / "data/account.db", isolation_level=None).executescript,
             "clock": lambda text: cloud.ask("/api/clock", {"advance_seconds": int(text)}),
             "fault": lambda text: cloud.ask("/api/faults", json.loads(text)),
+            "proxy": lambda text: self.environment.update(http_proxy=text),
             "try-refresh": lambda _: self.options.append("--try-refresh")}
 
     def spoil(self, line):
@@ -52,7 +53,7 @@ class Patient:
     def examine(self):
         """The doctor's findings by their lines, STATE NAME VALUE | ADVICE, and its last line."""
         before = self.files()
-        ended = programs.run("qorn-gateway", "doctor", "--config", self.config, *self.options)
+        ended = programs.run("qorn-gateway", "doctor", "--config", self.config, *self.options, env=self.environment)
         assert "--try-refresh" in self.options or self.files() == before, self.files()
         *findings, summary = map(json.loads, ended.output.splitlines())
         text = ""

@@ -31,10 +31,10 @@ class GatewayTestCase(programs.TestCase):
 class Script(GatewayTestCase):
     def test_runs_to_its_end_with_events_before_answers(self):
         transcript = pathlib.Path("script.transcript").read_text()
-        script, output, audit = re.split("^== .*\n", transcript, flags=re.M)[1:]
-        path = self.write("good.qorn", script[:-1].replace("\\r", "\r"))
-        ended = programs.run(*self.command, "--audit", self.folder / "audit", "--script", path)
-        self.assertEqual(ended, (0, output, ""))
+        script, output, errors, audit = re.split("^== .*\n", transcript, flags=re.M)[1:]
+        self.write("good.qorn", script[:-1].replace("\\r", "\r"))
+        ended = programs.run(*self.command, "--audit", "audit", "--keep-going", "--script", "good.qorn", cwd=self.folder)
+        self.assertEqual(ended, (1, output, errors))
         self.assertEqual(self.audit(), audit)
 
     def test_stops_at_the_first_failure_unless_it_keeps_going(self):
@@ -111,7 +111,7 @@ class Prompt(GatewayTestCase):
     def test_is_drawn_again_below_an_event_that_comes_by_itself(self):
         self.enter(f"sign-out {self.pipe}\n", "sign-out: 1 Success")
         open(self.pipe, "wb").close()
-        self.enter("", "session_id: ended\r\n")
+        self.enter("", "\r\x1b[Kevent kEventAccountSignOut\r\n", "session_id: ended\r\n")
 
     def test_keeps_its_history_without_secrets_and_reads_a_broken_one(self):
         for line in ("say one two\n", "sign-in alice secret-code\n", "request-cod alice\n"):
@@ -120,7 +120,7 @@ class Prompt(GatewayTestCase):
         history = self.folder / "qorn/history"
         self.assertEqual((history.read_text(), programs.mode(history)), ("say one two\n", "0o600"))
         with history.open("a") as file:
-            file.write("\x1b[2J\n" + "\0" * (1 << 20) + "\n")
+            file.write("\x1b[2J\n" + "x" * (1 << 20) + "\n")
         self.console = self.start()
         self.console.wait_for("qorn> ")
         # The line is drawn with its prompt when it is fetched from the history.
@@ -129,6 +129,8 @@ class Prompt(GatewayTestCase):
 
     def test_completes_commands_and_seen_ids(self):
         self.enter("check-s\t1\n", "check-session-validation: 1 Success")
+        self.enter("info l\t", "  l1\r\n  l2\r\n")  # It asked for them at its start.
+        self.enter("1\n", "get-user-information: 1 Success")
         self.enter("sign-in\t", "  sign-in\r\n  sign-in-alt\r\n")
         self.enter("-alt alice x\n", "session_id: o2")
         self.enter("get-session-info o\t\n", "get-session-info: 1 Success")
@@ -160,13 +162,14 @@ class Service(GatewayTestCase):
         self.assertEqual(programs.run(*self.command).status, 0)
 
     def test_tells_its_manager_and_runs_without_input_until_a_signal(self):
-        manager = self.enterContext(socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM))
-        manager.settimeout(programs.PATIENCE)
-        manager.bind(str(self.folder / "notify"))
-        gateway = self.start("--daemon", NOTIFY_SOCKET=str(self.folder / "notify"))
-        self.assertEqual(manager.recv(64), b"READY=1")
-        gateway.send_signal(signal.SIGTERM)
-        self.assertEqual(gateway.finish()[0], 0)
+        for name, address in ((str(self.folder / "notify"),) * 2, (f"@{self.folder}", f"\0{self.folder}")):
+            with self.subTest(name), socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as manager:
+                manager.settimeout(programs.PATIENCE)
+                manager.bind(address)
+                gateway = self.start("--daemon", NOTIFY_SOCKET=name)
+                self.assertEqual(manager.recv(64), b"READY=1")
+                gateway.send_signal(signal.SIGTERM)
+                self.assertEqual(gateway.finish()[0], 0)
 
     def test_waits_for_the_workers_request(self):
         cloud = self.enterContext(programs.Cloud("--gateway", "AABBCC"))
