@@ -20,13 +20,11 @@ constexpr char kUntouched[] = "untouched";
 std::string FunctionName(const std::string& operation) {
   static const std::set<std::string> kShort = {"uuid", "id", "db", "nts"};
   std::string name;
-  for (std::string rest = Replace(operation, "-", " "); !rest.empty();) {
-    auto [word, more] = CutFirst(rest);
+  for (std::string word : gateway::SplitAtBlanks(Replace(operation, "-", " "))) {
     const auto end = kShort.contains(word) ? word.end() : word.begin() + 1;
     std::transform(word.begin(), end, word.begin(),
                    [](unsigned char c) { return std::toupper(c); });
     name += word;
-    rest = more;
   }
   return name;
 }

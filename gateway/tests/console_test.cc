@@ -79,8 +79,7 @@ class Scene {
 
   void Change(const std::string& line) {
     std::istringstream words(line);
-    std::string what, text;
-    int number = 0;
+    std::string what;
     words >> what;
     if (what == "answer") words >> accounts_.result;
     if (what == "polls") words >> accounts_.network_polls_left;
@@ -96,6 +95,7 @@ class Scene {
     if (what == "keep") out_ << (console_->MayBeKept(rest) ? "yes\n" : "no\n");
     if (what == "no-events") events_.reset();
     if (what != "event") return;
+    int number = 0;
     words >> number;
     Publish(number, {std::istream_iterator<std::string>(words), {}});
     evt::EventManager::GetInstance()->Flush();

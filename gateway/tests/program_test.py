@@ -145,8 +145,7 @@ class Prompt(GatewayTestCase):
         for name in ("log", "audit"):
             (self.folder / name).rename(self.folder / (name + ".1"))
         self.console.send_signal(signal.SIGHUP)
-        while not (self.folder / "audit").exists() or not self.audit():
-            self.enter("say on\n")
+        programs.wait_until(lambda: self.enter("say on\n") or ((self.folder / "audit").exists() and self.audit()))
         self.assertTrue((self.folder / "log").exists())
 
 

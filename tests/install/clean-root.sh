@@ -15,6 +15,7 @@ fi
 . tests/install/debian.sh
 build=$2 root=$3
 umask 022
+patience=90  # seconds; only ends what hangs
 trap 'exit 1' INT TERM
 
 inside() { chroot "$root" /usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C.UTF-8 "$@"; }
@@ -87,14 +88,14 @@ start_service() {
   # shellcheck disable=SC2086
   as qorn env NOTIFY_SOCKET=/run/notify $command >"$root/root/packages/service" 2>&1 &
   service=$!
-  read -r -t 20 ready <&"$notify" || true
+  read -r -t "$patience" ready <&"$notify" || true
   rm "$root/run/notify"
 }
 turn_logs_over() {
   inside logrotate --force --state /root/packages/logrotate.state /etc/logrotate.d/qorn-gateway
   kill -HUP "$(inside pidof qorn-gateway)"
   for file in gateway.log audit.log; do
-    timeout 20 sh -c "until [ -e $root/var/log/qorn/$file ]; do sleep 0.05; done" || return 1
+    timeout "$patience" sh -c "until [ -e $root/var/log/qorn/$file ]; do sleep 0.05; done" || return 1
     equal '600 qorn:qorn' mode "/var/log/qorn/$file" || return 1
     equal '600 qorn:qorn' mode "/var/log/qorn/$file.1" || return 1
   done
