@@ -65,7 +65,9 @@ def is_whole(text):
 
 def send(method, url, body="", header_lines=()):
     base, target = re.fullmatch("(https?://[^/]+)(.*)", url).groups()
-    lines = [f"{method} {target} HTTP/1.1", *([] if "Host:" in str(header_lines) else [f"Host: {base.partition('//')[2]}"]), *header_lines]
+    if "Host:" not in str(header_lines):
+        header_lines = [f"Host: {base.partition('//')[2]}", *header_lines]
+    lines = [f"{method} {target} HTTP/1.1", *header_lines]
     if method != "GET":
         lines.append(f"Content-Length: {len(body.encode(errors='surrogateescape'))}")
     with Connection(base, base.startswith("https")) as connection:
