@@ -115,6 +115,7 @@ class Cloud::Impl : public RequestHandler {
     if (request.number != 0 || request.method != "GET") NotifyPages();
   }
 
+  // The order matters: the portal and the state file refer to accounts and devices.
   const std::string address;
   Clock clock;
   Accounts accounts;

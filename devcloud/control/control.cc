@@ -125,6 +125,7 @@ bool IsControlRequest(const RecordedRequest& request) {
 
 void AddControlRoutes(const ControlContext& context, Router* router) {
   AddPageRoutes(router);
+  // One place for what every route of the API has in common.
   const auto add = [&context, router](const char* method, const char* path, auto handler) {
     router->Add(method, path, [&context, handler](const RecordedRequest& request) {
       // Browsers send such requests across sites without asking (CSRF); only the answer is kept

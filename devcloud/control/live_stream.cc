@@ -25,6 +25,7 @@ Reply LiveStream::Open() {
 }
 
 std::string LiveStream::Next(Position* position) {
+  // Cleared before the state is read: a change in between marks it again and is not lost.
   if (is_stale_.exchange(false)) {
     std::string state = StateJson(context_, -1);
     // Most calls of MarkStale come from requests that changed nothing a page shows.

@@ -56,13 +56,14 @@ void RequestLog::SetReply(std::uint64_t number, const std::string& fault,
   bytes_ -= SizeOf(entry.request);
   entry.request.fault = fault;
   entry.request.answer = std::move(answer);
-  entry.revision = ++revision_;
+  entry.revision = ++revision_;  // open pages fetch the request again
   bytes_ += SizeOf(entry.request);
   DropOldest();
 }
 
 void RequestLog::Clear() {
   base::AutoLock lock(lock_);
+  // Numbers go on, so that a page tells the requests that follow from those it still shows.
   entries_.clear();
   bytes_ = 0;
   count_ = 0;

@@ -24,7 +24,7 @@ using CredentialLists = std::map<std::string, Json>;  // by GUID
 void AddCredentials(const char* kind, const std::map<std::string, Credential>& credentials,
                     TimePoint now, CredentialLists* lists) {
   for (const auto& [secret, credential] : credentials) {
-    if (credential.expires <= now) continue;
+    if (credential.expires <= now) continue;  // not removed yet
     (*lists)[credential.guid].push_back({{"kind", kind},
                                          {"short", Shorten(secret)},
                                          {"expires_ms", Milliseconds(credential.expires)}});

@@ -7,6 +7,7 @@ namespace devcloud {
 std::uint64_t FaultList::Add(Fault fault) {
   base::AutoLock lock(lock_);
   fault.number = ++last_number_;
+  // Numbered even if it applies to nothing, so that the caller need not tell the cases apart.
   if (fault.times != 0) faults_.push_back(std::move(fault));
   return last_number_;
 }
@@ -25,7 +26,7 @@ std::optional<Fault> FaultList::Take(const std::string& path) {
   base::AutoLock lock(lock_);
   for (auto it = faults_.begin(); it != faults_.end(); ++it) {
     if (it->path != "*" && it->path != path) continue;
-    const Fault met = *it;
+    const Fault met = *it;  // a copy, as the entry may go
     if (it->times > 0 && --it->times == 0) faults_.erase(it);
     return met;
   }

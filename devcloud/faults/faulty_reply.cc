@@ -38,7 +38,10 @@ Reply MakeFaultyReply(const Fault& fault, const RecordedRequest& request, bool k
     case Fault::Kind::kBody:
       return {Serialize(MakeBody(fault), keep_alive), Delivery::kWhole};
     case Fault::Kind::kRaw:
+      // Only a close can end a reply that may have no length of its own.
       return {fault.body, Delivery::kClose};
+    // These two make the normal answer first: the request takes effect although the client never
+    // learns of it.
     case Fault::Kind::kResetAfter:
       return {Serialize(normal(), keep_alive).substr(0, fault.bytes), Delivery::kReset};
     case Fault::Kind::kTruncateAfter:

@@ -192,6 +192,7 @@ class HttpServer::Impl {
 
   // Runs `body` on the network thread, waits for it and rethrows what it throws.
   void RunOnThread(const std::function<void()>& body) {
+    // The API's handlers run on the network thread already, which would wait for itself.
     if (io_.get_executor().running_in_this_thread()) return body();
     std::packaged_task<void()> task(body);
     asio::post(io_, [&task] { task(); });
@@ -227,14 +228,14 @@ class HttpServer::Impl {
     for (OpenPort& port : ports_) port.listener->Close();
     EndSessions(Which::kAll);
     wake_timer_.cancel();
-    work_.reset();
+    work_.reset();  // lets run() return once the handlers that were cancelled have run
   }
 
   RequestHandler& handler_;
   asio::io_context io_{1};
   asio::executor_work_guard<asio::io_context::executor_type> work_ = asio::make_work_guard(io_);
   asio::steady_timer wake_timer_{io_};
-  std::atomic<bool> is_wake_posted_ = false;
+  std::atomic<bool> is_wake_posted_ = false;  // one timer for all calls until it fires
   asio::ssl::context tls_{asio::ssl::context::tls_server};
   std::vector<OpenPort> ports_;  // in the order given to HttpServer::Listen
   std::map<const HttpSession*, OpenSession> sessions_;

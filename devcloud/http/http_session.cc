@@ -11,6 +11,7 @@ namespace {
 
 namespace http = boost::beast::http;
 
+// Far above what gateways send, but one request cannot fill the memory.
 constexpr std::uint32_t kMaxHeadBytes = 2u << 20;
 constexpr std::uint64_t kMaxBodyBytes = 64u << 20;
 constexpr char kContinue[] = "HTTP/1.1 100 Continue\r\n\r\n";
@@ -57,7 +58,7 @@ void HttpSession::Wake() {
 }
 
 void HttpSession::End() {
-  if (std::exchange(is_over_, true)) return;
+  if (std::exchange(is_over_, true)) return;  // Close() runs pending handlers, which end it again
   if (is_stalled_) {
     // The log showed the request as unanswered; from here on it never will be answered.
     reply_.delivery = Reply::Delivery::kReset;

@@ -98,6 +98,7 @@ std::optional<std::map<std::string, std::string>> ParseForm(std::string_view bod
   while (!body.empty()) {
     std::string_view value = TakeUntil('&', &body);
     if (value.empty()) continue;
+    // At the first "=" only: gateways do not encode values, which may contain one.
     const std::string_view name = TakeUntil('=', &value);
     if (!fields.emplace(name, value).second) return std::nullopt;
   }

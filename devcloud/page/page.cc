@@ -6,6 +6,7 @@
 
 namespace devcloud {
 
+// The files are part of the program, so that it can be copied and run anywhere.
 void AddPageRoutes(Router* router) {
   const struct {
     const char* path;

@@ -14,6 +14,7 @@ constexpr std::chrono::minutes kCodeLifetime(10);
 Accounts::Accounts(const Clock& clock, std::chrono::seconds access_token_lifetime)
     : clock_(clock), access_token_lifetime_(access_token_lifetime) {}
 
+// There are no passwords: whoever names a user is that user, so that tests need no set-up.
 std::string Accounts::IssueCode(const std::string& user_id) {
   if (user_id.empty()) return "";
   base::AutoLock lock(lock_);
@@ -31,6 +32,7 @@ std::optional<TokenGrant> Accounts::RedeemCode(const std::string& code) {
   const auto found = records_.codes.find(code);
   if (found == records_.codes.end()) return std::nullopt;
   const std::string guid = found->second.guid;
+  // A code works once (RFC 6749 section 4.1.2).
   records_.codes.erase(found);
   return IssueTokens(guid);
 }
@@ -50,7 +52,7 @@ bool Accounts::AcceptsToken(const std::string& guid, const std::string& access_t
   base::AutoLock lock(lock_);
   const auto found = records_.access_tokens.find(access_token);
   return found != records_.access_tokens.end() && found->second.guid == guid &&
-         found->second.expires > clock_.Now();
+         found->second.expires > clock_.Now();  // expired tokens stay until RemoveExpired
 }
 
 std::string Accounts::GuidOf(const std::string& user_id) const {
@@ -80,6 +82,7 @@ TokenGrant Accounts::IssueTokens(const std::string& guid) {
   return grant;
 }
 
+// Called before each change, so that the maps cannot grow for ever; no timer is needed.
 void Accounts::RemoveExpired() {
   const TimePoint now = clock_.Now();
   const auto is_expired = [now](const auto& entry) { return entry.second.expires <= now; };

@@ -8,6 +8,7 @@ namespace devcloud {
 std::string HttpDate(TimePoint time) {
   const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
   std::tm parts{};
+  // strftime's names of days and months are English, as HTTP needs them: no locale is ever set.
   gmtime_r(&seconds, &parts);
   std::array<char, 64> text{};
   return {text.data(),

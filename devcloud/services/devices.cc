@@ -25,6 +25,7 @@ void Devices::Register(const std::string& guid, const std::string& physical_addr
 
 bool Devices::Unregister(const std::string& guid, const std::string& physical_address) {
   base::AutoLock lock(lock_);
+  // A list and not a map: the page shows devices in the order in which they came.
   for (Device& device : devices_) {
     if (device.physical_address == physical_address) return std::erase(device.users, guid) > 0;
   }

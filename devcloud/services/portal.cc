@@ -106,6 +106,7 @@ Answer Portal::GetUserDevice(const RecordedRequest& request) {
   const auto texts = ReadBody(request.body, {"userId"});
   if (!texts) return Malformed();
   if ((*texts)[0] != caller) return Forbidden();
+  // Users see their own gateways only; the system account looks up its peer ID among all of them.
   std::string list;
   for (const Device& device : devices_.devices()) {
     if (caller != kSystemAccount && !devices_.IsRegistered(caller, device.physical_address))
@@ -133,6 +134,7 @@ std::string Portal::AuthenticatedUser(const RecordedRequest& request) const {
   const std::string guid = HeaderOf(request, "x-dpx-userId");
   const std::optional<std::string> token = TokenOf(request);
   if (!token) return "";
+  // A gateway asks for its own network setting before any user has signed in on it.
   if (guid == kSystemAccount) return token->empty() ? guid : "";
   return accounts_.AcceptsToken(guid, *token) ? guid : "";
 }

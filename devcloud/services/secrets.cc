@@ -41,6 +41,7 @@ std::string NewGuid() {
   return guid;
 }
 
+// A hash and not a counter: the peer ID must survive a restart without a state file.
 std::string PeerIdOf(const std::string& physical_address) {
   std::array<unsigned char, SHA256_DIGEST_LENGTH> digest;
   SHA256(reinterpret_cast<const unsigned char*>(physical_address.data()), physical_address.size(),

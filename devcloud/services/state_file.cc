@@ -81,6 +81,8 @@ std::optional<std::string> ReadFile(const std::string& path) {
 void Replace(const std::string& path, const std::string& text) {
   // A rename within a folder is atomic: a crash leaves the old file or the new one.
   const std::string draft = path + ".new";
+  // std::ofstream takes no mode, and a chmod afterwards would leave a moment in which others can
+  // read.
   const mode_t previous = umask(S_IRWXG | S_IRWXO);
   std::ofstream file(draft, std::ios::binary | std::ios::trunc);
   umask(previous);
@@ -97,6 +99,7 @@ StateFile::StateFile(std::string path, Accounts& accounts, Devices& devices)
 
 bool StateFile::Load(std::string* error) {
   if (path_.empty()) return true;
+  // Read into locals, so that a broken file changes neither.
   AccountRecords accounts;
   std::vector<Device> devices;
   try {
@@ -119,7 +122,7 @@ void StateFile::Save() {
   if (path_.empty()) return;
   base::AutoLock lock(lock_);
   std::string text = FormatState(accounts_.records(), devices_.devices());
-  if (text == saved_text_) return;
+  if (text == saved_text_) return;  // most requests change nothing
   Replace(path_, text);
   saved_text_ = std::move(text);
 }
