@@ -99,7 +99,7 @@ class Faults(CloudTest):
         ({"kind": "status", "status": 204}, "whole", 204, "HTTP/1.1 204 No Content\r\n", "\r\n\r\n"),
         ({"kind": "body", "body": "{}", "content_type": "application/json", "header_lines": ["X-Extra:  1"]}, "whole",
          200, "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: 2\r\n", "X-Extra:  1\r\n\r\n{}"),
-        ({"kind": "body", "body": "{", "bytes": 4}, "whole", 200, "HTTP/1.1 200 OK\r\nContent-Length: 4\r\n", "\n\r\n{xxx"),
+        ({"kind": "body", "body": "{", "bytes": 4}, "whole", 200, "HTTP/1.1 200 OK\r\nContent-Length: 4\r\n", "\n{xxx"),
         ({"kind": "raw", "body": "HTTP/1.1 299\nA: b\n\nc"}, "whole", 299, "HTTP/1.1 299\nA: b\n\nc", ""),
         ({"kind": "reset_after", "bytes": 0}, "reset", 0, "", ""),
         ({"kind": "reset_after", "bytes": 26}, "reset", 400, HEAD, "Request\r\n"),
