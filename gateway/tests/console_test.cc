@@ -22,7 +22,7 @@ class Scene {
  public:
   Scene() {
     std::setlocale(LC_CTYPE, "C.UTF-8");
-    UseStyle(false, false);
+    UseStyle({});
   }
 
   // What a step of the transcript shows.
@@ -35,11 +35,8 @@ class Scene {
   }
 
  private:
-  void UseStyle(bool show, bool json) {
+  void UseStyle(const PrinterStyle& style) {
     events_.reset();
-    PrinterStyle style;
-    style.show_secrets = show;
-    style.json = json;
     printer_ = std::make_unique<Printer>(out_, out_, style);
     events_.emplace([this](const SeenEvent& event) {
       sightings_.NoteEvent(event);
@@ -85,8 +82,8 @@ class Scene {
     if (what == "polls") words >> accounts_.network_polls_left;
     if (what == "outputs") words >> accounts_.output_text;
     if (what == "escape-outputs") accounts_.output_text = "\x1b[2J";
-    if (what == "show-secrets") UseStyle(true, false);
-    if (what == "json") UseStyle(false, true);
+    if (what == "show-secrets") UseStyle({.show_secrets = true});
+    if (what == "json") UseStyle({.json = true});
     if (what == "stop") stop_ = true;
     const std::string rest = line.substr(std::min(line.size(), what.size() + 1));
     if (what == "complete") {
@@ -94,11 +91,10 @@ class Scene {
     }
     if (what == "keep") out_ << (console_->MayBeKept(rest) ? "yes\n" : "no\n");
     if (what == "no-events") events_.reset();
-    if (what != "event") return;
-    int number = 0;
-    words >> number;
-    Publish(number, {std::istream_iterator<std::string>(words), {}});
-    evt::EventManager::GetInstance()->Flush();
+    if (int number = 0; what == "event" && words >> number) {
+      Publish(number, {std::istream_iterator<std::string>(words), {}});
+      evt::EventManager::GetInstance()->Flush();
+    }
   }
 
   FakeAccountManager accounts_;
