@@ -28,19 +28,6 @@ std::string Unescape(const std::string& text) {
   return bytes;
 }
 
-// A SQLite authorizer that refuses the Nth statement which deletes from a table.
-std::string g_denied_table;
-int g_deletions_left = 0;
-
-int Authorize(void*, int action, const char* table, const char*, const char*, const char*) {
-  const bool counts = action == SQLITE_DELETE && g_denied_table == table;
-  return counts && --g_deletions_left == 0 ? SQLITE_DENY : SQLITE_OK;
-}
-
-int InstallAuthorizer(sqlite3* database, char** /*error*/, const void* /*api*/) {
-  return sqlite3_set_authorizer(database, &Authorize, nullptr);
-}
-
 }  // namespace
 
 using W = const Words&;
@@ -206,11 +193,6 @@ void ScenarioRunner::AddTrouble() {
     lock_.reset(database);
     const int begun = sqlite3_exec(database, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr);
     if (begun != SQLITE_OK) Fail(sqlite3_errmsg(database));
-  });
-  Step("deny-delete", 2, [](W w) {
-    g_denied_table = w[0];
-    g_deletions_left = std::stoi(w[1]);
-    sqlite3_auto_extension(reinterpret_cast<void (*)()>(&InstallAuthorizer));
   });
 }
 

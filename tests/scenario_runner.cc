@@ -82,7 +82,6 @@ ScenarioRunner::ScenarioRunner(Scenario scenario) : scenario_(std::move(scenario
 ScenarioRunner::~ScenarioRunner() {
   lock_.reset();
   service_.Shutdown();
-  sqlite3_reset_auto_extension();
   for (int number = 1; number <= 8; ++number) {
     evt::EventManager::GetInstance()->RefuseForTest(number, false);
   }
