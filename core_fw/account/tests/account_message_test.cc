@@ -20,10 +20,5 @@ TEST(AccountMessage, ComposedTextsAreFixed) {
             "\"user_id\":\"bob@x\"}}");
 }
 
-TEST(AccountMessage, TheFormThatIsSentIsNotTheFormThatIsRead) {
-  FriendMessage message;
-  EXPECT_EQ(ParseFriendMessage(ComposeAddFriendMessage({}), &message), MessageKind::kInvalid);
-}
-
 }  // namespace
 }  // namespace account

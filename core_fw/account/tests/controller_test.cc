@@ -67,22 +67,5 @@ TEST_F(ControllerTest, TheNetworkSettingReadsTheWholeListOfUsers) {
   log_.Take();
 }
 
-TEST_F(ControllerTest, AFailedInitIsTolerated) {
-  config_.erase("account_service");
-  StartRuntime();
-  AccountController* controller = AccountController::GetInstance();
-  EXPECT_EQ(controller, AccountController::GetInstance());
-  EXPECT_EQ(log_.Take().size(), 1u);
-  std::string uuid;
-  EXPECT_EQ(controller->SignInLocalUser("nobody", &uuid), 5);  // The store is there.
-  EXPECT_FALSE(controller->Init());
-  EXPECT_THAT(log_.Take(),
-              testing::ElementsAre(Line(4, "Init",
-                                        "Account Component Initialization failed as there is no "
-                                        "account_service in config.xml")));
-  AccountController::DestroyInstance();
-  AccountController::DestroyInstance();
-}
-
 }  // namespace
 }  // namespace account
