@@ -60,23 +60,4 @@ TEST(JSONWriter, EscapesAndReplaces) {
   EXPECT_EQ(Write(base::Value(std::numeric_limits<double>::infinity())), "null");
 }
 
-TEST(DictionaryValue, LeavesTheOutputAloneWhenTheTypeIsAnother) {
-  const auto root = JSONReader::Read(R"({"s":"x","d":{"k":"v"},"l":["e",{}],"n":null})");
-  const base::DictionaryValue* members = nullptr;
-  ASSERT_TRUE(root->GetAsDictionary(&members));
-  for (const std::string key : {"s", "d", "l", "n", "absent", "d.k"}) {
-    std::string text = "untouched";
-    const base::DictionaryValue* dictionary = nullptr;
-    const base::ListValue* list = nullptr;
-    EXPECT_EQ(members->GetString(key, &text), key == "s");
-    EXPECT_EQ(text, key == "s" ? "x" : "untouched");
-    EXPECT_EQ(members->GetDictionary(key, &dictionary), key == "d");
-    EXPECT_EQ(members->GetList(key, &list), key == "l");
-    EXPECT_TRUE((dictionary != nullptr) == (key == "d") && (list != nullptr) == (key == "l"));
-    if (list == nullptr) continue;
-    EXPECT_TRUE(list->GetString(0, &text) && !list->GetString(1, &text) && text == "e");
-    EXPECT_TRUE(list->GetDictionary(1, &dictionary) && !list->GetDictionary(2, &dictionary));
-  }
-}
-
 }  // namespace

@@ -3,11 +3,9 @@
 
 #include <climits>
 #include <tuple>
-#include <vector>
 
 #include "base/pickle.h"
 #include "base/time.h"
-#include "tests/test_support.h"
 
 namespace {
 
@@ -37,26 +35,6 @@ TEST(Pickle, WritesASizeAndPaddedFields) {
   EXPECT_TRUE(reader.ReadInt(&numbers[1]) && !reader.ReadInt(&numbers[1]));
   EXPECT_TRUE(texts[0] == "abcde" && texts[1].empty() && texts[2] == "a\0cd"s);
   EXPECT_TRUE(numbers[0] == -2 && numbers[1] == 1);
-}
-
-TEST(PickleIterator, RefusesWhatDoesNotFit) {
-  // No size or half of one; sizes that are not the payload's; half a length; lengths that are too
-  // large, in the end the largest and a negative one.
-  for (const std::string& bytes :
-       {""s, "\x08\0"s, "\x09\0\0\0\x01\0\0\0abcd"s, "\0\0\0\0\x01\0\0\0a"s, "\x02\0\0\0\x01\0"s,
-        "\x08\0\0\0\x05\0\0\0abcd"s, "\x08\0\0\0\xff\xff\xff\x7f"s + "abcd",
-        "\x08\0\0\0\xff\xff\xff\xff"s + "abcd", "\x05\0\0\0\x01\0\0\0a"s}) {
-    // Memory of the case's own size, so that the address sanitizer sees a byte too many.
-    const std::vector<char> exact(bytes.begin(), bytes.end());
-    PickleIterator reader(Pickle(exact.data(), exact.size()));
-    std::string text = "untouched";
-    int number = 7;
-    // The last case is without the padding of its only field.
-    const bool reads = bytes.starts_with('\x05');
-    EXPECT_EQ(reader.ReadString(&text), reads) << testing::PrintToString(bytes);
-    EXPECT_EQ(text, reads ? "a" : "untouched");
-    EXPECT_TRUE(!reader.ReadInt(&number) && number == 7);
-  }
 }
 
 TEST(Time, ExplodesInTheZoneOfTheMoment) {

@@ -19,12 +19,6 @@ class SqlTest : public testing::Test {
   sql::Connection connection_;
 };
 
-int CountCalls(void* context, int count) {
-  EXPECT_EQ(*static_cast<int*>(context), count);
-  ++*static_cast<int*>(context);
-  return count < 10 ? 1 : 0;
-}
-
 TEST_F(SqlTest, BindsAndReadsBytes) {
   for (const std::string& text : {"plain"s, ""s, "it's"s, "a\0b"s, "ä"s, "\xff"s}) {
     sql::Statement insert = connection_.GetUniqueStatement("REPLACE INTO T (b, a) VALUES (9, ?)");
@@ -64,7 +58,7 @@ TEST_F(SqlTest, AClosedConnectionAnswers) {
   sql::Statement statement = connection_.GetUniqueStatement("SELECT 1");
   connection_.Close();
   EXPECT_TRUE(statement.Step());  // It keeps the file open itself.
-  connection_.SetBusyHandler(CountCalls, nullptr);
+  connection_.SetBusyHandler(nullptr, nullptr);
   EXPECT_EQ(connection_.GetErrorMessage(), "sql::Connection has no connection.");
   EXPECT_FALSE(connection_.Execute("SELECT 1") || connection_.DoesTableExist("T"));
   EXPECT_FALSE(connection_.GetUniqueStatement("SELECT 1").is_valid());
@@ -82,24 +76,6 @@ TEST_F(SqlTest, FindsTablesInPlainFiles) {
   sql::Connection other;
   EXPECT_TRUE(other.Open(FilePath(folder_.File("text"))) && !other.DoesTableExist("T"));
   EXPECT_EQ(ReadFile(folder_.File("text")), text);
-}
-
-TEST_F(SqlTest, CallsTheBusyHandlerWhileAnotherConnectionHoldsTheFile) {
-  sql::Connection holder;
-  ASSERT_TRUE(holder.Open(path_) && holder.Execute("BEGIN EXCLUSIVE"));
-  sql::Connection fresh;
-  ASSERT_TRUE(fresh.Open(path_));
-  for (sql::Connection* waiting : {&connection_, &fresh}) {
-    int calls = 0;
-    waiting->SetBusyHandler(CountCalls, &calls);
-    sql::Statement select = waiting->GetUniqueStatement("SELECT * FROM T");
-    EXPECT_EQ(select.is_valid(), waiting == &connection_);  // It knows the schema.
-    EXPECT_FALSE(select.Step());
-    EXPECT_EQ(calls, 11);
-    EXPECT_EQ(waiting->GetErrorMessage(), "database is locked");
-    calls = 0;
-    EXPECT_TRUE(!waiting->DoesTableExist("T") && calls == 11);
-  }
 }
 
 }  // namespace
