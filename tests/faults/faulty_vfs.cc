@@ -1,7 +1,5 @@
 #include "tests/faults/faulty_vfs.h"
 
-#include <unistd.h>
-
 #include <cstddef>
 #include <utility>
 
@@ -13,7 +11,6 @@ FileFault g_fault;
 int g_calls_left = 0;  // 0: no fault is set
 bool g_reached = false;
 std::function<void()> g_delay;
-thread_local bool g_shorten = false;  // the next read or write of the system
 
 struct FaultyFile {
   sqlite3_file base;
@@ -28,9 +25,8 @@ bool Meets(FileCall call) {
   if (g_calls_left == 0 || call != g_fault.call || --g_calls_left > 0) return false;
   g_calls_left = g_fault.lasting ? 1 : 0;
   g_reached = true;
-  g_shorten = g_fault.kind == FaultKind::kShortened;
   if (g_fault.kind == FaultKind::kDelayed || g_fault.kind == FaultKind::kBusy) g_delay();
-  return g_fault.kind != FaultKind::kShortened && g_fault.kind != FaultKind::kDelayed;
+  return g_fault.kind != FaultKind::kDelayed;
 }
 
 // Passes a call on unless it has the fault.
@@ -47,14 +43,6 @@ int Pass(sqlite3_file* file, Parameters... parameters) {
   return (real->pMethods->*method)(real, parameters...);
 }
 
-int Write(sqlite3_file* file, const void* data, int size, sqlite3_int64 offset) {
-  sqlite3_file* const real = Real(file);
-  if (!Meets(FileCall::kWrite)) return real->pMethods->xWrite(real, data, size, offset);
-  if (g_fault.kind != FaultKind::kFull) return SQLITE_IOERR_WRITE;
-  real->pMethods->xWrite(real, data, size / 2, offset);
-  return SQLITE_FULL;
-}
-
 template <FileCall call, int error, auto method, typename... Parameters>
 int Fault(sqlite3_file* file, Parameters... parameters) {
   return Do(call, error, [&] { return Pass<method>(file, parameters...); });
@@ -65,7 +53,7 @@ const sqlite3_io_methods kMethods = {
     1,
     &Pass<&M::xClose>,
     &Fault<FileCall::kRead, SQLITE_IOERR_READ, &M::xRead, void*, int, sqlite3_int64>,
-    &Write,
+    &Fault<FileCall::kWrite, SQLITE_IOERR_WRITE, &M::xWrite, const void*, int, sqlite3_int64>,
     &Fault<FileCall::kTruncate, SQLITE_IOERR_TRUNCATE, &M::xTruncate, sqlite3_int64>,
     &Fault<FileCall::kSync, SQLITE_IOERR_FSYNC, &M::xSync, int>,
     &Fault<FileCall::kAccess, SQLITE_IOERR_FSTAT, &M::xFileSize, sqlite3_int64*>,
@@ -103,38 +91,12 @@ int Access(sqlite3_vfs* vfs, const char* name, int flags, int* result) {
             [&] { return Real(vfs)->xAccess(Real(vfs), name, flags, result); });
 }
 
-size_t Shorten(size_t size) {
-  return std::exchange(g_shorten, false) && size > 1 ? size / 2 : size;
-}
-ssize_t ReadPartAt(int fd, void* data, size_t size, off64_t offset) {
-  return pread64(fd, data, Shorten(size), offset);
-}
-ssize_t WritePartAt(int fd, const void* data, size_t size, off64_t offset) {
-  return pwrite64(fd, data, Shorten(size), offset);
-}
-
-// Which of them SQLite uses depends on how it was built. Null gives it the system's back.
-void ReplaceSystemCalls(sqlite3_vfs* vfs, bool replace) {
-  const std::pair<const char*, void (*)()> calls[] = {
-      {"pread", reinterpret_cast<void (*)()>(&ReadPartAt)},
-      {"pwrite", reinterpret_cast<void (*)()>(&WritePartAt)},
-      {"pread64", reinterpret_cast<void (*)()>(&ReadPartAt)},
-      {"pwrite64", reinterpret_cast<void (*)()>(&WritePartAt)}};
-  for (const auto& [name, call] : calls) {
-    if (vfs->xGetSystemCall(vfs, name) == nullptr) continue;  // This SQLite does not use it.
-    vfs->xSetSystemCall(vfs, name, replace ? call : nullptr);
-  }
-}
-
 }  // namespace
 
 std::vector<FileFault> AllFileFaults() {
   using C = FileCall;
-  std::vector<FileFault> all = {
-      {C::kRead, FaultKind::kShortened, false},  {C::kRead, FaultKind::kShortened, true},
-      {C::kWrite, FaultKind::kShortened, false}, {C::kWrite, FaultKind::kShortened, true},
-      {C::kWrite, FaultKind::kFull, false},      {C::kWrite, FaultKind::kFull, true},
-      {C::kLock, FaultKind::kBusy, false},       {C::kLock, FaultKind::kBusy, true}};
+  std::vector<FileFault> all = {{C::kLock, FaultKind::kBusy, false},
+                                {C::kLock, FaultKind::kBusy, true}};
   for (const FileCall call :
        {C::kOpen, C::kRead, C::kWrite, C::kSync, C::kTruncate, C::kLock, C::kDelete, C::kAccess}) {
     all.push_back({call, FaultKind::kFails, false});
@@ -153,14 +115,12 @@ FaultyVfs::FaultyVfs() : real_(sqlite3_vfs_find(nullptr)), vfs_(*real_) {
   vfs_.xOpen = &Open;
   vfs_.xDelete = &Delete;
   vfs_.xAccess = &Access;
-  ReplaceSystemCalls(real_, true);
   sqlite3_vfs_register(&vfs_, 1);
 }
 
 FaultyVfs::~FaultyVfs() {
   sqlite3_vfs_unregister(&vfs_);
   sqlite3_vfs_register(real_, 1);
-  ReplaceSystemCalls(real_, false);
 }
 
 void FaultyVfs::Set(const FileFault& fault, int nth, std::function<void()> delay) {
@@ -172,7 +132,6 @@ void FaultyVfs::Set(const FileFault& fault, int nth, std::function<void()> delay
 
 bool FaultyVfs::Clear() {
   g_calls_left = 0;
-  g_shorten = false;
   return g_reached;
 }
 

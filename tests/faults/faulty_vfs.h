@@ -12,9 +12,8 @@ namespace faults {
 // What SQLite asks of the system; kAccess is also the question for a file's size.
 enum class FileCall { kOpen, kRead, kWrite, kSync, kTruncate, kLock, kDelete, kAccess };
 
-// kFull: half is written, then the disk is full. kBusy: another process has the lock. kShortened:
-// the system serves half, and the rest when it is asked again. kDelayed: it only comes later.
-enum class FaultKind { kFails, kFull, kBusy, kShortened, kDelayed };
+// kBusy: another process has the lock. kDelayed: it only comes later.
+enum class FaultKind { kFails, kBusy, kDelayed };
 
 struct FileFault {
   FileCall call;

@@ -53,10 +53,6 @@ class LifeCycle : public account::AccountTest {
     for (const char* user : {"ann@x", "ann@x", "qornsystem"}) {
       ASSERT_EQ(accounts->SignInAlt(user, account::kSystemAccountPassword, &uuid, &session), 1);
     }
-    std::string v[9];
-    ASSERT_EQ(accounts->GetUserInformation(uuid, &v[0], &v[1], &v[2], &v[3], &v[4], &v[5], &v[6],
-                                           &v[7], &v[8]),
-              1);
     ASSERT_EQ(accounts->SignOut(session), 1);
     runtime::Runtime::Destroy();
     cloud_->ClearRequests();

@@ -8,20 +8,11 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <mutex>
 #include <new>
-
-// The C library's own.
-extern "C" {
-void* __libc_malloc(size_t size);
-void* __libc_calloc(size_t count, size_t size);
-void* __libc_realloc(void* memory, size_t size);
-void __libc_free(void* memory);
-}
 
 namespace faults {
 namespace {
@@ -31,6 +22,9 @@ std::atomic<Side> g_side{Side::kNone};
 std::atomic<int> g_left{0};
 std::atomic<bool> g_lasting{false};
 
+// What was allocated while it was watched and is not freed yet.
+std::mutex g_mutex;
+void* g_held[1 << 16];
 std::atomic<int> g_held_count{0};
 
 bool IsWatched() { return t_side != Side::kNone && t_side == g_side; }
@@ -40,6 +34,46 @@ bool Fails() {
   const int left = --g_left;
   return left == 0 || (left < 0 && g_lasting);
 }
+
+void* Hold(void* memory) {
+  if (memory == nullptr || !IsWatched()) return memory;
+  const std::lock_guard<std::mutex> guard(g_mutex);
+  if (g_held_count == std::ssize(g_held)) std::abort();
+  g_held[g_held_count++] = memory;
+  return memory;
+}
+
+void* LetGo(void* memory) {
+  if (g_held_count == 0) return memory;
+  const std::lock_guard<std::mutex> guard(g_mutex);
+  void** const end = g_held + g_held_count;
+  void** const found = std::find(g_held, end, memory);
+  if (found != end) *found = g_held[--g_held_count];
+  return memory;
+}
+
+void* Allocate(size_t size) { return Fails() ? nullptr : Hold(malloc(size)); }
+void* Clear(size_t count, size_t size) { return Fails() ? nullptr : Hold(calloc(count, size)); }
+void* Resize(void* memory, size_t size) {
+  return Fails() ? nullptr : Hold(realloc(LetGo(memory), size));
+}
+char* Copy(const char* text) { return Fails() ? nullptr : static_cast<char*>(Hold(strdup(text))); }
+void Release(void* memory) { free(LetGo(memory)); }
+
+const int g_sqlite = [] {
+  static const sqlite3_mem_methods kMethods = {
+      [](int size) { return Allocate(static_cast<size_t>(size)); },
+      Release,
+      [](void* memory, int size) { return Resize(memory, static_cast<size_t>(size)); },
+      [](void* memory) { return static_cast<int>(malloc_usable_size(memory)); },
+      [](int size) { return (size + 7) & ~7; },
+      [](void*) { return SQLITE_OK; },
+      [](void*) {},
+      nullptr};
+  return sqlite3_config(SQLITE_CONFIG_MALLOC, &kMethods);
+}();
+const CURLcode g_curl =
+    curl_global_init_mem(CURL_GLOBAL_DEFAULT, Allocate, Release, Resize, Copy, Clear);
 
 struct Start {
   void* (*run)(void*);
@@ -77,101 +111,15 @@ MemoryIsBack::~MemoryIsBack() { t_side = before_; }
 
 }  // namespace faults
 
-#ifndef QORN_SANITIZED
-
-namespace faults {
-namespace {
-
-std::mutex g_mutex;
-void* g_held[1 << 16];
-void* Hold(void* memory) {
-  if (memory == nullptr || !IsWatched()) return memory;
-  const std::lock_guard<std::mutex> guard(g_mutex);
-  if (g_held_count == std::ssize(g_held)) std::abort();
-  g_held[g_held_count++] = memory;
-  return memory;
-}
-
-void LetGo(void* memory) {
-  if (g_held_count == 0) return;
-  const std::lock_guard<std::mutex> guard(g_mutex);
-  void** const end = g_held + g_held_count;
-  void** const found = std::find(g_held, end, memory);
-  if (found != end) *found = g_held[--g_held_count];
-}
-
-void* Refuse() {
-  errno = ENOMEM;
-  return nullptr;
-}
-
-}  // namespace
-}  // namespace faults
-
-extern "C" {
-
-void* malloc(size_t size) {
-  return faults::Fails() ? faults::Refuse() : faults::Hold(__libc_malloc(size));
-}
-
-void* calloc(size_t count, size_t size) {
-  return faults::Fails() ? faults::Refuse() : faults::Hold(__libc_calloc(count, size));
-}
-
-void* realloc(void* memory, size_t size) {
-  if (size != 0 && faults::Fails()) return faults::Refuse();
-  faults::LetGo(memory);
-  return faults::Hold(__libc_realloc(memory, size));
-}
-
-void free(void* memory) {
-  faults::LetGo(memory);
-  __libc_free(memory);
-}
-
-}  // extern "C"
-
-#else
-
-// A sanitizer keeps malloc for itself and finds itself what is held: C++, SQLite and libcurl alone
-// go through here.
-namespace faults {
-namespace {
-
-void* Allocate(size_t size) { return Fails() ? nullptr : malloc(size); }
-void* Clear(size_t count, size_t size) { return Fails() ? nullptr : calloc(count, size); }
-void* Resize(void* memory, size_t size) { return Fails() ? nullptr : realloc(memory, size); }
-char* Copy(const char* text) { return Fails() ? nullptr : strdup(text); }
-
-const int g_sqlite = [] {
-  static const sqlite3_mem_methods kMethods = {
-      [](int size) { return Allocate(static_cast<size_t>(size)); },
-      free,
-      [](void* memory, int size) { return Resize(memory, static_cast<size_t>(size)); },
-      [](void* memory) { return static_cast<int>(malloc_usable_size(memory)); },
-      [](int size) { return (size + 7) & ~7; },
-      [](void*) { return SQLITE_OK; },
-      [](void*) {},
-      nullptr};
-  return sqlite3_config(SQLITE_CONFIG_MALLOC, &kMethods);
-}();
-const CURLcode g_curl =
-    curl_global_init_mem(CURL_GLOBAL_DEFAULT, Allocate, free, Resize, Copy, Clear);
-
-}  // namespace
-}  // namespace faults
-
 void* operator new(size_t size) {
   void* const memory = faults::Allocate(size == 0 ? 1 : size);
   return memory != nullptr ? memory : throw std::bad_alloc();
 }
-void operator delete(void* memory) noexcept { free(memory); }
-void operator delete(void* memory, size_t /*size*/) noexcept { free(memory); }
+void operator delete(void* memory) noexcept { faults::Release(memory); }
+void operator delete(void* memory, size_t /*size*/) noexcept { faults::Release(memory); }
 
-// It loses the element that it reads when memory ends.
+// The XML library loses the element that it reads when memory ends.
 extern "C" const char* __lsan_default_suppressions() { return "leak:libtinyxml\n"; }
-
-#endif
 
 extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
                               void* (*run)(void*), void* argument) {

@@ -1,5 +1,5 @@
-// Memory and threads that end. A program that links memory_faults.cc allocates through it, its
-// libraries included.
+// Memory and threads that end: in a program that links memory_faults.cc, C++, SQLite and libcurl
+// allocate through it.
 #ifndef QORN_TESTS_FAULTS_MEMORY_FAULTS_H_
 #define QORN_TESTS_FAULTS_MEMORY_FAULTS_H_
 
