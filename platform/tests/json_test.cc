@@ -53,6 +53,7 @@ TEST(JSON, IsAHundredLevelsDeepAtMost) {
 
 TEST(JSONWriter, EscapesAndReplaces) {
   const std::string kCases[][2] = {{"\"\\/", R"("\"\\/")"},
+                                   {"\\", R"("\\")"},
                                    {"\b\f\n\r\t", R"("\b\f\n\r\t")"},
                                    {"\x01\x1f\x7f\0"s, "\"\\u0001\\u001f\x7f\\u0000\""},
                                    {"ä€😀a\xff.", "\"ä€😀a\xef\xbf\xbd.\""}};

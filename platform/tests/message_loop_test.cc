@@ -66,7 +66,7 @@ class TimerTest : public testing::Test {
 TEST_F(TimerTest, RunsByTheClock) {
   for (const bool is_repeating : {true, false}) {
     runs_ = 0;
-    base::Timer timer(true, is_repeating);
+    base::Timer timer(is_repeating, is_repeating);
     timer.Start(FROM_HERE, kPeriod, count_run_);
     EXPECT_TRUE(timer.IsRunning());
     const auto expected = [=](int runs) { return is_repeating ? runs : std::min(runs, 1); };
@@ -76,6 +76,7 @@ TEST_F(TimerTest, RunsByTheClock) {
       ThenAdvance(kInstant, expected(runs));
     }
     RunSteps();
+    timer.Reset();  // Without its task it stays where it is.
     EXPECT_EQ(timer.IsRunning(), is_repeating);
   }
 }

@@ -37,6 +37,16 @@ TEST(Pickle, WritesASizeAndPaddedFields) {
   EXPECT_TRUE(numbers[0] == -2 && numbers[1] == 1);
 }
 
+// The fuzz target's seeds have what is cut short.
+TEST(PickleIterator, ReadsAFieldWithoutItsPaddingAndNothingBehindTheBytes) {
+  for (const auto& [bytes, reads] :
+       {std::pair{"\x05\0\0\0\x01\0\0\0a"s, true}, std::pair{"\x09\0\0\0\x01\0\0\0abcd"s, false}}) {
+    PickleIterator reader(Pickle(bytes.data(), bytes.size()));
+    std::string text;
+    EXPECT_EQ(reader.ReadString(&text), reads) << testing::PrintToString(bytes);
+  }
+}
+
 TEST(Time, ExplodesInTheZoneOfTheMoment) {
   const std::tuple<int64_t, const char*, const char*> kCases[] = {
       {1384156800'123'999, "EAST-9", "2013 11 1 11 17 0 0 123 "},

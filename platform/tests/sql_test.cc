@@ -26,7 +26,7 @@ TEST_F(SqlTest, BindsAndReadsBytes) {
     EXPECT_TRUE(!insert.Succeeded() && insert.Run() && insert.Succeeded());
     sql::Statement made = connection_.GetUniqueStatement("SELECT a, NULL, a IS NULL FROM T");
     sql::Statement select(std::move(made));
-    EXPECT_TRUE(select.Step() && select.ColumnString(0) == text) << text;
+    EXPECT_TRUE(select.Step() && select.Succeeded() && select.ColumnString(0) == text) << text;
     EXPECT_TRUE(select.ColumnString(1).empty() && select.ColumnString(2) == "0");
     EXPECT_TRUE(!select.Step() && select.Succeeded());
   }

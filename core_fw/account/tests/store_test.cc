@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <fstream>
 
 #include "core_fw/account/src/account_db_wrapper.h"
 #include "core_fw/account/tests/test_support.h"
@@ -19,11 +20,17 @@ class StoreTest : public AccountTest {
 TEST_F(StoreTest, AFailedInitMayBeTriedAgain) {
   EXPECT_FALSE(store_.CheckAndCreateTable());
   StartRuntime();
-  std::filesystem::create_directory(database_path());  // A folder where the file should be.
+  // A folder where the file should be, then a file that is none of SQLite's.
+  std::filesystem::create_directory(database_path());
+  EXPECT_FALSE(store_.Init());
+  std::filesystem::remove(database_path());
+  std::ofstream(database_path()) << std::string(4096, 'x');
   EXPECT_FALSE(store_.Init());
   EXPECT_THAT(log_.Take(),
               testing::ElementsAre(Line(4, "CheckAndCreateTable", "DB Filename is not set"),
-                                   Line(4, "CheckAndCreateTable", "Fail to sqlite3_open")));
+                                   Line(4, "CheckAndCreateTable", "Fail to sqlite3_open"),
+                                   Line(4, "CheckAndCreateTable", "Fail to sqlite3_exec Users"),
+                                   Line(4, "CheckAndCreateTable", "Fail to sqlite3_exec Friends")));
   EXPECT_EQ(store_.AddUser({}), 3);
   std::filesystem::remove(database_path());
   EXPECT_TRUE(store_.Init());
