@@ -28,7 +28,7 @@ bool WriteAll(int fd, const std::string& line) {
 
 bool Audit::Open(const std::string& path) {
   // A pipe that nobody reads must stop neither the start nor the bus.
-  Descriptor file(
+  base::ScopedFd file(
       open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, kOwnerOnly));
   if (file.get() < 0) return false;
   base::AutoLock hold(lock_);

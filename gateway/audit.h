@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "base/lock.h"
+#include "base/scoped_fd.h"
 #include "base/thread_annotations.h"
-#include "gateway/descriptor.h"
 #include "gateway/events.h"
 #include "gateway/record.h"
 
@@ -50,7 +50,7 @@ class Audit {
   void Append(const std::string& type, std::vector<Field> fields);
 
   base::Lock lock_;
-  std::optional<Descriptor> file_ GUARDED_BY(lock_);
+  std::optional<base::ScopedFd> file_ GUARDED_BY(lock_);
   bool failed_ GUARDED_BY(lock_) = false;
   bool reported_ GUARDED_BY(lock_) = false;
 };

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "gateway/database_path.h"
 #include "gateway/doctor_cloud.h"
 #include "gateway/doctor_config.h"
 #include "gateway/doctor_database.h"
@@ -26,21 +27,23 @@ std::string Obstacle(const Findings& database, const Stored& stored, const Findi
     return "the database has to be in order first, or the new tokens are lost";
   }
   const bool answers = std::any_of(cloud.begin(), cloud.end(), [](const Finding& finding) {
-    return finding.name == "cloud.account_server.answer" && finding.state != State::kBad;
+    return finding.name == "cloud.account_server.answer" && finding.severity != Severity::kBad;
   });
   return answers ? "" : "the account server does not answer";
 }
 
 }  // namespace
 
-int RunDoctor(const DoctorOptions& options, std::ostream& out) {
+std::optional<Severity> RunDoctor(const DoctorOptions& options, std::ostream& out) {
   curl_global_init(CURL_GLOBAL_DEFAULT);
   DoctorReport report(out, StyleOf(options));
   std::optional<Config> config;
   report.Add("Configuration", ExamineConfig(options.config_file, &config));
   if (!config) return report.Finish();
   Stored stored;
-  const Findings database = ExamineDatabase(*config, &stored);
+  const Findings database = ExamineDatabase(
+      JoinDatabasePath(ValueOf(*config, "qorn_storage_path"), ValueOf(*config, "account_db_path")),
+      &stored);
   report.Add("Database", database);
   const Findings cloud = ExamineCloud(*config);
   report.Add("Cloud", cloud);

@@ -2,15 +2,14 @@
 #ifndef QORN_GATEWAY_DOCTOR_H_
 #define QORN_GATEWAY_DOCTOR_H_
 
+#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
 
-namespace gateway {
+#include "gateway/finding.h"
 
-// Exit statuses; 0 when all findings are good, kExitCannotStart when they cannot be written.
-constexpr int kExitDoctorWarnings = 1;
-constexpr int kExitDoctorBad = 3;
+namespace gateway {
 
 struct DoctorOptions {
   bool wanted = false;  // the command line asks for the doctor
@@ -21,11 +20,11 @@ struct DoctorOptions {
   bool try_refresh = false;
 };
 
-// Writes the findings to `out` and returns the exit status. Changes
-// nothing, unless try_refresh asks for new tokens for each user. Waits for a cloud that does not
-// answer for 20 seconds at most for each of its two servers. Once in a process, before other
-// threads.
-int RunDoctor(const DoctorOptions& options, std::ostream& out);
+// Writes the findings to `out` and returns the worst severity among them, or nothing when they
+// could not all be written. Changes nothing, unless try_refresh asks for new tokens for each user.
+// Waits at most 20 seconds for each of the cloud's two servers. Call it once in a process, before
+// other threads are started.
+std::optional<Severity> RunDoctor(const DoctorOptions& options, std::ostream& out);
 
 }  // namespace gateway
 

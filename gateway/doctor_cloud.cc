@@ -80,10 +80,10 @@ Finding ExamineCertificate(const std::string& url) {
   Finding finding{"certificate", std::nullopt, "is valid, although the gateway does not check it"};
   const Exchange exchange = Ask(url, true);
   if (exchange.code == CURLE_PEER_FAILED_VERIFICATION) {
-    finding.Blame(State::kWarning,
-                  "would not pass a check, which the gateway does not make: " + exchange.error);
+    finding.MarkWarning("would not pass a check, which the gateway does not make: " +
+                        exchange.error);
   } else if (!exchange.connected) {
-    finding.Blame(State::kWarning, "could not be checked: " + exchange.error);
+    finding.MarkWarning("could not be checked: " + exchange.error);
   }
   return finding;
 }
@@ -91,12 +91,12 @@ Finding ExamineCertificate(const std::string& url) {
 Finding ExamineAnswer(const Exchange& exchange) {
   Finding finding{"answer", std::nullopt, "answers with HTTP"};
   if (exchange.status == 0) {
-    finding.Blame(State::kBad, "no HTTP answer: " + exchange.error);
+    finding.MarkBad("no HTTP answer: " + exchange.error);
     return finding;
   }
   finding.value = "status " + std::to_string(exchange.status);
   if (exchange.status >= 500) {
-    finding.Blame(State::kWarning, "the server is in trouble: ask whoever runs it");
+    finding.MarkWarning("the server is in trouble: ask whoever runs it");
   }
   return finding;
 }
@@ -105,11 +105,11 @@ void JudgeClock(long seconds, Finding* finding) {
   const long apart = std::labs(seconds);
   // The header counts whole seconds and was under way for a while.
   finding->value = std::to_string(std::lround(static_cast<double>(seconds) / 10) * 10) + " s";
-  finding->Blame(State::kGood, "the clocks agree");
+  finding->Mark(Severity::kGood, "the clocks agree");
   if (apart > 60) {
-    finding->Blame(apart > 300 ? State::kBad : State::kWarning,
-                   std::string("the cloud's clock is ") + (seconds > 0 ? "ahead" : "behind") +
-                       ": set this machine's clock, by NTP if it can be reached");
+    finding->Mark(apart > 300 ? Severity::kBad : Severity::kWarning,
+                  std::string("the cloud's clock is ") + (seconds > 0 ? "ahead" : "behind") +
+                      ": set this machine's clock, by NTP if it can be reached");
   }
 }
 
@@ -123,7 +123,7 @@ Finding ExamineName(const Exchange& exchange) {
   Finding finding{"name", std::nullopt, "the host's name was found"};
   if (!exchange.address.empty()) finding.value = exchange.address;
   if (!exchange.resolved) {
-    finding.Blame(State::kBad, exchange.error + ": check the URL and this machine's DNS");
+    finding.MarkBad(exchange.error + ": check the URL and this machine's DNS");
   }
   return finding;
 }
@@ -131,7 +131,7 @@ Finding ExamineName(const Exchange& exchange) {
 Finding ExamineConnection(const Exchange& exchange) {
   Finding finding{"connection", std::nullopt, "made within 5 seconds"};
   if (!exchange.connected) {
-    finding.Blame(State::kBad, exchange.error + ": check the URL, the network and the server");
+    finding.MarkBad(exchange.error + ": check the URL, the network and the server");
   }
   return finding;
 }
@@ -139,8 +139,8 @@ Finding ExamineConnection(const Exchange& exchange) {
 Findings Examine(const std::string& url) {
   Finding syntax;
   if (!url.empty()) JudgeUrl(url, &syntax);
-  if (url.empty() || syntax.state == State::kBad) {
-    return {{"connection", std::nullopt, "not tried without a usable base URL", State::kBad}};
+  if (url.empty() || syntax.severity == Severity::kBad) {
+    return {{"connection", std::nullopt, "not tried without a usable base URL", Severity::kBad}};
   }
   // The gateway looks for the word anywhere, in small letters.
   const bool unchecked = url.find("https") != std::string::npos;
@@ -160,7 +160,7 @@ Finding ExamineProxy() {
   const std::string names = ProxyVariablesInUse();
   if (names.empty()) return finding;
   finding.value = names;
-  finding.Blame(State::kWarning, "the gateway ignores proxies and talks to the cloud directly");
+  finding.MarkWarning("the gateway ignores proxies and talks to the cloud directly");
   return finding;
 }
 

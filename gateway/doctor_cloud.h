@@ -2,7 +2,7 @@
 #define QORN_GATEWAY_DOCTOR_CLOUD_H_
 
 #include "gateway/doctor_config.h"
-#include "gateway/doctor_report.h"
+#include "gateway/finding.h"
 
 namespace gateway {
 

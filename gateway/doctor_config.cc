@@ -19,14 +19,13 @@ Finding ExamineFile(const std::string& file, const std::string& error) {
   Finding finding{"config.file", file, "can be read"};
   struct stat status {};
   if (!error.empty()) {
-    finding.Blame(State::kBad, error + "; nothing else can be examined");
+    finding.MarkBad(error + "; nothing else can be examined");
   } else if (stat(file.c_str(), &status) == 0) {
     if ((status.st_mode & S_IROTH) != 0) {
-      finding.Blame(State::kWarning,
-                    "everybody on this machine can read the client secret: chmod it to 0640");
+      finding.MarkWarning("everybody on this machine can read the client secret: chmod it to 0640");
     }
     if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
-      finding.Blame(State::kWarning, "others than its owner can change it: chmod it to 0640");
+      finding.MarkWarning("others than its owner can change it: chmod it to 0640");
     }
   }
   return finding;
@@ -35,18 +34,18 @@ Finding ExamineFile(const std::string& file, const std::string& error) {
 // What can be wrong with a value of any key.
 void JudgeValue(const runtime::ConfigEntry& entry, Finding* finding) {
   if (!entry.plain) {
-    finding->Blame(State::kWarning, "holds elements or attributes, which nothing reads");
+    finding->MarkWarning("holds elements or attributes, which nothing reads");
   }
   if (HasControlCharacter(entry.value)) {
-    finding->Blame(State::kWarning, "holds a control character");
+    finding->MarkWarning("holds a control character");
   }
   if (entry.value.starts_with("replace-with-")) {
-    finding->Blame(State::kBad, "is still the example's placeholder: put the real value here");
+    finding->MarkBad("is still the example's placeholder: put the real value here");
   }
   if (entry.value.empty()) return;
   if (std::string(kSpace).find(entry.value.front()) != std::string::npos ||
       std::string(kSpace).find(entry.value.back()) != std::string::npos) {
-    finding->Blame(State::kWarning, "begins or ends with white space, which counts");
+    finding->MarkWarning("begins or ends with white space, which counts");
   }
 }
 
@@ -64,11 +63,11 @@ class KeyExaminer {
         first = &entry;
         JudgeFirst(rule, entry, &finding);
       } else {
-        finding.Blame(State::kWarning, "stands again in line " + std::to_string(entry.line) +
-                                           ", where it is not read: the first counts");
+        finding.MarkWarning("stands again in line " + std::to_string(entry.line) +
+                            ", where it is not read: the first counts");
       }
     }
-    if (first == nullptr) finding.Blame(rule.absent_state, rule.absent);
+    if (first == nullptr) finding.Mark(rule.absent_severity, rule.absent);
     JudgeOrder(rule, first == nullptr || first->value.empty(), &finding);
     return finding;
   }
@@ -77,7 +76,7 @@ class KeyExaminer {
   static void JudgeFirst(const KeyRule& rule, const runtime::ConfigEntry& entry, Finding* finding) {
     finding->value = rule.secret ? ShortenSecret(entry.value) : entry.value;
     if (entry.value.empty()) {
-      finding->Blame(rule.empty_state, rule.empty);
+      finding->Mark(rule.empty_severity, rule.empty);
     } else {
       rule.judge(entry.value, finding);
     }
@@ -87,7 +86,7 @@ class KeyExaminer {
   // The network setting, the last key, is read only behind the eleven.
   void JudgeOrder(const KeyRule& rule, bool empty, Finding* finding) {
     if (!stopped_by_.empty()) {
-      finding->Blame(State::kWarning, "is not read, since " + stopped_by_ + " stops the reading");
+      finding->MarkWarning("is not read, since " + stopped_by_ + " stops the reading");
     } else if (rule.in_order && empty) {
       stopped_by_ = rule.name;
     }
@@ -106,7 +105,7 @@ void AddUnknownKeys(const Entries& entries, const Findings& known, Findings* fin
     findings->push_back({"config.unknown_key", entry.key,
                          "line " + std::to_string(entry.line) + ": nothing reads this key" +
                              (nearest.empty() ? "" : ": did you mean " + nearest + "?"),
-                         State::kWarning});
+                         Severity::kWarning});
   }
 }
 

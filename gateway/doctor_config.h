@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "gateway/doctor_report.h"
+#include "gateway/finding.h"
 
 namespace gateway {
 

@@ -8,7 +8,6 @@
 #include <functional>
 #include <memory>
 
-#include "gateway/database_path.h"
 #include "gateway/doctor_files.h"
 
 namespace gateway {
@@ -92,15 +91,15 @@ bool IsWriteAhead(const std::string& path) {
   return header[18] == 2 || header[19] == 2;
 }
 
-void BlameFailure(int code, const std::string& error, Finding* finding) {
+void MarkFailure(int code, const std::string& error, Finding* finding) {
   if (code == SQLITE_READONLY_ROLLBACK) {
-    finding->Blame(State::kWarning,
-                   "a write was interrupted; start the gateway, which undoes it, and look again");
+    finding->MarkWarning(
+        "a write was interrupted; start the gateway, which undoes it, and look again");
   } else if ((code & 0xff) == SQLITE_BUSY) {
-    finding->Blame(State::kWarning, "is in use just now: look again");
+    finding->MarkWarning("is in use just now: look again");
   } else {
-    finding->Blame(State::kBad, "cannot be read: " + error +
-                                    "; restore a backup, or move the file away and start afresh");
+    finding->MarkBad("cannot be read: " + error +
+                     "; restore a backup, or move the file away and start afresh");
   }
 }
 
@@ -111,13 +110,13 @@ bool ExamineIntegrity(Reader* reader, Finding* finding) {
     if (Text(row, 0) != "ok") first_fault = Text(row, 0);
   });
   if (code != SQLITE_OK) {
-    BlameFailure(code, reader->Error(), finding);
+    MarkFailure(code, reader->Error(), finding);
     return false;
   }
   if (first_fault.empty()) return true;
   for (char& c : first_fault) c = c == '\n' ? ' ' : c;
-  finding->Blame(State::kBad, "is damaged (" + first_fault +
-                                  "): restore a backup, or move the file away and start afresh");
+  finding->MarkBad("is damaged (" + first_fault +
+                   "): restore a backup, or move the file away and start afresh");
   return true;
 }
 
@@ -128,17 +127,17 @@ void ExamineTable(Reader* reader, const TableRule& rule, Finding* finding) {
   finding->value = std::to_string(columns.size()) + " columns";
   if (columns.empty()) {
     finding->value.reset();
-    finding->Blame(State::kWarning, "is not there: the gateway makes it at its next start");
+    finding->MarkWarning("is not there: the gateway makes it at its next start");
     return;
   }
   for (size_t i = 0; i < rule.columns.size(); ++i) {
     if (i < columns.size() && columns[i] == rule.columns[i]) continue;
-    finding->Blame(State::kBad, "column " + std::to_string(i + 1) + " is not " + rule.columns[i] +
-                                    ": this is not the gateway's table; move the file away");
+    finding->MarkBad("column " + std::to_string(i + 1) + " is not " + rule.columns[i] +
+                     ": this is not the gateway's table; move the file away");
     return;
   }
   if (columns.size() > rule.columns.size()) {
-    finding->Blame(State::kWarning, "has columns that are not the gateway's");
+    finding->MarkWarning("has columns that are not the gateway's");
   }
 }
 
@@ -151,7 +150,7 @@ Finding ExamineForeign(Reader* reader) {
       [&](sqlite3_stmt* row) { names += (names.empty() ? "" : ", ") + Text(row, 0); });
   if (names.empty()) return finding;
   finding.value = names;
-  finding.Blame(State::kWarning, "not the gateway's: find out which program put it there");
+  finding.MarkWarning("not the gateway's: find out which program put it there");
   return finding;
 }
 
@@ -175,7 +174,7 @@ void ReadContent(Reader* reader, Stored* stored) {
 // Whether SQLite can read what tables there are.
 void ExamineSchema(Reader* reader, Finding* finding) {
   const int code = reader->Read("SELECT name FROM sqlite_master", [](sqlite3_stmt*) {});
-  if (code != SQLITE_OK) BlameFailure(code, reader->Error(), finding);
+  if (code != SQLITE_OK) MarkFailure(code, reader->Error(), finding);
 }
 
 }  // namespace
@@ -195,11 +194,10 @@ Findings GlanceAtDatabase(const std::string& path) {
   return findings;
 }
 
-Findings ExamineDatabase(const Config& config, Stored* stored) {
-  const std::string path =
-      JoinDatabasePath(ValueOf(config, "qorn_storage_path"), ValueOf(config, "account_db_path"));
+Findings ExamineDatabase(const std::string& path, Stored* stored) {
   if (path.empty()) {
-    return {{"database.file", std::nullopt, "there is none without account_db_path", State::kBad}};
+    return {
+        {"database.file", std::nullopt, "there is none without account_db_path", Severity::kBad}};
   }
   Findings findings;
   if (!ExamineFiles(path, &findings)) {
@@ -211,9 +209,9 @@ Findings ExamineDatabase(const Config& config, Stored* stored) {
   Finding integrity{"database.integrity", std::nullopt, "SQLite finds it sound"};
   const bool readable = ExamineIntegrity(&reader, &integrity);
   if (write_ahead) {
-    integrity.Blame(State::kWarning,
-                    "another program switched it to write-ahead logging: what lies in the -wal "
-                    "file is not seen here");
+    integrity.MarkWarning(
+        "another program switched it to write-ahead logging: what lies in the -wal "
+        "file is not seen here");
   }
   findings.push_back(integrity);
   if (!readable) return findings;
@@ -225,7 +223,7 @@ Findings ExamineDatabase(const Config& config, Stored* stored) {
   }
   findings.insert(findings.end(), tables.begin(), tables.end());
   findings.push_back(ExamineForeign(&reader));
-  if (integrity.state != State::kBad && !HasBad(tables)) ReadContent(&reader, stored);
+  if (integrity.severity != Severity::kBad && !HasBad(tables)) ReadContent(&reader, stored);
   return findings;
 }
 

@@ -4,8 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "gateway/doctor_config.h"
-#include "gateway/doctor_report.h"
+#include "gateway/finding.h"
 
 namespace gateway {
 
@@ -27,7 +26,7 @@ struct Stored {
 
 // Examines folder and file and reads the content, without a write of any kind: no lock that is
 // kept, no journal, no roll-back. A database that is locked is waited for, for two seconds.
-Findings ExamineDatabase(const Config& config, Stored* stored);
+Findings ExamineDatabase(const std::string& path, Stored* stored);
 
 // Examines folder and file in the same way, and of the content what can be seen at once: a large
 // database is not read whole, a locked one is not waited for.

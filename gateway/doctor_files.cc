@@ -39,34 +39,32 @@ std::string FolderOf(const std::string& path) {
   return slash == 0 ? "/" : path.substr(0, slash);
 }
 
-// Blames what can be wrong with the owner and the mode of a folder or a file.
+// Marks what can be wrong with the owner and the mode of a folder or a file.
 void JudgeAccess(const std::string& path, const struct stat& status, int wanted,
                  const std::string& mode, Finding* finding) {
   const bool folder = S_ISDIR(status.st_mode);
   const char* const object = folder ? "folder" : "file";
   const std::string owner = UserName(status.st_uid);
-  finding->Blame(State::kGood, "only its owner, " + owner + ", can get at it");
+  finding->Mark(Severity::kGood, "only its owner, " + owner + ", can get at it");
   if ((status.st_mode & kOthers) != 0) {
-    finding->Blame(State::kWarning, std::string("others than its owner can get at the ") + object +
-                                        " (mode " + Octal(status.st_mode) + "): chmod it to " +
-                                        mode);
+    finding->MarkWarning(std::string("others than its owner can get at the ") + object + " (mode " +
+                         Octal(status.st_mode) + "): chmod it to " + mode);
   }
   if (faccessat(AT_FDCWD, path.c_str(), wanted, AT_EACCESS) == 0) return;
-  finding->Blame(State::kBad, "this user, " + UserName(geteuid()) + ", cannot use it (" +
-                                  std::strerror(errno) + "): run as the gateway's user");
+  finding->MarkBad("this user, " + UserName(geteuid()) + ", cannot use it (" +
+                   std::strerror(errno) + "): run as the gateway's user");
 }
 
 bool ExamineFolder(const std::string& folder, uid_t* owner, Finding* finding) {
   struct stat status {};
   if (stat(folder.c_str(), &status) != 0) {
-    finding->Blame(State::kBad, errno == ENOENT
-                                    ? "is not there, and the gateway does not make it: make it, "
-                                      "for the gateway's user, with mode 0700"
-                                    : std::string("cannot be examined: ") + std::strerror(errno));
+    finding->MarkBad(errno == ENOENT ? "is not there, and the gateway does not make it: make it, "
+                                       "for the gateway's user, with mode 0700"
+                                     : std::string("cannot be examined: ") + std::strerror(errno));
     return false;
   }
   if (!S_ISDIR(status.st_mode)) {
-    finding->Blame(State::kBad, "is not a folder");
+    finding->MarkBad("is not a folder");
     return false;
   }
   JudgeAccess(folder, status, R_OK | W_OK | X_OK, "0700", finding);
@@ -78,15 +76,15 @@ Finding ExamineSpace(const std::string& folder) {
   Finding finding{"database.free_space", std::nullopt, "enough for many users"};
   struct statvfs space {};
   if (statvfs(folder.c_str(), &space) != 0) {
-    finding.Blame(State::kWarning, std::string("cannot be told: ") + std::strerror(errno));
+    finding.MarkWarning(std::string("cannot be told: ") + std::strerror(errno));
     return finding;
   }
   const uint64_t free_space = uint64_t{space.f_bavail} * space.f_frsize;
   finding.value = std::to_string(free_space / kMebibyte) + " MiB";
   if (free_space < kMebibyte) {
-    finding.Blame(State::kBad, "writes will fail, and the gateway does not report that: make room");
+    finding.MarkBad("writes will fail, and the gateway does not report that: make room");
   } else if (free_space < 16 * kMebibyte) {
-    finding.Blame(State::kWarning, "make room soon: a write that fails is not reported");
+    finding.MarkWarning("make room soon: a write that fails is not reported");
   }
   return finding;
 }
@@ -96,20 +94,20 @@ bool ExamineFile(const std::string& path, uid_t folder_owner, Finding* finding) 
   struct stat status {};
   if (stat(path.c_str(), &status) != 0) {
     if (errno == ENOENT) {
-      finding->Blame(State::kWarning, "is not there: the gateway makes it at its next start");
+      finding->MarkWarning("is not there: the gateway makes it at its next start");
     } else {
-      finding->Blame(State::kBad, std::string("cannot be examined: ") + std::strerror(errno));
+      finding->MarkBad(std::string("cannot be examined: ") + std::strerror(errno));
     }
     return false;
   }
   if (!S_ISREG(status.st_mode)) {
-    finding->Blame(State::kBad, "is not a file: the gateway cannot store anything");
+    finding->MarkBad("is not a file: the gateway cannot store anything");
     return false;
   }
   JudgeAccess(path, status, R_OK | W_OK, "0600", finding);
   if (status.st_uid != folder_owner) {
-    finding->Blame(State::kWarning, "its folder belongs to " + UserName(folder_owner) +
-                                        ": give the file to the same user");
+    finding->MarkWarning("its folder belongs to " + UserName(folder_owner) +
+                         ": give the file to the same user");
   }
   return faccessat(AT_FDCWD, path.c_str(), R_OK, AT_EACCESS) == 0;
 }
@@ -121,10 +119,10 @@ Finding ExamineLeftovers(const std::string& path) {
     const std::string beside = path + suffix;
     if (lstat(beside.c_str(), &status) != 0) continue;
     finding.value = finding.value ? *finding.value + " " + beside : beside;
-    finding.Blame(State::kWarning, std::string(suffix) == "-journal"
-                                       ? "a write is under way, or one was interrupted and is "
-                                         "undone at the gateway's next start: leave it there"
-                                       : "another program than the gateway wrote the database");
+    finding.MarkWarning(std::string(suffix) == "-journal"
+                            ? "a write is under way, or one was interrupted and is "
+                              "undone at the gateway's next start: leave it there"
+                            : "another program than the gateway wrote the database");
   }
   return finding;
 }

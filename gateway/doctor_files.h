@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "gateway/doctor_report.h"
+#include "gateway/finding.h"
 
 namespace gateway {
 

@@ -63,9 +63,9 @@ void JudgeSwitch(const std::string& value, const char* on, const char* off, Find
   finding->advice = value == "on" ? on : off;
   if (value == "on" || value == "off") return;
   if (IsOneOf(lower, {"on", "true", "yes", "1", "enable", "enabled", "y", "t"})) {
-    finding->Blame(State::kWarning, "only looks like \"on\" and counts as off: write \"on\"");
+    finding->MarkWarning("only looks like \"on\" and counts as off: write \"on\"");
   } else if (!IsOneOf(lower, {"off", "false", "no", "0", "disable", "disabled", "n", "f"})) {
-    finding->Blame(State::kWarning, "is neither \"on\" nor \"off\" and counts as off");
+    finding->MarkWarning("is neither \"on\" nor \"off\" and counts as off");
   }
 }
 
@@ -76,9 +76,8 @@ void JudgeLogLevel(const std::string& value, Finding* finding) {
   if (IsOneOf(value, words)) return;
   const std::string nearest =
       Nearest(Lower(value).starts_with("log_") ? value : "LOG_" + value, words);
-  finding->Blame(State::kWarning,
-                 "is no log level, so LOG_INFO counts" +
-                     (nearest.empty() ? std::string() : ": did you mean " + nearest + "?"));
+  finding->MarkWarning("is no log level, so LOG_INFO counts" +
+                       (nearest.empty() ? std::string() : ": did you mean " + nearest + "?"));
 }
 
 void JudgeSession(const std::string& value, Finding* finding) {
@@ -92,20 +91,19 @@ void JudgeNetwork(const std::string& value, Finding* finding) {
 
 void JudgeFolder(const std::string& value, Finding* finding) {
   if (value.back() != '/') {
-    finding->Blame(State::kWarning,
-                   "has no \"/\" at its end: the file's name is put straight behind it");
+    finding->MarkWarning("has no \"/\" at its end: the file's name is put straight behind it");
   }
   if (value.front() != '/') {
-    finding->Blame(State::kWarning,
-                   "does not begin with \"/\": it depends on the folder from which the gateway is "
-                   "started");
+    finding->MarkWarning(
+        "does not begin with \"/\": it depends on the folder from which the gateway is "
+        "started");
   }
 }
 
 void JudgeFileName(const std::string& value, Finding* finding) {
   if (value.find('/') == std::string::npos) return;
-  finding->Blame(State::kWarning,
-                 "holds a \"/\": name the folder in qorn_storage_path and only the file here");
+  finding->MarkWarning(
+      "holds a \"/\": name the folder in qorn_storage_path and only the file here");
 }
 
 void JudgeNothing(const std::string& /*value*/, Finding* /*finding*/) {}
@@ -118,47 +116,49 @@ bool NeedsEscape(char c) {
 
 void JudgeForm(const std::string& value, Finding* finding) {
   if (std::any_of(value.begin(), value.end(), NeedsEscape)) {
-    finding->Blame(State::kWarning, kUnescapedForm);
+    finding->MarkWarning(kUnescapedForm);
   }
 }
 
 void JudgeXml(const std::string& value, Finding* finding) {
   if (value.find_first_of("&<") == std::string::npos) return;
-  finding->Blame(State::kWarning, kUnescapedXml);
+  finding->MarkWarning(kUnescapedXml);
 }
 
 void JudgeAddress(const std::string& value, Finding* finding) {
   JudgeForm(value, finding);
   if (value == "02:00:00:00:00:01") {
-    finding->Blame(State::kWarning, "is the example's address: each gateway needs its own");
+    finding->MarkWarning("is the example's address: each gateway needs its own");
   }
 }
 
 constexpr KeyRule Mandatory(const char* name, const char* meaning,
                             void (*judge)(const std::string&, Finding*)) {
-  return {name, meaning, State::kBad, kNoDefault, State::kBad, kEmptyText, true, false, judge};
+  return {name,       meaning, Severity::kBad, kNoDefault, Severity::kBad,
+          kEmptyText, true,    false,          judge};
 }
 
 std::vector<KeyRule> MakeRules() {
   KeyRule secret = Mandatory("OAuth_AsClient_app_secret", "the OAuth client secret", JudgeForm);
   secret.secret = true;
   return {
-      {"account_log_level", "the least severity of the component's log lines", State::kGood,
-       "is absent: LOG_INFO counts", State::kWarning, "is empty: LOG_INFO counts", false, false,
+      {"account_log_level", "the least severity of the component's log lines", Severity::kGood,
+       "is absent: LOG_INFO counts", Severity::kWarning, "is empty: LOG_INFO counts", false, false,
        JudgeLogLevel},
-      {"account_use_session", "", State::kGood, "is absent: session mode is on", State::kWarning,
-       "is empty, which counts as off: write \"on\" or \"off\"", false, false, JudgeSession},
+      {"account_use_session", "", Severity::kGood, "is absent: session mode is on",
+       Severity::kWarning, "is empty, which counts as off: write \"on\" or \"off\"", false, false,
+       JudgeSession},
       {"account_default_value",
        "the user whom the list of all users also holds with session mode "
        "off",
-       State::kGood, "is absent: no default user", State::kWarning,
+       Severity::kGood, "is absent: no default user", Severity::kWarning,
        "is empty: with session mode off, the list of all users holds an empty entry", false, false,
        JudgeNothing},
-      {"qorn_storage_path", "the folder of the database", State::kGood,
-       "is absent: the database lies in the program's folder", State::kGood,
+      {"qorn_storage_path", "the folder of the database", Severity::kGood,
+       "is absent: the database lies in the program's folder", Severity::kGood,
        "is empty: the database lies in the program's folder", false, false, JudgeFolder},
-      {"account_db_path", "the file name of the database", State::kBad,
-       "is missing: no account can be stored or found", State::kBad,
+      {"account_db_path", "the file name of the database", Severity::kBad,
+       "is missing: no account can be stored or found", Severity::kBad,
        "is empty: no account can be stored or found", false, false, JudgeFileName},
       Mandatory("OAuth_AsClient_app_name", "the name of this application", JudgeNothing),
       Mandatory("OAuth_AsClient_app_id", "the OAuth client ID", JudgeForm),
@@ -172,10 +172,10 @@ std::vector<KeyRule> MakeRules() {
       Mandatory("account_zep_auth_url", "the account server's base URL", JudgeUrl),
       Mandatory("account_user_portal_url", "the User Portal's base URL", JudgeUrl),
       Mandatory("account_qor_device_name", "the gateway's name for its users", JudgeNothing),
-      {"account_enable_MIRLO_network_setting", "", State::kWarning,
+      {"account_enable_MIRLO_network_setting", "", Severity::kWarning,
        "is absent, which counts as off and leaves an error line in the log: write \"on\" or "
        "\"off\"",
-       State::kWarning,
+       Severity::kWarning,
        "is empty, which counts as off and leaves an error line in the log: write \"on\" or "
        "\"off\"",
        false, false, JudgeNetwork},

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "gateway/doctor_report.h"
+#include "gateway/finding.h"
 
 namespace gateway {
 
@@ -13,9 +13,9 @@ struct KeyRule {
   const char* name;
   const char* meaning;  // of a value with which nothing is wrong
   // Of a key that is absent, and of one that is empty.
-  State absent_state;
+  Severity absent_severity;
   const char* absent;
-  State empty_state;
+  Severity empty_severity;
   const char* empty;
   // One of the eleven that are read in this order, up to the first that is absent or empty.
   bool in_order;

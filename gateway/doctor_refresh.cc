@@ -12,7 +12,7 @@
 namespace gateway {
 namespace {
 
-Finding Untried(State state, const std::string& why) {
+Finding Untried(Severity state, const std::string& why) {
   return {"users.refresh", std::nullopt, why, state};
 }
 
@@ -33,8 +33,7 @@ class QuietLog {
 Finding Refresh(const Host& host, const StoredUser& user) {
   Finding finding{"users.refresh", user.id, "the account server gave new tokens"};
   if (host.accounts()->RefreshAccessToken(user.id) != kAccountSuccess) {
-    finding.Blame(State::kBad,
-                  "the account server gave no new tokens: sign in again with a new code");
+    finding.MarkBad("the account server gave no new tokens: sign in again with a new code");
   }
   return finding;
 }
@@ -47,11 +46,11 @@ Findings RefreshAll(const DoctorOptions& options, const Stored& stored) {
   const QuietLog quiet;
   std::string error;
   const std::unique_ptr<Host> host = Host::Start(options.config_file, options.components, &error);
-  if (host == nullptr) return {Untried(State::kBad, "not tried: " + error)};
+  if (host == nullptr) return {Untried(Severity::kBad, "not tried: " + error)};
   Findings findings;
   for (const StoredUser& user : stored.users) {
     if (signals.WaitForStop(std::chrono::milliseconds(0))) {
-      findings.push_back(Untried(State::kBad, "the rest was not tried: told to stop"));
+      findings.push_back(Untried(Severity::kBad, "the rest was not tried: told to stop"));
       break;
     }
     if (CanRefresh(user)) findings.push_back(Refresh(*host, user));
@@ -65,11 +64,11 @@ Findings ExamineRefresh(const DoctorOptions& options, const Stored& stored,
                         const std::string& obstacle) {
   const bool any = std::any_of(stored.users.begin(), stored.users.end(), CanRefresh);
   if (options.try_refresh && !obstacle.empty()) {
-    return {Untried(State::kBad, "not tried: " + obstacle)};
+    return {Untried(Severity::kBad, "not tried: " + obstacle)};
   }
   if (!any) return {};
   if (options.try_refresh) return RefreshAll(options, stored);
-  return {Untried(State::kGood,
+  return {Untried(Severity::kGood,
                   "whether the cloud refreshes their tokens was not tried, since that spends them: "
                   "--try-refresh does")};
 }

@@ -5,7 +5,7 @@
 
 #include "gateway/doctor.h"
 #include "gateway/doctor_database.h"
-#include "gateway/doctor_report.h"
+#include "gateway/finding.h"
 
 namespace gateway {
 

@@ -2,10 +2,8 @@
 
 #include <algorithm>
 
-#include "gateway/doctor.h"
 #include "gateway/json_line.h"
 #include "gateway/layout.h"
-#include "gateway/runner.h"
 #include "gateway/text.h"
 
 namespace gateway {
@@ -13,12 +11,12 @@ namespace {
 
 constexpr size_t kMaxShownBytes = 200;
 
-const char* NameOf(State state) {
+const char* NameOf(Severity state) {
   static constexpr const char* kNames[] = {"good", "warning", "bad"};
   return kNames[static_cast<size_t>(state)];
 }
 
-const char* ColorOf(State state) {
+const char* ColorOf(Severity state) {
   static constexpr const char* kColors[] = {"\x1b[32m", "\x1b[33m", "\x1b[1;31m"};
   return kColors[static_cast<size_t>(state)];
 }
@@ -37,53 +35,41 @@ Field NumberField(const char* name, size_t number) {
 
 }  // namespace
 
-void Finding::Blame(State found, const std::string& text) {
-  if (found < state || (found == state && advice.find(text) != std::string::npos)) return;
-  const bool adds = found == state && state != State::kGood;
-  advice = adds ? advice + "; " + text : text;
-  state = found;
-}
-
-bool HasBad(const Findings& findings) {
-  return std::any_of(findings.begin(), findings.end(),
-                     [](const Finding& finding) { return finding.state == State::kBad; });
-}
-
 void DoctorReport::Add(const std::string& title, const Findings& findings) {
   if (style_ != Style::kJson) out_ << title << "\n";
   size_t name_width = 0;
   for (const Finding& finding : findings) name_width = std::max(name_width, finding.name.size());
   for (const Finding& finding : findings) {
-    ++counts_[static_cast<size_t>(finding.state)];
+    ++counts_[static_cast<size_t>(finding.severity)];
     style_ == Style::kJson ? WriteJson(finding) : WriteText(finding, name_width);
   }
   if (style_ != Style::kJson) out_ << "\n";
   out_.flush();
 }
 
-int DoctorReport::Finish() {
+std::optional<Severity> DoctorReport::Finish() {
   if (style_ == Style::kJson) {
-    out_ << JsonLine(
-        {"summary",
-         "",
-         {NumberField("good", Count(State::kGood)), NumberField("warning", Count(State::kWarning)),
-          NumberField("bad", Count(State::kBad))},
-         "",
-         {}},
-        true);
+    out_ << JsonLine({"summary",
+                      "",
+                      {NumberField("good", Count(Severity::kGood)),
+                       NumberField("warning", Count(Severity::kWarning)),
+                       NumberField("bad", Count(Severity::kBad))},
+                      "",
+                      {}},
+                     true);
   } else {
-    out_ << Count(State::kBad) << " bad, " << Count(State::kWarning) << " warnings, "
-         << Count(State::kGood) << " good\n";
+    out_ << Count(Severity::kBad) << " bad, " << Count(Severity::kWarning) << " warnings, "
+         << Count(Severity::kGood) << " good\n";
   }
   out_.flush();
-  if (!out_) return kExitCannotStart;
-  if (Count(State::kBad) > 0) return kExitDoctorBad;
-  return Count(State::kWarning) > 0 ? kExitDoctorWarnings : kExitGood;
+  if (!out_) return std::nullopt;
+  if (Count(Severity::kBad) > 0) return Severity::kBad;
+  return Count(Severity::kWarning) > 0 ? Severity::kWarning : Severity::kGood;
 }
 
 void DoctorReport::WriteText(const Finding& finding, size_t name_width) {
   const bool color = style_ == Style::kColor;
-  out_ << "  " << (color ? ColorOf(finding.state) : "") << PadTo(NameOf(finding.state), 9)
+  out_ << "  " << (color ? ColorOf(finding.severity) : "") << PadTo(NameOf(finding.severity), 9)
        << (color ? "\x1b[0m" : "");
   if (finding.value) {
     out_ << PadTo(finding.name, name_width) << "  " << Visible(Cut(*finding.value));
@@ -100,7 +86,7 @@ void DoctorReport::WriteJson(const Finding& finding) {
   out_ << JsonLine({"finding",
                     "",
                     {{"name", {finding.name}},
-                     {"state", {NameOf(finding.state)}},
+                     {"state", {NameOf(finding.severity)}},
                      value,
                      {"advice", {finding.advice}}},
                     "",

@@ -6,28 +6,10 @@
 #include <optional>
 #include <ostream>
 #include <string>
-#include <vector>
+
+#include "gateway/finding.h"
 
 namespace gateway {
-
-enum class State { kGood, kWarning, kBad };
-
-struct Finding {
-  // Dotted, stable: scripts look for it.
-  std::string name;
-  // No value: there is none, or it is not to be shown.
-  std::optional<std::string> value;
-  // One line: what it means, or what to do.
-  std::string advice;
-  State state = State::kGood;
-
-  // Keeps the worst state with all that was said for it; of good ones the last word counts.
-  void Blame(State found, const std::string& text);
-};
-
-using Findings = std::vector<Finding>;
-
-bool HasBad(const Findings& findings);
 
 // Writes findings for people, or one JSON object a line.
 class DoctorReport {
@@ -38,14 +20,14 @@ class DoctorReport {
   DoctorReport(std::ostream& out, Style style) : out_(out), style_(style) {}
 
   void Add(const std::string& title, const Findings& findings);
-  // Writes the totals and returns the program's exit status, kExitCannotStart when not all could be
+  // Writes the totals. Returns the worst severity that was added, or nothing when not all could be
   // written.
-  int Finish();
+  std::optional<Severity> Finish();
 
  private:
   void WriteText(const Finding& finding, size_t name_width);
   void WriteJson(const Finding& finding);
-  size_t Count(State state) const { return counts_[static_cast<size_t>(state)]; }
+  size_t Count(Severity state) const { return counts_[static_cast<size_t>(state)]; }
 
   std::ostream& out_;
   const Style style_;

@@ -32,17 +32,17 @@ void JudgeScheme(const std::string& text, const std::string& scheme, const std::
                  Finding* finding) {
   // In capitals the gateway does not find the word, and the certificate is checked.
   if (scheme == "https" && text.find("https") != std::string::npos) {
-    finding->Blame(State::kWarning,
-                   "the server's certificate will not be checked, so whoever sits on the way can "
-                   "read and change what is sent");
+    finding->MarkWarning(
+        "the server's certificate will not be checked, so whoever sits on the way can "
+        "read and change what is sent");
   } else if (scheme == "http" && !IsLoopback(host)) {
-    finding->Blame(State::kWarning, "secrets and tokens cross the network in clear: use https");
+    finding->MarkWarning("secrets and tokens cross the network in clear: use https");
   }
 }
 
 void HidePassword(const Url& url, Finding* finding) {
   if (Part(url, CURLUPART_USER).empty() && Part(url, CURLUPART_PASSWORD).empty()) return;
-  finding->Blame(State::kWarning, "holds a user or password (not shown): take it out");
+  finding->MarkWarning("holds a user or password (not shown): take it out");
   curl_url_set(url.get(), CURLUPART_USER, nullptr, 0);
   curl_url_set(url.get(), CURLUPART_PASSWORD, nullptr, 0);
   finding->value = Part(url, CURLUPART_URL);
@@ -54,26 +54,26 @@ void JudgeUrl(const std::string& url, Finding* finding) {
   const Url parsed(curl_url());
   const CURLUcode code = curl_url_set(parsed.get(), CURLUPART_URL, url.c_str(), 0);
   if (code == CURLUE_BAD_SCHEME || url.find("://") == std::string::npos) {
-    finding->Blame(State::kBad, "does not begin with https://");
+    finding->MarkBad("does not begin with https://");
     return;
   }
   if (code != CURLUE_OK) {
-    finding->Blame(State::kBad, std::string("is not a URL: ") + curl_url_strerror(code));
+    finding->MarkBad(std::string("is not a URL: ") + curl_url_strerror(code));
     return;
   }
   HidePassword(parsed, finding);
   const std::string scheme = Part(parsed, CURLUPART_SCHEME);
   if (scheme != "http" && scheme != "https") {
-    finding->Blame(State::kBad, "does not begin with https://");
+    finding->MarkBad("does not begin with https://");
     return;
   }
   if (url.find_first_of("?#") != std::string::npos) {
-    finding->Blame(State::kBad, "paths are put behind it, so it must hold no \"?\" and no \"#\"");
+    finding->MarkBad("paths are put behind it, so it must hold no \"?\" and no \"#\"");
   }
   if (url.back() == '/') {
-    finding->Blame(State::kWarning,
-                   "ends with \"/\", and paths begin with one: take it away, or requests go to "
-                   "\"//...\"");
+    finding->MarkWarning(
+        "ends with \"/\", and paths begin with one: take it away, or requests go to "
+        "\"//...\"");
   }
   JudgeScheme(url, scheme, Part(parsed, CURLUPART_HOST), finding);
 }

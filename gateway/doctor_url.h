@@ -4,11 +4,11 @@
 
 #include <string>
 
-#include "gateway/doctor_report.h"
+#include "gateway/finding.h"
 
 namespace gateway {
 
-// Blames what is suspicious; bad means that no request can be made with it. A password in it
+// Marks what is suspicious; bad means that no request can be made with it. A password in it
 // leaves the finding's value.
 void JudgeUrl(const std::string& url, Finding* finding);
 

@@ -7,17 +7,16 @@ namespace {
 
 Finding ExamineTokens(const StoredUser& user) {
   Finding finding{"users.tokens", user.id, "has a refresh token, an access token and a GUID"};
-  if (user.id.empty()) finding.Blame(State::kWarning, "a user without ID: remove it");
+  if (user.id.empty()) finding.MarkWarning("a user without ID: remove it");
   if (!user.has_refresh_token) {
-    finding.Blame(State::kWarning,
-                  "has no refresh token: to use the cloud, sign in again with a new code");
+    finding.MarkWarning("has no refresh token: to use the cloud, sign in again with a new code");
   }
   if (!user.has_access_token) {
-    finding.Blame(State::kWarning, "has no access token: refresh it or sign in with a new code");
+    finding.MarkWarning("has no access token: refresh it or sign in with a new code");
   }
   if (!user.has_guid) {
-    finding.Blame(State::kWarning,
-                  "has no GUID, so no sign-in with a code can match: remove and create it again");
+    finding.MarkWarning(
+        "has no GUID, so no sign-in with a code can match: remove and create it again");
   }
   return finding;
 }
@@ -25,10 +24,10 @@ Finding ExamineTokens(const StoredUser& user) {
 Finding ExamineFriends(const Stored& stored) {
   Finding finding{"users.friends", std::to_string(stored.friends), "friends are stored"};
   if (stored.friends_without_user > 0) {
-    finding.Blame(State::kWarning,
-                  "friends of users who are gone: " + std::to_string(stored.friends_without_user) +
-                      "; only remove-friend-from-db or a factory reset takes them "
-                      "away");
+    finding.MarkWarning(
+        "friends of users who are gone: " + std::to_string(stored.friends_without_user) +
+        "; only remove-friend-from-db or a factory reset takes them "
+        "away");
   }
   return finding;
 }
@@ -40,12 +39,12 @@ Finding ExamineDefault(const Config& config, const Stored& stored) {
   const std::string value = ValueOf(config, "account_default_value");
   if (value.empty() || mode == config.end() || mode->second == "on") return finding;
   finding.value = value;
-  finding.Blame(State::kGood, "is a stored user");
+  finding.Mark(Severity::kGood, "is a stored user");
   const bool known = std::any_of(stored.users.begin(), stored.users.end(),
                                  [&](const StoredUser& user) { return user.uuid == value; });
   if (!known) {
-    finding.Blame(State::kWarning,
-                  "account_default_value is no stored user's UUID: operations on it will fail");
+    finding.MarkWarning(
+        "account_default_value is no stored user's UUID: operations on it will fail");
   }
   return finding;
 }
@@ -55,7 +54,7 @@ Finding ExamineDefault(const Config& config, const Stored& stored) {
 Findings ExamineUsers(const Config& config, const Stored& stored) {
   if (!stored.read) {
     return {{"users.stored", std::nullopt, "cannot be told: see what is wrong with the database",
-             State::kWarning}};
+             Severity::kWarning}};
   }
   Findings findings = {{"users.stored", std::to_string(stored.users.size()), "users are stored"}};
   findings.push_back(ExamineFriends(stored));

@@ -3,7 +3,7 @@
 
 #include "gateway/doctor_config.h"
 #include "gateway/doctor_database.h"
-#include "gateway/doctor_report.h"
+#include "gateway/finding.h"
 
 namespace gateway {
 

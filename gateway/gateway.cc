@@ -23,6 +23,7 @@
 #include "gateway/console.h"
 #include "gateway/doctor.h"
 #include "gateway/events.h"
+#include "gateway/exit_status.h"
 #include "gateway/host.h"
 #include "gateway/line_source.h"
 #include "gateway/log_view.h"
@@ -85,9 +86,9 @@ RunOptions MakeRunOptions(const Options& options) {
   return run;
 }
 
-Descriptor OpenInput(const Options& options) {
-  if (options.script_file.empty()) return Descriptor(dup(STDIN_FILENO));
-  return Descriptor(open(options.script_file.c_str(), O_RDONLY | O_CLOEXEC));
+base::ScopedFd OpenInput(const Options& options) {
+  if (options.script_file.empty()) return base::ScopedFd(dup(STDIN_FILENO));
+  return base::ScopedFd(open(options.script_file.c_str(), O_RDONLY | O_CLOEXEC));
 }
 
 GatewayFacts MakeFacts(const Options& options, const Host& host) {
@@ -101,6 +102,12 @@ GatewayFacts MakeFacts(const Options& options, const Host& host) {
   facts.log_file = options.log_file;
   facts.audit_file = options.audit_file;
   return facts;
+}
+
+int ExitStatusOf(std::optional<Severity> worst) {
+  if (!worst) return kExitCannotStart;
+  if (*worst == Severity::kBad) return kExitDoctorBad;
+  return *worst == Severity::kWarning ? kExitDoctorWarnings : kExitGood;
 }
 
 // The program from its start to its end.
@@ -119,8 +126,8 @@ class Program {
   void SayStopping();
   // Opens log and audit, or opens them anew. False after a line that says what cannot be opened.
   bool OpenFiles();
-  int RunConsole(const Host& host, Descriptor input);
-  int ReadLines(Console* console, Descriptor input);
+  bool RunConsole(const Host& host, base::ScopedFd input);
+  bool ReadLines(Console* console, base::ScopedFd input);
   void Watch(std::optional<std::chrono::seconds> time);
   ConsoleServices MakeServices(const Host& host);
 
@@ -154,7 +161,7 @@ bool Program::OpenFiles() {
 }
 
 int Program::Run() {
-  Descriptor input = OpenInput(options_);
+  base::ScopedFd input = OpenInput(options_);
   if (input.get() < 0) {
     printer_.Error(MakeRunOptions(options_).source_name +
                    ": cannot be opened: " + std::strerror(errno));
@@ -176,29 +183,29 @@ int Program::Run() {
   }
   for (const std::string& fault : host->storage_faults()) printer_.Error(fault);
   Notify("READY=1");
-  const int status = RunConsole(*host, std::move(input));
+  const bool good = RunConsole(*host, std::move(input));
   Activity::Scope scope(activity_, "the components to finish");
   if (signals_.WaitForStop(kNow)) SayStopping();
   host.reset();
   evt::EventManager::GetInstance()->Flush();
-  if (printer_.has_failed() && status == kExitGood && !OnTerminal(options_)) {
+  if (printer_.has_failed() && good && !OnTerminal(options_)) {
     printer_.Error("not all of the output could be written");
     return kExitCommandFailed;
   }
-  return status;
+  return good ? kExitGood : kExitCommandFailed;
 }
 
-int Program::RunConsole(const Host& host, Descriptor input) {
+bool Program::RunConsole(const Host& host, base::ScopedFd input) {
   if (options_.daemon) {
     while (!signals_.WaitForStop(std::chrono::hours(1))) continue;
-    return kExitGood;
+    return true;
   }
   if (OnTerminal(options_)) NoteStoredIds(*host.accounts(), &sightings_);
   Console console(MakeServices(host), {&printer_, &activity_, &sightings_, &audit_});
   return ReadLines(&console, std::move(input));
 }
 
-int Program::ReadLines(Console* console, Descriptor input) {
+bool Program::ReadLines(Console* console, base::ScopedFd input) {
   std::unique_ptr<LineSource> source;
   if (OnTerminal(options_)) {
     TypingHelp help;
@@ -254,9 +261,9 @@ int RunGateway(const Options& options) {
     DoctorOptions doctor = options.doctor;
     doctor.color = MakeStyle(options).color_out;
     // Before the proxies are forgotten, since it tells of them.
-    const int status = RunDoctor(doctor, std::cout);
-    if (!std::cout) std::cerr << "qorn-gateway: not all of the output could be written\n";
-    return status;
+    const std::optional<Severity> worst = RunDoctor(doctor, std::cout);
+    if (!worst) std::cerr << "qorn-gateway: not all of the output could be written\n";
+    return ExitStatusOf(worst);
   }
   ForgetProxies();
   return Program(options).Run();

@@ -10,7 +10,7 @@
 #include <system_error>
 #include <utility>
 
-#include "gateway/descriptor.h"
+#include "base/scoped_fd.h"
 #include "gateway/text.h"
 
 namespace gateway {
@@ -30,7 +30,7 @@ std::string StateFolder() {
 }
 
 bool WriteText(const std::string& path, int flags, const std::string& text) {
-  const Descriptor file(
+  const base::ScopedFd file(
       open(path.c_str(), flags | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, kOwnerOnly));
   if (file.get() < 0) return false;
   // A file that was there with another mode.

@@ -7,7 +7,7 @@
 
 namespace gateway {
 
-DescriptorLineSource::DescriptorLineSource(Descriptor input, const StopSignals& signals)
+DescriptorLineSource::DescriptorLineSource(base::ScopedFd input, const StopSignals& signals)
     : input_(std::move(input)), signals_(signals) {}
 
 LineSource::Result DescriptorLineSource::Next(std::string* line) {

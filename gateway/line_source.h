@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "gateway/descriptor.h"
+#include "base/scoped_fd.h"
 #include "gateway/signals.h"
 
 namespace gateway {
@@ -25,7 +25,7 @@ class LineSource {
 class DescriptorLineSource : public LineSource {
  public:
   // Borrows `signals`.
-  DescriptorLineSource(Descriptor input, const StopSignals& signals);
+  DescriptorLineSource(base::ScopedFd input, const StopSignals& signals);
 
   Result Next(std::string* line) override;
 
@@ -34,7 +34,7 @@ class DescriptorLineSource : public LineSource {
 
   static constexpr size_t kMaxLineBytes = size_t{8} << 20;
 
-  const Descriptor input_;
+  const base::ScopedFd input_;
   const StopSignals& signals_;
   std::string buffer_;
   size_t searched_ = 0;  // no line break stands before it

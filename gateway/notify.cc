@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "gateway/descriptor.h"
+#include "base/scoped_fd.h"
 
 namespace gateway {
 
@@ -21,7 +21,7 @@ void Notify(const std::string& lines) {
   std::memcpy(address.sun_path, name, length);
   // "@" stands for the zero byte that begins a name outside the file system.
   if (name[0] == '@') address.sun_path[0] = '\0';
-  const Descriptor socket_fd(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+  const base::ScopedFd socket_fd(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
   sendto(socket_fd.get(), lines.data(), lines.size(), MSG_NOSIGNAL,
          reinterpret_cast<const sockaddr*>(&address),
          static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + length));

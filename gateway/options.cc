@@ -5,7 +5,7 @@
 
 #include "base/file_path.h"
 #include "base/path_service.h"
-#include "gateway/runner.h"
+#include "gateway/exit_status.h"
 
 namespace gateway {
 namespace {

@@ -5,9 +5,9 @@
 
 namespace gateway {
 
-int RunLines(const RunOptions& options, LineSource* source, Console* console, Printer* printer) {
+bool RunLines(const RunOptions& options, LineSource* source, Console* console, Printer* printer) {
   const bool named = !options.source_name.empty();
-  int status = kExitGood;
+  bool good = true;
   std::string line;
   for (int number = 1;; ++number) {
     Console::Outcome outcome;
@@ -20,17 +20,17 @@ int RunLines(const RunOptions& options, LineSource* source, Console* console, Pr
         break;
       case LineSource::Result::kFailed:
         printer->Error(options.source_name + ": cannot be read: " + std::strerror(errno));
-        return kExitCommandFailed;
+        return false;
       case LineSource::Result::kStopped:
       case LineSource::Result::kEnd:
-        return status;
+        return good;
     }
     if (!outcome.error.empty()) {
       printer->Error(outcome.error, options.source_name, number);
-      if (named) status = kExitCommandFailed;
-      if (named && options.stop_at_failure) return status;
+      if (named) good = false;
+      if (named && options.stop_at_failure) return good;
     }
-    if (outcome.quit) return status;
+    if (outcome.quit) return good;
   }
 }
 

@@ -10,19 +10,14 @@
 
 namespace gateway {
 
-// The program's exit statuses.
-constexpr int kExitGood = 0;
-constexpr int kExitCommandFailed = 1;
-constexpr int kExitCannotStart = 2;
-
 struct RunOptions {
   std::string source_name;  // put with the line's number before an error; "" for a terminal
   bool stop_at_failure = true;
 };
 
-// Runs until the input ends, `quit`, a request to stop, or a failure. kExitCommandFailed when a
-// line of a named source failed, also when it went on after it; a request to stop is kExitGood.
-int RunLines(const RunOptions& options, LineSource* source, Console* console, Printer* printer);
+// Runs until the input ends, `quit`, a request to stop, or a failure. False when a line of a named
+// source failed, even if later lines were run; a request to stop is no failure.
+bool RunLines(const RunOptions& options, LineSource* source, Console* console, Printer* printer);
 
 }  // namespace gateway
 

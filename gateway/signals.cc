@@ -19,13 +19,13 @@ sigset_t StopSet() {
 }
 
 // A shell starts a background program with SIGINT ignored; here both count again.
-Descriptor BlockAndOpenSignals() {
+base::ScopedFd BlockAndOpenSignals() {
   std::signal(SIGINT, SIG_DFL);
   std::signal(SIGTERM, SIG_DFL);
   sigset_t set = StopSet();
   sigaddset(&set, SIGHUP);
   pthread_sigmask(SIG_BLOCK, &set, nullptr);
-  return Descriptor(signalfd(-1, &set, SFD_CLOEXEC));
+  return base::ScopedFd(signalfd(-1, &set, SFD_CLOEXEC));
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 #include <functional>
 #include <thread>
 
-#include "gateway/descriptor.h"
+#include "base/scoped_fd.h"
 
 namespace gateway {
 
@@ -40,9 +40,9 @@ class StopSignals {
 
   const std::function<void()> on_first_;
   const std::function<void()> on_hangup_;
-  Descriptor signals_;
-  Descriptor stop_;
-  Descriptor quit_;
+  base::ScopedFd signals_;
+  base::ScopedFd stop_;
+  base::ScopedFd quit_;
   std::thread watcher_;
 };
 

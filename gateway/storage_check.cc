@@ -8,7 +8,7 @@ std::vector<std::string> FindStorageFaults(const std::string& database) {
   std::vector<std::string> lines;
   if (database.empty()) return lines;
   for (const Finding& finding : GlanceAtDatabase(database)) {
-    if (finding.state != State::kBad) continue;
+    if (finding.severity != Severity::kBad) continue;
     lines.push_back(finding.name + " " + finding.value.value_or(database) + ": " + finding.advice);
   }
   return lines;

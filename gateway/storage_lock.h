@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "gateway/descriptor.h"
+#include "base/scoped_fd.h"
 
 namespace gateway {
 
@@ -18,7 +18,7 @@ class StorageLock {
   bool Take(const std::string& database, std::string* error);
 
  private:
-  Descriptor folder_;
+  base::ScopedFd folder_;
 };
 
 }  // namespace gateway

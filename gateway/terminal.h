@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "gateway/descriptor.h"
+#include "base/scoped_fd.h"
 #include "gateway/history_file.h"
 #include "gateway/line_source.h"
 #include "gateway/printer.h"
@@ -60,7 +60,7 @@ class TerminalLineSource : public LineSource {
   Printer* const printer_;
   const TypingHelp help_;
   HistoryFile file_;
-  const Descriptor redraw_;
+  const base::ScopedFd redraw_;
   std::mbstate_t partial_{};
   std::unique_ptr<History, HistoryDeleter> history_;
   std::unique_ptr<EditLine, EditDeleter> editor_;
