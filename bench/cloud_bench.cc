@@ -14,7 +14,7 @@
 #include "core_fw/account/src/session_table.h"
 #include "core_fw/account/src/user_portal_client.h"
 #include "devcloud/cloud.h"
-#include "gateway/proxies.h"
+#include "gateway/process/proxies.h"
 
 namespace bench {
 namespace {

@@ -23,9 +23,9 @@
 #include "base/test_clock.h"
 #include "base/time.h"
 #include "bench/random_steps.h"
-#include "gateway/host.h"
-#include "gateway/proxies.h"
-#include "gateway/request_code.h"
+#include "gateway/console/request_code.h"
+#include "gateway/host/host.h"
+#include "gateway/process/proxies.h"
 
 namespace soak {
 namespace {

@@ -4,10 +4,10 @@
 
 #include "base/json_reader.h"
 #include "fuzz/fuzz.h"
-#include "gateway/console.h"
+#include "gateway/console/console.h"
+#include "gateway/console/words.h"
+#include "gateway/output/text.h"
 #include "gateway/tests/fake_account_manager.h"
-#include "gateway/text.h"
-#include "gateway/words.h"
 
 namespace gateway {
 namespace {

@@ -2,7 +2,7 @@
 #include "base/pickle.h"
 
 #include "fuzz/fuzz.h"
-#include "gateway/events.h"
+#include "gateway/operations/events.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <iostream>
 #include <optional>
 
-#include "gateway/gateway.h"
 #include "gateway/options.h"
+#include "gateway/program.h"
 
 int main(int argc, char** argv) {
   // The database and the log hold secrets: nobody else reads what this process creates.

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "gateway/doctor.h"
+#include "gateway/doctor/doctor.h"
 
 namespace gateway {
 

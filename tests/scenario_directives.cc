@@ -5,7 +5,7 @@
 #include "base/time.h"
 #include "devcloud/faults/fault_json.h"
 #include "evt/event_manager.h"
-#include "gateway/text.h"
+#include "gateway/output/text.h"
 #include "runtime/runtime.h"
 #include "tests/scenario_runner.h"
 

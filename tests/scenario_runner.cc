@@ -8,8 +8,8 @@
 
 #include "base/time.h"
 #include "evt/event_manager.h"
-#include "gateway/text.h"
-#include "gateway/words.h"
+#include "gateway/console/words.h"
+#include "gateway/output/text.h"
 
 namespace scenarios {
 namespace {

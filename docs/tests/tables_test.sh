@@ -35,7 +35,7 @@ same "operations.md, results of the operations"
 kebab='s/([a-z])([A-Z])/\1-\2/g; s/([A-Z])([A-Z][a-z])/\1-\2/g; s/^[^ ]*/\L&/; s/^(get-network-setting-status).*/\1/'
 sed -E "$kebab" "$folder/doc" >"$folder/results"
 mv "$folder/results" "$folder/doc"
-tr -d '\n' <gateway/operations.cc | grep -oE '\{\{"[^}]*"\}' |
+tr -d '\n' <gateway/operations/operations.cc | grep -oE '\{\{"[^}]*"\}' |
   sed -E 's/^\{\{"([a-z-]+)".*"([0-9 ]*)"\}$/\1 \2/; s/ *$//' >"$folder/code"
 same "a command's name or results"
 

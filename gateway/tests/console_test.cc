@@ -1,5 +1,5 @@
 // The console with an account manager that answers from memory, played through console.transcript.
-#include "gateway/console.h"
+#include "gateway/console/console.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +12,7 @@
 #include <regex>
 #include <sstream>
 
-#include "gateway/events.h"
+#include "gateway/operations/events.h"
 #include "gateway/tests/fake_account_manager.h"
 
 namespace gateway {

@@ -9,7 +9,7 @@
 #include "base/test_clock.h"
 #include "core_fw/account/src/account_records.h"
 #include "evt/event_manager.h"
-#include "gateway/text.h"
+#include "gateway/output/text.h"
 #include "tests/faults/memory_faults.h"
 #include "tests/faults/operation_sweep.h"
 

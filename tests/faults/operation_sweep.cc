@@ -8,8 +8,8 @@
 #include <sstream>
 
 #include "core_fw/account/src/account_records.h"
-#include "gateway/text.h"
-#include "gateway/words.h"
+#include "gateway/console/words.h"
+#include "gateway/output/text.h"
 
 namespace faults {
 

@@ -39,7 +39,7 @@ class Secrets(programs.TestCase):
                 self.assertEqual(at, -1, f"{secret} in {what}: {text[max(0, at - 60):at + 60]}")
 
     def test_are_in_no_output_log_or_audit_of_scripts(self):
-        tour = programs.run(*self.command, "--script", programs.SOURCE / "gateway/tour.qorn")
+        tour = programs.run(*self.command, "--script", programs.SOURCE / "gateway/console/tour.qorn")
         self.assertEqual(tour.status, 0, tour)
         for kind, path in ("truncate_after", "/token"), ("reset_after", "/token"), ("status", "/device/adduserdevice"):
             self.cloud.ask("/api/faults", {"kind": kind, "path": path, "bytes": 250})

@@ -1,0 +1,174 @@
+#include <limits>
+
+#include "gateway/console/console.h"
+#include "gateway/console/help.h"
+#include "gateway/console/status.h"
+#include "gateway/console/views.h"
+#include "gateway/operations/result_names.h"
+#include "gateway/output/text.h"
+
+namespace gateway {
+namespace {
+
+constexpr size_t kAnyNumber = std::numeric_limits<size_t>::max();
+constexpr std::chrono::milliseconds kNetworkPollPause{100};
+constexpr int kNetworkPolls = 100;
+
+constexpr char kLooking[] = "Looking around";
+constexpr char kConsole[] = "The console";
+
+}  // namespace
+
+const std::vector<Console::Builtin>& Console::Builtins() {
+  static const std::vector<Builtin> builtins = {
+      {{"status", "", kLooking, "", "show how the gateway stands, at a glance", ""},
+       0,
+       0,
+       false,
+       &Console::Status},
+      {{"users", "", kLooking, "", "show all users in a table", ""}, 0, 0, false, &Console::Users},
+      {{"friends", "", kLooking, "[USER_UUID]", "show the friends of one user or of all", ""},
+       0,
+       1,
+       false,
+       &Console::Friends},
+      {{"watch", "", kLooking, "[SECONDS]",
+        "follow events and log lines; Enter ends it at a terminal", ""},
+       0,
+       1,
+       false,
+       &Console::Watch},
+      {{"request-code", "code", kConsole, "USER_ID",
+        "fetch an authorisation code from the account server into $code", "1"},
+       1,
+       1,
+       true,
+       &Console::RequestCode},
+      {{"wait-network", "", kConsole, "",
+        "wait, ten seconds at most, until the network setting status is 1", "1"},
+       0,
+       0,
+       true,
+       &Console::WaitNetwork},
+      {{"expect", "", kConsole, "RESULT COMMAND...",
+        "run a command and fail unless it answers RESULT: a number, a constant's name or success",
+        ""},
+       2,
+       kAnyNumber,
+       false,
+       &Console::Expect},
+      {{"set", "", kConsole, "NAME TEXT", "give a variable a value, used as $NAME or ${NAME}", ""},
+       2,
+       2,
+       false,
+       &Console::Set},
+      {{"say", "", kConsole, "TEXT...", "print a text", ""}, 1, kAnyNumber, false, &Console::Say},
+      {{"help", "?", kConsole, "[COMMAND]", "list the commands, or explain one", ""},
+       0,
+       1,
+       false,
+       &Console::Help},
+      {{"quit", "exit", kConsole, "", "stop the gateway", ""}, 0, 0, false, &Console::Quit},
+  };
+  return builtins;
+}
+
+Console::Step Console::Expect(const Words& words) {
+  int expected = 0;
+  if (!ParseResult(words[1], &expected)) {
+    return Step{"expect: \"" + words[1] +
+                    "\" is no result: a number, \"success\" or a name such as kAccountNoUser",
+                {}};
+  }
+  const Builtin* builtin = FindBuiltin(words[2]);
+  if (builtin != nullptr && !builtin->answers) {
+    return Step{"expect: " + words[2] + " answers no result", {}};
+  }
+  Step step = Perform(Words(words.begin() + 2, words.end()));
+  if (!step.answer || step.answer->code == expected) return Step{step.error, {}};
+  return Step{words[2] + " answered " + std::to_string(step.answer->code) + ", expected " +
+                  std::to_string(expected),
+              {}};
+}
+
+Console::Step Console::Friends(const Words& words) {
+  const AccountResult result =
+      ShowFriends(*services_.accounts, words.size() == 2 ? words[1] : "", parts_.printer);
+  return Step{result == kAccountSuccess ? "" : "friends: " + DescribeResult(result), {}};
+}
+
+Console::Step Console::Help(const Words& words) {
+  if (words.size() == 1) {
+    ShowCommands(Commands(), parts_.printer);
+    return Step{};
+  }
+  const std::optional<CommandInfo> command = FindCommand(words[1]);
+  if (!command) return Step{"help: unknown command \"" + words[1] + "\"", {}};
+  ShowCommand(*command, parts_.printer);
+  return Step{};
+}
+
+Console::Step Console::Quit(const Words&) {
+  Step step;
+  step.quit = true;
+  return step;
+}
+
+Console::Step Console::RequestCode(const Words& words) {
+  Activity::Scope scope(*parts_.activity, words[0]);
+  std::string code;
+  std::string error;
+  if (!services_.request_code(words[1], &code, &error)) return Step{"request-code: " + error, {}};
+  Answer answer;
+  answer.outputs.push_back(Field{"code", {code}, true});
+  return Step{"", answer};
+}
+
+Console::Step Console::Say(const Words& words) {
+  parts_.printer->Say(HideSecrets(JoinWords(words, 1)));
+  return Step{};
+}
+
+Console::Step Console::Set(const Words& words) {
+  if (!Variables::IsName(words[1])) {
+    return Step{"set: \"" + words[1] + "\" is no name: letters, digits and \"_\", no digit first",
+                {}};
+  }
+  // A copy of a secret stays one when its source gets another value.
+  variables_.Set(words[1], words[2], variables_.HideSecrets(words[2]) != words[2]);
+  return Step{};
+}
+
+Console::Step Console::Status(const Words&) {
+  ShowStatus(services_, parts_.sightings, parts_.printer);
+  return Step{};
+}
+
+Console::Step Console::Users(const Words&) {
+  const AccountResult result = ShowUsers(*services_.accounts, parts_.printer);
+  return Step{result == kAccountSuccess ? "" : "users: " + DescribeResult(result), {}};
+}
+
+Console::Step Console::WaitNetwork(const Words& words) {
+  Activity::Scope scope(*parts_.activity, words[0]);
+  for (int i = 0; i < kNetworkPolls; ++i) {
+    if (services_.accounts->GetNetworkSettingStatus() == 1) return Step{"", Answer{}};
+    if (services_.pause(kNetworkPollPause)) return Step{"wait-network: told to stop", {}};
+  }
+  return Step{"wait-network: the network setting status is still 0 after ten seconds", {}};
+}
+
+Console::Step Console::Watch(const Words& words) {
+  std::optional<std::chrono::seconds> time;
+  int seconds = 0;
+  if (words.size() == 2) {
+    if (!ParseInt(words[1], &seconds) || seconds < 0) {
+      return Step{"watch: \"" + words[1] + "\" is no number of seconds", {}};
+    }
+    time = std::chrono::seconds(seconds);
+  }
+  services_.watch(time);
+  return Step{};
+}
+
+}  // namespace gateway

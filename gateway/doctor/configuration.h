@@ -1,0 +1,23 @@
+#ifndef QORN_GATEWAY_DOCTOR_CONFIGURATION_H_
+#define QORN_GATEWAY_DOCTOR_CONFIGURATION_H_
+
+#include <map>
+#include <optional>
+#include <string>
+
+#include "gateway/host/finding.h"
+
+namespace gateway {
+
+// Key by value, as the gateway reads them.
+using Config = std::map<std::string, std::string>;
+
+// "" for a key that is absent.
+std::string ValueOf(const Config& config, const std::string& key);
+
+// Examines the file and each key. `config` stays empty when the file cannot be read.
+Findings ExamineConfig(const std::string& file, std::optional<Config>* config);
+
+}  // namespace gateway
+
+#endif  // QORN_GATEWAY_DOCTOR_CONFIGURATION_H_

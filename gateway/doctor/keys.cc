@@ -1,0 +1,198 @@
+#include "gateway/doctor/keys.h"
+
+#include <algorithm>
+#include <numeric>
+#include <utility>
+
+#include "gateway/doctor/url.h"
+#include "gateway/output/text.h"
+
+namespace gateway {
+namespace {
+
+constexpr char kNoDefault[] = "is missing and has no default: the gateway's cloud requests fail";
+constexpr char kEmptyText[] = "is empty, which counts as missing: cloud requests fail";
+constexpr char kUnescapedForm[] =
+    "holds white space, a letter beyond ASCII or one of & = + % ; , \" <, and is sent unescaped, "
+    "which can spoil requests";
+constexpr char kUnescapedXml[] = "holds & or <, and is sent unescaped, which can spoil requests";
+
+std::string Lower(std::string text) {
+  for (char& c : text) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return text;
+}
+
+// How many letters to change, put in or take out.
+size_t Distance(const std::string& a, const std::string& b) {
+  std::vector<size_t> row(b.size() + 1);
+  std::iota(row.begin(), row.end(), size_t{0});
+  for (size_t i = 0; i < a.size(); ++i) {
+    size_t diagonal = std::exchange(row[0], i + 1);
+    for (size_t j = 0; j < b.size(); ++j) {
+      const size_t changed = diagonal + (a[i] == b[j] ? 0 : 1);
+      diagonal = row[j + 1];
+      row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
+    }
+  }
+  return row.back();
+}
+
+// The candidate that is nearest whatever the case, or begins so; "" when over a quarter differs.
+std::string Nearest(const std::string& text, const std::vector<std::string>& candidates) {
+  std::string best;
+  size_t best_distance = text.size() / 4 + 1;
+  if (text.size() > 100) return "";
+  for (const std::string& candidate : candidates) {
+    const bool begins = text.size() > 4 && Lower(candidate).starts_with(Lower(text));
+    const size_t distance = begins ? 1 : Distance(Lower(text), Lower(candidate));
+    if (distance >= best_distance) continue;
+    best_distance = distance;
+    best = candidate;
+  }
+  return best;
+}
+
+bool IsOneOf(const std::string& text, const std::vector<std::string>& words) {
+  return std::find(words.begin(), words.end(), text) != words.end();
+}
+
+void JudgeSwitch(const std::string& value, const char* on, const char* off, Finding* finding) {
+  const std::string lower = Lower(value);
+  finding->advice = value == "on" ? on : off;
+  if (value == "on" || value == "off") return;
+  if (IsOneOf(lower, {"on", "true", "yes", "1", "enable", "enabled", "y", "t"})) {
+    finding->MarkWarning("only looks like \"on\" and counts as off: write \"on\"");
+  } else if (!IsOneOf(lower, {"off", "false", "no", "0", "disable", "disabled", "n", "f"})) {
+    finding->MarkWarning("is neither \"on\" nor \"off\" and counts as off");
+  }
+}
+
+void JudgeLogLevel(const std::string& value, Finding* finding) {
+  const std::vector<std::string> words = {
+      "LOG_VERBOSE", "LOG_INTERNAL_DETAILED_INFO", "LOG_INTERNAL_INFO", "LOG_INFO", "LOG_WARNING",
+      "LOG_ERROR",   "LOG_ERROR_REPORT",           "LOG_FATAL"};
+  if (IsOneOf(value, words)) return;
+  const std::string nearest =
+      Nearest(Lower(value).starts_with("log_") ? value : "LOG_" + value, words);
+  finding->MarkWarning("is no log level, so LOG_INFO counts" +
+                       (nearest.empty() ? std::string() : ": did you mean " + nearest + "?"));
+}
+
+void JudgeSession(const std::string& value, Finding* finding) {
+  JudgeSwitch(value, "session mode is on", "session mode is off", finding);
+}
+
+void JudgeNetwork(const std::string& value, Finding* finding) {
+  JudgeSwitch(value, "peer ID and traversal servers are fetched from the User Portal",
+              "peer ID and traversal servers are not fetched", finding);
+}
+
+void JudgeFolder(const std::string& value, Finding* finding) {
+  if (value.back() != '/') {
+    finding->MarkWarning("has no \"/\" at its end: the file's name is put straight behind it");
+  }
+  if (value.front() != '/') {
+    finding->MarkWarning(
+        "does not begin with \"/\": it depends on the folder from which the gateway is "
+        "started");
+  }
+}
+
+void JudgeFileName(const std::string& value, Finding* finding) {
+  if (value.find('/') == std::string::npos) return;
+  finding->MarkWarning(
+      "holds a \"/\": name the folder in qorn_storage_path and only the file here");
+}
+
+void JudgeNothing(const std::string& /*value*/, Finding* /*finding*/) {}
+
+// Values go out as they stand, so they must not hold what means something where they go.
+bool NeedsEscape(char c) {
+  return c <= ' ' || static_cast<unsigned char>(c) >= 0x7f ||
+         std::string("&=+%;,\"<").find(c) != std::string::npos;
+}
+
+void JudgeForm(const std::string& value, Finding* finding) {
+  if (std::any_of(value.begin(), value.end(), NeedsEscape)) {
+    finding->MarkWarning(kUnescapedForm);
+  }
+}
+
+void JudgeXml(const std::string& value, Finding* finding) {
+  if (value.find_first_of("&<") == std::string::npos) return;
+  finding->MarkWarning(kUnescapedXml);
+}
+
+void JudgeAddress(const std::string& value, Finding* finding) {
+  JudgeForm(value, finding);
+  if (value == "02:00:00:00:00:01") {
+    finding->MarkWarning("is the example's address: each gateway needs its own");
+  }
+}
+
+constexpr KeyRule Mandatory(const char* name, const char* meaning,
+                            void (*judge)(const std::string&, Finding*)) {
+  return {name,       meaning, Severity::kBad, kNoDefault, Severity::kBad,
+          kEmptyText, true,    false,          judge};
+}
+
+std::vector<KeyRule> MakeRules() {
+  KeyRule secret = Mandatory("OAuth_AsClient_app_secret", "the OAuth client secret", JudgeForm);
+  secret.secret = true;
+  return {
+      {"account_log_level", "the least severity of the component's log lines", Severity::kGood,
+       "is absent: LOG_INFO counts", Severity::kWarning, "is empty: LOG_INFO counts", false, false,
+       JudgeLogLevel},
+      {"account_use_session", "", Severity::kGood, "is absent: session mode is on",
+       Severity::kWarning, "is empty, which counts as off: write \"on\" or \"off\"", false, false,
+       JudgeSession},
+      {"account_default_value",
+       "the user whom the list of all users also holds with session mode "
+       "off",
+       Severity::kGood, "is absent: no default user", Severity::kWarning,
+       "is empty: with session mode off, the list of all users holds an empty entry", false, false,
+       JudgeNothing},
+      {"qorn_storage_path", "the folder of the database", Severity::kGood,
+       "is absent: the database lies in the program's folder", Severity::kGood,
+       "is empty: the database lies in the program's folder", false, false, JudgeFolder},
+      {"account_db_path", "the file name of the database", Severity::kBad,
+       "is missing: no account can be stored or found", Severity::kBad,
+       "is empty: no account can be stored or found", false, false, JudgeFileName},
+      Mandatory("OAuth_AsClient_app_name", "the name of this application", JudgeNothing),
+      Mandatory("OAuth_AsClient_app_id", "the OAuth client ID", JudgeForm),
+      secret,
+      Mandatory("account_device_type_code", "what kind of device this is", JudgeXml),
+      Mandatory("account_device_model_id", "the gateway's model", JudgeXml),
+      Mandatory("account_device_physical_address_text", "the gateway's hardware address",
+                JudgeAddress),
+      Mandatory("account_service", "the service that the gateway is registered for", JudgeXml),
+      Mandatory("account_server_type", "the kind of traversal servers", JudgeXml),
+      Mandatory("account_zep_auth_url", "the account server's base URL", JudgeUrl),
+      Mandatory("account_user_portal_url", "the User Portal's base URL", JudgeUrl),
+      Mandatory("account_qor_device_name", "the gateway's name for its users", JudgeNothing),
+      {"account_enable_MIRLO_network_setting", "", Severity::kWarning,
+       "is absent, which counts as off and leaves an error line in the log: write \"on\" or "
+       "\"off\"",
+       Severity::kWarning,
+       "is empty, which counts as off and leaves an error line in the log: write \"on\" or "
+       "\"off\"",
+       false, false, JudgeNetwork},
+  };
+}
+
+}  // namespace
+
+const std::vector<KeyRule>& KeyRules() {
+  static const std::vector<KeyRule> rules = MakeRules();
+  return rules;
+}
+
+std::string NearestKey(const std::string& name) {
+  std::vector<std::string> names;
+  for (const KeyRule& rule : KeyRules()) names.emplace_back(rule.name);
+  return Nearest(name, names);
+}
+
+}  // namespace gateway

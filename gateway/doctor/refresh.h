@@ -1,0 +1,21 @@
+#ifndef QORN_GATEWAY_DOCTOR_REFRESH_H_
+#define QORN_GATEWAY_DOCTOR_REFRESH_H_
+
+#include <string>
+
+#include "gateway/doctor/doctor.h"
+#include "gateway/host/database_examination.h"
+#include "gateway/host/finding.h"
+
+namespace gateway {
+
+// Whether the cloud refreshes the users' tokens. Without options.try_refresh it only says that this
+// was not tried. With it the component is loaded and asks for new tokens for each user that has a
+// refresh token. The cloud then forgets the old ones, so nothing is tried when there is an
+// obstacle, such as a database that cannot take the new ones; "" is none.
+Findings ExamineRefresh(const DoctorOptions& options, const Stored& stored,
+                        const std::string& obstacle);
+
+}  // namespace gateway
+
+#endif  // QORN_GATEWAY_DOCTOR_REFRESH_H_

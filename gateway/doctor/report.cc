@@ -1,0 +1,97 @@
+#include "gateway/doctor/report.h"
+
+#include <algorithm>
+
+#include "gateway/output/json_lines.h"
+#include "gateway/output/tables.h"
+#include "gateway/output/text.h"
+
+namespace gateway {
+namespace {
+
+constexpr size_t kMaxShownBytes = 200;
+
+const char* NameOf(Severity state) {
+  static constexpr const char* kNames[] = {"good", "warning", "bad"};
+  return kNames[static_cast<size_t>(state)];
+}
+
+const char* ColorOf(Severity state) {
+  static constexpr const char* kColors[] = {"\x1b[32m", "\x1b[33m", "\x1b[1;31m"};
+  return kColors[static_cast<size_t>(state)];
+}
+
+// Ends before the character in which the limit falls.
+std::string Cut(const std::string& text) {
+  if (text.size() <= kMaxShownBytes) return text;
+  size_t end = kMaxShownBytes;
+  while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xc0) == 0x80) --end;
+  return text.substr(0, end) + "…";
+}
+
+Field NumberField(const char* name, size_t number) {
+  return {name, {std::to_string(number)}, false, Field::Shape::kNumber};
+}
+
+}  // namespace
+
+void DoctorReport::Add(const std::string& title, const Findings& findings) {
+  if (style_ != Style::kJson) out_ << title << "\n";
+  size_t name_width = 0;
+  for (const Finding& finding : findings) name_width = std::max(name_width, finding.name.size());
+  for (const Finding& finding : findings) {
+    ++counts_[static_cast<size_t>(finding.severity)];
+    style_ == Style::kJson ? WriteJson(finding) : WriteText(finding, name_width);
+  }
+  if (style_ != Style::kJson) out_ << "\n";
+  out_.flush();
+}
+
+std::optional<Severity> DoctorReport::Finish() {
+  if (style_ == Style::kJson) {
+    out_ << JsonLine({"summary",
+                      "",
+                      {NumberField("good", Count(Severity::kGood)),
+                       NumberField("warning", Count(Severity::kWarning)),
+                       NumberField("bad", Count(Severity::kBad))},
+                      "",
+                      {}},
+                     true);
+  } else {
+    out_ << Count(Severity::kBad) << " bad, " << Count(Severity::kWarning) << " warnings, "
+         << Count(Severity::kGood) << " good\n";
+  }
+  out_.flush();
+  if (!out_) return std::nullopt;
+  if (Count(Severity::kBad) > 0) return Severity::kBad;
+  return Count(Severity::kWarning) > 0 ? Severity::kWarning : Severity::kGood;
+}
+
+void DoctorReport::WriteText(const Finding& finding, size_t name_width) {
+  const bool color = style_ == Style::kColor;
+  out_ << "  " << (color ? ColorOf(finding.severity) : "") << PadTo(NameOf(finding.severity), 9)
+       << (color ? "\x1b[0m" : "");
+  if (finding.value) {
+    out_ << PadTo(finding.name, name_width) << "  " << Visible(Cut(*finding.value));
+  } else {
+    out_ << finding.name;
+  }
+  out_ << "\n" << std::string(11, ' ') << Visible(finding.advice) << "\n";
+}
+
+void DoctorReport::WriteJson(const Finding& finding) {
+  // Secrets are shortened by whoever finds.
+  Field value{"value", {}};
+  if (finding.value) value.values = {*finding.value};
+  out_ << JsonLine({"finding",
+                    "",
+                    {{"name", {finding.name}},
+                     {"state", {NameOf(finding.severity)}},
+                     value,
+                     {"advice", {finding.advice}}},
+                    "",
+                    {}},
+                   true);
+}
+
+}  // namespace gateway

@@ -1,0 +1,16 @@
+#include "gateway/host/database_path.h"
+
+#include "base/file_path.h"
+#include "base/path_service.h"
+
+namespace gateway {
+
+std::string JoinDatabasePath(const std::string& storage_path, const std::string& file_name) {
+  if (file_name.empty()) return "";
+  if (!storage_path.empty()) return storage_path + file_name;
+  FilePath program_folder;
+  PathService::Get(base::kDirExe, &program_folder);
+  return program_folder.Append(file_name).value();
+}
+
+}  // namespace gateway

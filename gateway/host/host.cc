@@ -1,0 +1,40 @@
+#include "gateway/host/host.h"
+
+#include "gateway/host/database_path.h"
+#include "gateway/host/storage_check.h"
+#include "runtime/runtime.h"
+
+namespace gateway {
+
+std::unique_ptr<Host> Host::Start(const std::string& config_file,
+                                  const std::vector<std::string>& components, std::string* error) {
+  runtime::Runtime* runtime = runtime::Runtime::Create(config_file, error);
+  if (runtime == nullptr) return nullptr;
+  std::unique_ptr<Host> host(new Host());
+  if (!host->lock_.Take(host->DatabasePath(), error)) return nullptr;
+  host->storage_faults_ = FindStorageFaults(host->DatabasePath());
+  for (const std::string& component : components) {
+    if (!runtime->LoadComponent(component, error)) return nullptr;
+  }
+  void* accounts = nullptr;
+  if (!runtime->QueryInterface("account_interface", &accounts)) {
+    *error = "none of the loaded components has the account interface";
+    return nullptr;
+  }
+  host->accounts_ = static_cast<AccountManager*>(accounts);
+  return host;
+}
+
+Host::~Host() { runtime::Runtime::Destroy(); }
+
+std::string Host::ConfigOption(const std::string& key) const {
+  std::string value;
+  runtime::Runtime::GetInstance()->GetConfigOption(key, &value);
+  return value;
+}
+
+std::string Host::DatabasePath() const {
+  return JoinDatabasePath(ConfigOption("qorn_storage_path"), ConfigOption("account_db_path"));
+}
+
+}  // namespace gateway

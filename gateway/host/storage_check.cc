@@ -1,0 +1,17 @@
+#include "gateway/host/storage_check.h"
+
+#include "gateway/host/database_examination.h"
+
+namespace gateway {
+
+std::vector<std::string> FindStorageFaults(const std::string& database) {
+  std::vector<std::string> lines;
+  if (database.empty()) return lines;
+  for (const Finding& finding : GlanceAtDatabase(database)) {
+    if (finding.severity != Severity::kBad) continue;
+    lines.push_back(finding.name + " " + finding.value.value_or(database) + ": " + finding.advice);
+  }
+  return lines;
+}
+
+}  // namespace gateway

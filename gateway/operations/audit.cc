@@ -1,0 +1,73 @@
+#include "gateway/operations/audit.h"
+
+#include <fcntl.h>
+
+#include <cerrno>
+#include <utility>
+
+#include "gateway/output/clock_text.h"
+#include "gateway/output/json_lines.h"
+
+namespace gateway {
+namespace {
+
+constexpr mode_t kOwnerOnly = 0600;
+
+// One write for a whole line, as long as the system takes it in one.
+bool WriteAll(int fd, const std::string& line) {
+  for (size_t at = 0; at < line.size();) {
+    const ssize_t count = write(fd, line.data() + at, line.size() - at);
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) return false;
+    at += static_cast<size_t>(count);
+  }
+  return true;
+}
+
+}  // namespace
+
+bool Audit::Open(const std::string& path) {
+  // A pipe that nobody reads must stop neither the start nor the bus.
+  base::ScopedFd file(
+      open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, kOwnerOnly));
+  if (file.get() < 0) return false;
+  base::AutoLock hold(lock_);
+  file_.emplace(std::move(file));
+  return true;
+}
+
+void Audit::NoteEvent(const SeenEvent& event) {
+  std::vector<Field> fields = {{"event", {event.name}}};
+  for (const Field& field : event.fields) {
+    if (!field.secret) fields.push_back(field);
+  }
+  Append("event", std::move(fields));
+}
+
+void Audit::NoteCommand(const Command& command) {
+  std::vector<Field> fields = {{"command", {command.name}}};
+  if (!command.user_uuid.empty()) fields.push_back({"user_uuid", {command.user_uuid}});
+  if (!command.user_id.empty()) fields.push_back({"user_id", {command.user_id}});
+  if (command.result) {
+    fields.push_back({"result", {std::to_string(*command.result)}, false, Field::Shape::kNumber});
+  }
+  fields.push_back({"message", {command.message}});
+  Append("command", std::move(fields));
+}
+
+bool Audit::TakeFailure() {
+  base::AutoLock hold(lock_);
+  return std::exchange(failed_, false);
+}
+
+void Audit::Append(const std::string& type, std::vector<Field> fields) {
+  fields.insert(fields.begin(), Field{"time", {UtcTime()}});
+  const std::string line = JsonLine(Record{type, "", std::move(fields), "", {}}, false);
+  base::AutoLock hold(lock_);
+  if (!file_) return;
+  const bool good = WriteAll(file_->get(), line);
+  if (!good && !reported_) failed_ = true;
+  reported_ = !good;
+}
+
+}  // namespace gateway

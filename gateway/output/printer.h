@@ -1,0 +1,62 @@
+// What the gateway writes: whole records, from any thread, as text or as JSON lines.
+#ifndef QORN_GATEWAY_OUTPUT_PRINTER_H_
+#define QORN_GATEWAY_OUTPUT_PRINTER_H_
+
+#include <ostream>
+#include <string>
+
+#include "base/lock.h"
+#include "base/thread_annotations.h"
+#include "gateway/output/records.h"
+
+namespace gateway {
+
+struct PrinterStyle {
+  bool json = false;
+  bool show_secrets = false;
+  bool color_out = false;
+  bool color_errors = false;
+};
+
+// Thread-safe: what one call shows is written at once and flushed.
+class Printer {
+ public:
+  // Borrows both streams.
+  Printer(std::ostream& out, std::ostream& err, PrinterStyle style);
+  Printer(const Printer&) = delete;
+  Printer& operator=(const Printer&) = delete;
+
+  void Say(const std::string& text);
+  // To the error stream, after the program's name. `source` and `line` say where the command
+  // stands; "" and 0 for none.
+  void Error(const std::string& text, const std::string& source = "", int line = 0);
+  void LogLine(const std::string& severity, const std::string& text);
+  void Show(const Record& record);
+  void Show(const Table& table);
+  // Lines that the caller laid out itself, control characters included.
+  void ShowLines(const std::string& lines);
+
+  // While a prompt is shown, a line first wipes it and then makes `wake_fd` (an eventfd, borrowed)
+  // readable, so that its owner draws it again.
+  void PromptShown(int wake_fd);
+  void PromptHidden();
+
+  // Whether a write to either stream has failed: a full disk, a closed pipe.
+  bool has_failed();
+
+  const PrinterStyle& style() const { return style_; }
+
+ private:
+  void Write(std::ostream& stream, const std::string& lines);
+
+  std::ostream& out_;
+  std::ostream& err_;
+  const PrinterStyle style_;
+  base::Lock lock_;
+  int wake_fd_ GUARDED_BY(lock_) = -1;
+  bool failed_ GUARDED_BY(lock_) = false;
+};
+
+}  // namespace gateway
+
+#endif  // QORN_GATEWAY_OUTPUT_PRINTER_H_
