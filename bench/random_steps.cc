@@ -40,7 +40,7 @@ std::string RandomSteps::AnySession(unsigned number) {
 
 gateway::Answer RandomSteps::Do(const std::string& name, const Words& words) {
   gateway::Answer answer;
-  Call(*gateway::FindOperation(name), words, &answer);
+  Call(*gateway::FindCommandOperation(name), words, &answer);
   const std::string session = Output(answer, "session_id");
   if (session.empty()) return answer;
   const std::lock_guard<std::mutex> guard(mutex_);
@@ -52,7 +52,7 @@ gateway::Answer RandomSteps::Do(const std::string& name, const Words& words) {
 void RandomSteps::Call(const gateway::Operation& operation, const Words& words,
                        gateway::Answer* answer) {
   std::string error;
-  operation.call(accounts_, words, answer, &error);
+  operation.Call(accounts_, words, answer, &error);
 }
 
 void RandomSteps::BefriendByCloud(const std::string& uuid) {

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "core_fw/account/include/account_manager.h"
-#include "gateway/operations/operations.h"
+#include "gateway/console/commands.h"
 
 namespace soak {
 

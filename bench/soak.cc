@@ -99,10 +99,10 @@ class CountedSteps : public RandomSteps {
 bool IsExpected(const gateway::Operation& operation, int code) {
   const std::string name = operation.name;
   if (code == 3 || code == 4) return false;
-  if (code == 19) return name == "refresh-access-token";
-  if (name == "get-network-setting-status") return code == 1;
-  return (" " + std::string(operation.results) + " ").find(" " + std::to_string(code) + " ") !=
-         std::string::npos;
+  if (code == 19) return name == "RefreshAccessToken";
+  if (name == "GetNetworkSettingStatus") return code == 1;
+  const std::vector<int>& results = operation.results;
+  return std::find(results.begin(), results.end(), code) != results.end();
 }
 
 // Prints a row for each operation; false when a code is among them that is not expected.
@@ -188,7 +188,7 @@ Use Work(std::chrono::seconds time, const std::string& api_url, base::TestClock*
   threads.emplace_back([=, &api_url] { Disturb(end, api_url, clock, steps); });
   std::this_thread::sleep_for(time / 10);
   const Use use = Measure();
-  *invitations = steps->tally(*gateway::FindOperation("add-friend-candidate")).codes[1];
+  *invitations = steps->tally(*gateway::FindCommandOperation("add-friend-candidate")).codes[1];
   Show("after a tenth", use);
   for (std::thread& thread : threads) thread.join();
   SetFault(api_url, "DELETE", "");
@@ -228,7 +228,8 @@ int Run(double minutes, const std::string& config, const std::string& component,
   const Use end = Measure();
   Show("at the end", end);
   bool good = ShowTallies(steps);
-  const long invitations = steps.tally(*gateway::FindOperation("add-friend-candidate")).codes[1];
+  const long invitations =
+      steps.tally(*gateway::FindCommandOperation("add-friend-candidate")).codes[1];
   const long allowed = kAllowedKiB + (invitations - early_invitations) * kBytesPerInvitation / 1024;
   std::printf("memory grew by %ld KiB, %ld KiB are allowed\n", end.kib - warm.kib, allowed);
   good = good && end.kib - warm.kib <= allowed && end.descriptors <= start.descriptors &&

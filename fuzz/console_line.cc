@@ -47,8 +47,8 @@ class Scene {
     };
     services.pause = [](std::chrono::milliseconds) { return true; };
     services.watch = [](std::optional<std::chrono::seconds>) {};
-    console = std::make_unique<Console>(
-        services, Console::Parts{&printer_, &activity_, &sightings_, &audit_});
+    console = std::make_unique<Console>(services,
+                                        Console::Parts{&printer_, &activity_, &seen_ids_, &audit_});
     console->Execute("request-code alice");
   }
 
@@ -65,7 +65,7 @@ class Scene {
  private:
   std::ostringstream out_;
   Activity activity_;
-  Sightings sightings_;
+  SeenIds seen_ids_;
   Audit audit_;
   Printer printer_;
 };
@@ -103,9 +103,13 @@ void CheckSplit(const std::string& line) {
 }
 
 void CheckCompleted(const std::string& line, const Console& console) {
-  const std::string beginning = line.substr(line.find_last_of(" \t") + 1);
+  const std::string beginning = line.substr(LastWordStart(line));
   for (const std::string& word : console.Complete(line)) {
     fuzz::Require(word.rfind(beginning, 0) == 0, "a completion goes on as the word began");
+    std::vector<std::string> words;
+    std::string error;
+    fuzz::Require(word[0] == '$' || SplitWords(word, {}, &words, &error) && words.size() == 1,
+                  "a completion is one word");
   }
 }
 

@@ -38,6 +38,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const Pickle pickle(bytes.data(), bytes.size());
   const gateway::SeenEvent event = gateway::DecodeEvent(data[0] % 10, pickle);
   fuzz::Require(event.fields.size() <= 4, "an event has its fields at most");
-  gateway::MakeRecord(event);
+  gateway::EventRecord(event);
   return 0;
 }

@@ -62,7 +62,7 @@ void DeclareDoctor(CLI::App* app, Options* options) {
       "2 wrong option, or the findings cannot be written.");
 }
 
-// In the build everything lies beside the program; installed, in the system's folders.
+// In a build tree everything lies beside the program, installed it lies in the system's folders.
 std::string BesideProgramOr(const std::string& beside, const std::string& installed) {
   FilePath folder;
   PathService::Get(base::kDirExe, &folder);

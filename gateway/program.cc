@@ -3,6 +3,8 @@
 #include <curl/curl.h>
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -42,14 +44,16 @@ namespace {
 
 constexpr std::chrono::milliseconds kNow{0};
 
-// A closed standard stream would give its number to the next file that is opened.
+// If stdin, stdout or stderr is closed, the next open() would reuse its descriptor, and what is
+// printed would go into that file.
 void OpenStandardStreams() {
   int fd = open("/dev/null", O_RDWR);
   while (fd >= 0 && fd <= STDERR_FILENO) fd = open("/dev/null", O_RDWR);
-  if (fd > STDERR_FILENO) close(fd);
+  // The last one is above the standard streams and not needed.
+  const base::ScopedFd spare(fd);
 }
 
-// Before any thread starts.
+// Call it before any thread is started: locale and signal actions belong to the whole process.
 void PrepareProcess() {
   OpenStandardStreams();
   std::signal(SIGPIPE, SIG_IGN);
@@ -62,6 +66,19 @@ bool OnTerminal(const Options& options) {
          isatty(STDOUT_FILENO) == 1;
 }
 
+size_t TerminalColumns() {
+  winsize size{};
+  return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+}
+
+// Whatever their paths look like: links and "..", too. Both files exist.
+bool IsOneFile(const std::string& a, const std::string& b) {
+  struct stat first {};
+  struct stat second {};
+  return stat(a.c_str(), &first) == 0 && stat(b.c_str(), &second) == 0 &&
+         first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
 PrinterStyle MakeStyle(const Options& options) {
   const char* no_color = std::getenv("NO_COLOR");
   const char* terminal = std::getenv("TERM");
@@ -72,6 +89,7 @@ PrinterStyle MakeStyle(const Options& options) {
   style.show_secrets = options.show_secrets;
   style.color_out = wanted && isatty(STDOUT_FILENO) == 1;
   style.color_errors = wanted && isatty(STDERR_FILENO) == 1;
+  if (isatty(STDOUT_FILENO) == 1) style.columns = TerminalColumns;
   return style;
 }
 
@@ -134,7 +152,7 @@ class Program {
   const Options& options_;
   Printer printer_;
   Activity activity_;
-  Sightings sightings_;
+  SeenIds seen_ids_;
   Audit audit_;
   StopSignals signals_;
   LogView log_view_;
@@ -157,6 +175,11 @@ bool Program::OpenFiles() {
                    ": cannot be opened for the audit: " + std::strerror(errno));
     good = false;
   }
+  // Two writers in one file would cut each other's lines, and no reader could tell them apart.
+  if (good && !options_.log_file.empty() && IsOneFile(options_.log_file, options_.audit_file)) {
+    printer_.Error(options_.audit_file + ": is the log file; the audit needs one of its own");
+    good = false;
+  }
   return good;
 }
 
@@ -167,12 +190,15 @@ int Program::Run() {
                    ": cannot be opened: " + std::strerror(errno));
     return kExitCannotStart;
   }
+  // Before components are loaded, so that their first lines are in the log.
   if (!OpenFiles()) return kExitCannotStart;
+  // Before any thread that may use libcurl.
   curl_global_init(CURL_GLOBAL_DEFAULT);
+  // Before the host, whose components may publish as soon as they are loaded.
   EventListener listener([this](const SeenEvent& event) {
-    sightings_.NoteEvent(event);
+    seen_ids_.NoteEvent(event);
     audit_.NoteEvent(event);
-    printer_.Show(MakeRecord(event));
+    printer_.Show(EventRecord(event));
     if (audit_.TakeFailure()) printer_.Error(kAuditFailure);
   });
   std::string error;
@@ -187,7 +213,9 @@ int Program::Run() {
   Activity::Scope scope(activity_, "the components to finish");
   if (signals_.WaitForStop(kNow)) SayStopping();
   host.reset();
+  // Components publish until they are finalised; what they did must not be missing in the audit.
   evt::EventManager::GetInstance()->Flush();
+  // At a terminal a person has seen what was missing; a script has no other way to know.
   if (printer_.has_failed() && good && !OnTerminal(options_)) {
     printer_.Error("not all of the output could be written");
     return kExitCommandFailed;
@@ -200,8 +228,8 @@ bool Program::RunConsole(const Host& host, base::ScopedFd input) {
     while (!signals_.WaitForStop(std::chrono::hours(1))) continue;
     return true;
   }
-  if (OnTerminal(options_)) NoteStoredIds(*host.accounts(), &sightings_);
-  Console console(MakeServices(host), {&printer_, &activity_, &sightings_, &audit_});
+  if (OnTerminal(options_)) NoteStoredIds(*host.accounts(), &seen_ids_);
+  Console console(MakeServices(host), {&printer_, &activity_, &seen_ids_, &audit_});
   return ReadLines(&console, std::move(input));
 }
 
@@ -260,7 +288,7 @@ int RunGateway(const Options& options) {
   if (options.doctor.wanted) {
     DoctorOptions doctor = options.doctor;
     doctor.color = MakeStyle(options).color_out;
-    // Before the proxies are forgotten, since it tells of them.
+    // Before ForgetProxies: the doctor reports proxy variables.
     const std::optional<Severity> worst = RunDoctor(doctor, std::cout);
     if (!worst) std::cerr << "qorn-gateway: not all of the output could be written\n";
     return ExitStatusOf(worst);

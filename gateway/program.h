@@ -1,4 +1,4 @@
-// The gateway program, all but its first lines.
+// The program from its start to its exit status: it joins the parts that the other folders hold.
 #ifndef QORN_GATEWAY_PROGRAM_H_
 #define QORN_GATEWAY_PROGRAM_H_
 
@@ -6,8 +6,8 @@
 
 namespace gateway {
 
-// Runs until its input ends or it is told to stop; answers the exit status. Call it once, on the
-// only thread of the process.
+// Runs until the input ends or the program is told to stop, and returns the exit status. Call it
+// once, while the process has no other thread.
 int RunGateway(const Options& options);
 
 }  // namespace gateway

@@ -103,14 +103,15 @@ void ScenarioRunner::AddLife() {
     done.get();
   });
   Step("on-line", 3 + kOrMore, [this](W w) {
-    if (gateway::FindOperation(w[2]) == nullptr) Fail("unknown operation");
+    if (gateway::FindCommandOperation(w[2]) == nullptr) Fail("unknown operation");
     const std::string awaited = Replace(LogLine(w[0]), "\\n", "\n");
     log_.OnLine([this, awaited, w](const std::string& line) {
       if (line != awaited) return;
       log_.OnLine(nullptr);
       gateway::Answer answer;
       std::string error;
-      gateway::FindOperation(w[2])->call(service_, {w.begin() + 3, w.end()}, &answer, &error);
+      gateway::FindCommandOperation(w[2])->Call(service_, {w.begin() + 3, w.end()}, &answer,
+                                                &error);
       EXPECT_EQ(std::to_string(answer.code), w[1]) << error;
     });
   });

@@ -131,16 +131,15 @@ void ScenarioRunner::RunLine(const std::string& text) {
 
 void ScenarioRunner::RunOperation(const std::string& text) {
   const Words words = SplitWords(text, 2 + kOrMore);
-  const gateway::Operation* operation = gateway::FindOperation(words[1]);
+  const gateway::Operation* operation = gateway::FindCommandOperation(words[1]);
   if (operation == nullptr) Fail("no directive and no operation");
   if (!running_) Fail("the service is not started");
   const Words arguments(words.begin() + 2, words.end());
-  if (arguments.size() != SplitWords(operation->arguments, kOrMore).size())
-    Fail(operation->arguments);
+  if (arguments.size() != operation->arguments.size()) Fail("number of arguments");
   gateway::Answer answer;
   answer.unwritten = {kUntouched, flag_};
   std::string error;
-  if (!operation->call(service_, arguments, &answer, &error)) Fail(error);
+  if (!operation->Call(service_, arguments, &answer, &error)) Fail(error);
   Collect();
   if (std::to_string(answer.code) != words[0]) Fail("answered " + std::to_string(answer.code));
   if (answer.code != 1 && !events_.empty()) Fail("event of a failure: " + events_.front());

@@ -17,8 +17,8 @@
 #include "core_fw/account/src/account_manager_impl.h"
 #include "core_fw/account/tests/test_support.h"
 #include "devcloud/http/recorded_request.h"
+#include "gateway/console/commands.h"
 #include "gateway/console/variables.h"
-#include "gateway/operations/operations.h"
 
 namespace scenarios {
 

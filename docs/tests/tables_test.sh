@@ -1,5 +1,5 @@
 #!/bin/sh
-# The tables of operations.md and events.md against the interface, the console's commands and the
+# The tables of operations.md and events.md against the interface, the table of operations and the
 # texts of the results. Run in the repository's root; shows the lines that differ.
 set -eu
 folder=$(mktemp -d)
@@ -32,12 +32,10 @@ sed -nE 's/^\| [0-9]+ \| `([A-Z]\w+)` \|.*\| ([0-9 ]+)(,[^|]*)? ?\|$/\1 \2/p' do
 same "operations.md, results of the operations"
 
 # The state of the network setting is no result.
-kebab='s/([a-z])([A-Z])/\1-\2/g; s/([A-Z])([A-Z][a-z])/\1-\2/g; s/^[^ ]*/\L&/; s/^(get-network-setting-status).*/\1/'
-sed -E "$kebab" "$folder/doc" >"$folder/results"
-mv "$folder/results" "$folder/doc"
-tr -d '\n' <gateway/operations/operations.cc | grep -oE '\{\{"[^}]*"\}' |
-  sed -E 's/^\{\{"([a-z-]+)".*"([0-9 ]*)"\}$/\1 \2/; s/ *$//' >"$folder/code"
-same "a command's name or results"
+sed -i -E 's/^(GetNetworkSettingStatus).*/\1/' "$folder/doc"
+tr -d '\n' <gateway/operations/operations.cc | grep -oE 'Describe<&Accounts::[^{]*\{[0-9, ]*\}' |
+  sed -E 's/^[^(]*\( *"(\w+)".*\{([0-9, ]*)\}$/\1 \2/; s/,//g; s/ *$//' >"$folder/code"
+same "an operation's name or results in the table"
 
 for table in operations:kAccount events:kEventAccount; do
   page=docs/${table%:*}.md constant="${table#*:}[A-Z]\w+"

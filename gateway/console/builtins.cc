@@ -16,59 +16,107 @@ constexpr int kNetworkPolls = 100;
 
 constexpr char kLooking[] = "Looking around";
 constexpr char kConsole[] = "The console";
+constexpr char kSecondsMeaning[] =
+    "how long; without it until Enter or, in a script, until the gateway stops";
 
 }  // namespace
 
 const std::vector<Console::Builtin>& Console::Builtins() {
+  using Arguments = std::vector<CommandArgument>;
+  const CommandArgument user_uuid(parameter::kUserUuid);
   static const std::vector<Builtin> builtins = {
-      {{"status", "", kLooking, "", "show how the gateway stands, at a glance", ""},
+      {{"status", "", kLooking, {}, "show how the gateway stands, at a glance", {}},
        0,
        0,
        false,
        &Console::Status},
-      {{"users", "", kLooking, "", "show all users in a table", ""}, 0, 0, false, &Console::Users},
-      {{"friends", "", kLooking, "[USER_UUID]", "show the friends of one user or of all", ""},
+      {{"users", "", kLooking, {}, "show all users in a table", {}}, 0, 0, false, &Console::Users},
+      {{"friends",
+        "",
+        kLooking,
+        Arguments{user_uuid.Optional()},
+        "show the friends of one user or of all",
+        {}},
        0,
        1,
        false,
        &Console::Friends},
-      {{"watch", "", kLooking, "[SECONDS]",
-        "follow events and log lines; Enter ends it at a terminal", ""},
+      {{"watch",
+        "",
+        kLooking,
+        Arguments{{"[SECONDS]", kSecondsMeaning, IdKind::kNone, Secrecy::kOpen}},
+        "follow events and log lines; Enter ends it at a terminal",
+        {}},
        0,
        1,
        false,
        &Console::Watch},
-      {{"request-code", "code", kConsole, "USER_ID",
-        "fetch an authorisation code from the account server into $code", "1"},
+      {{"request-code",
+        "code",
+        kConsole,
+        Arguments{CommandArgument(parameter::kUserId)},
+        "fetch an authorisation code from the account server into $code",
+        {1}},
        1,
        1,
        true,
        &Console::RequestCode},
-      {{"wait-network", "", kConsole, "",
-        "wait, ten seconds at most, until the network setting status is 1", "1"},
+      {{"wait-network",
+        "",
+        kConsole,
+        {},
+        "wait, ten seconds at most, until the network setting status is 1",
+        {1}},
        0,
        0,
        true,
        &Console::WaitNetwork},
-      {{"expect", "", kConsole, "RESULT COMMAND...",
+      {{"expect",
+        "",
+        kConsole,
+        Arguments{{"RESULT", "a number, a constant's name such as kAccountNoUser, or success",
+                   IdKind::kNone, Secrecy::kOpen},
+                  {"COMMAND...", "a command with its arguments", IdKind::kNone, Secrecy::kOpen}},
         "run a command and fail unless it answers RESULT: a number, a constant's name or success",
-        ""},
+        {}},
        2,
        kAnyNumber,
        false,
        &Console::Expect},
-      {{"set", "", kConsole, "NAME TEXT", "give a variable a value, used as $NAME or ${NAME}", ""},
+      // What is set may be a code that was typed.
+      {{"set",
+        "",
+        kConsole,
+        Arguments{
+            {"NAME", "letters, digits and \"_\", no digit first", IdKind::kNone, Secrecy::kOpen},
+            {"TEXT", "the variable's value", IdKind::kNone, Secrecy::kSecret}},
+        "give a variable a value, used as $NAME or ${NAME}",
+        {}},
        2,
        2,
        false,
        &Console::Set},
-      {{"say", "", kConsole, "TEXT...", "print a text", ""}, 1, kAnyNumber, false, &Console::Say},
-      {{"help", "?", kConsole, "[COMMAND]", "list the commands, or explain one", ""},
+      {{"say",
+        "",
+        kConsole,
+        Arguments{{"TEXT...", "any words", IdKind::kNone, Secrecy::kOpen}},
+        "print a text",
+        {}},
+       1,
+       kAnyNumber,
+       false,
+       &Console::Say},
+      {{"help",
+        "?",
+        kConsole,
+        Arguments{{"[COMMAND]", "a command's name or alias", IdKind::kNone, Secrecy::kOpen}},
+        "list the commands, or explain one",
+        {}},
        0,
        1,
        false,
        &Console::Help},
-      {{"quit", "exit", kConsole, "", "stop the gateway", ""}, 0, 0, false, &Console::Quit},
+      {{"quit", "exit", kConsole, {}, "stop the gateway", {}}, 0, 0, false, &Console::Quit},
   };
   return builtins;
 }
@@ -102,8 +150,8 @@ Console::Step Console::Help(const Words& words) {
     ShowCommands(Commands(), parts_.printer);
     return Step{};
   }
-  const std::optional<CommandInfo> command = FindCommand(words[1]);
-  if (!command) return Step{"help: unknown command \"" + words[1] + "\"", {}};
+  const std::optional<Command> command = FindCommand(words[1]);
+  if (!command) return Step{"help: " + UnknownCommand(words[1]), {}};
   ShowCommand(*command, parts_.printer);
   return Step{};
 }
@@ -120,7 +168,7 @@ Console::Step Console::RequestCode(const Words& words) {
   std::string error;
   if (!services_.request_code(words[1], &code, &error)) return Step{"request-code: " + error, {}};
   Answer answer;
-  answer.outputs.push_back(Field{"code", {code}, true});
+  answer.outputs.push_back({.name = "code", .values = {code}, .secret = true});
   return Step{"", answer};
 }
 
@@ -140,7 +188,7 @@ Console::Step Console::Set(const Words& words) {
 }
 
 Console::Step Console::Status(const Words&) {
-  ShowStatus(services_, parts_.sightings, parts_.printer);
+  ShowStatus(services_, parts_.seen_ids, parts_.printer);
   return Step{};
 }
 

@@ -1,18 +1,52 @@
-// What a person is told of a console command.
+// The console's commands as people see them: one for each operation, in kebab case, and what its
+// arguments are called here.
 #ifndef QORN_GATEWAY_CONSOLE_COMMANDS_H_
 #define QORN_GATEWAY_CONSOLE_COMMANDS_H_
 
+#include <string>
+#include <vector>
+
+#include "gateway/operations/operations.h"
+
 namespace gateway {
 
-struct CommandInfo {
-  const char* name;       // in kebab case
-  const char* alias;      // a shorter name; "" for none
-  const char* group;      // the heading in the list of commands
-  const char* arguments;  // their names, divided by blanks
-  const char* help;       // one line
-  // The result codes that it can answer, divided by blanks; "" when it answers none.
-  const char* results;
+struct CommandArgument {
+  // As in parameters.h, nothing has a default.
+  CommandArgument(std::string name, std::string text, IdKind id_kind, Secrecy secrecy);
+  // "USER_UUID" for user_uuid, with a word on where a person gets it from.
+  explicit CommandArgument(const Parameter& parameter);
+
+  CommandArgument Optional() const;
+  bool is_repeated() const { return usage.ends_with("..."); }
+
+  std::string
+      usage;  // "USER_ID", "[USER_UUID]" if it may be left out, "TEXT..." if more may follow
+  std::string meaning;
+  IdKind kind;
+  bool secret;
 };
+
+struct Command {
+  std::string name;   // in kebab case
+  std::string alias;  // a shorter name; "" for none
+  std::string group;  // the heading in the list of commands
+  std::vector<CommandArgument> arguments;
+  std::string help;          // one line
+  std::vector<int> results;  // the codes that it can answer; none when it answers none
+
+  bool IsCalled(const std::string& word) const {
+    return word == name || (word == alias && !alias.empty());
+  }
+};
+
+// "USER_ID CODE"
+std::string UsageOf(const Command& command);
+
+// The commands of the operations, in the order of Operations().
+const std::vector<Command>& OperationCommands();
+
+// The operation behind a command's name or alias; null for none.
+const Operation* FindCommandOperation(const std::string& word);
 
 }  // namespace gateway
 

@@ -1,26 +1,22 @@
 #include "gateway/console/console.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "gateway/console/words.h"
 #include "gateway/operations/result_names.h"
+#include "gateway/output/nearest_word.h"
 #include "gateway/output/text.h"
 
 namespace gateway {
 namespace {
 
-std::string ArityError(const CommandInfo& command, size_t given) {
-  const std::string arguments = command.arguments;
-  return command.name + std::string(" expects ") + (arguments.empty() ? "no argument" : arguments) +
-         ", got " + std::to_string(given) + (given == 1 ? " argument" : " arguments");
+std::string ArityError(const Command& command, size_t given) {
+  const std::string usage = UsageOf(command);
+  return command.name + " expects " + (usage.empty() ? "no argument" : usage) + ", got " +
+         std::to_string(given) + (given == 1 ? " argument" : " arguments");
 }
 
-bool IsName(const CommandInfo& command, const std::string& word) {
-  return word == command.name || (*command.alias != '\0' && word == command.alias);
-}
-
-// An error repeats what was typed; a word that would fill the screen is cut off in it.
+// An error repeats what was typed, but not a word that would fill the screen.
 std::string ClipWords(std::string error, const std::vector<std::string>& words) {
   for (const std::string& word : words) {
     const size_t at = error.find(word);
@@ -29,13 +25,13 @@ std::string ClipWords(std::string error, const std::vector<std::string>& words) 
   return error;
 }
 
-// The argument's value; "" when the command has no such argument or it is missing.
-std::string ArgumentNamed(const CommandInfo& command, const std::vector<std::string>& words,
-                          const std::string& name) {
-  const std::vector<std::string> names = SplitAtBlanks(command.arguments);
-  const size_t at =
-      static_cast<size_t>(std::find(names.begin(), names.end(), name) - names.begin());
-  return at < names.size() && at + 1 < words.size() ? words[at + 1] : "";
+// The first argument of the kind; "" when the command has none or it is missing.
+std::string ArgumentOfKind(const Command& command, const std::vector<std::string>& words,
+                           IdKind kind) {
+  for (size_t i = 0; i < command.arguments.size() && i + 1 < words.size(); ++i) {
+    if (command.arguments[i].kind == kind) return words[i + 1];
+  }
+  return "";
 }
 
 }  // namespace
@@ -46,7 +42,11 @@ Console::Console(ConsoleServices services, const Parts& parts)
 Console::Outcome Console::Execute(const std::string& line) {
   Step step;
   Words words;
-  if (SplitWords(line, variables_, &words, &step.error) && !words.empty()) step = Perform(words);
+  if (!SplitWords(line, variables_, &words, &step.error)) {
+    parts_.audit->NoteRefusedLine();
+  } else if (!words.empty()) {
+    step = Perform(words);
+  }
   if (step.answer && !step.answer->is_status && step.answer->code != kAccountSuccess) {
     step.error = words[0] + " " + DescribeResult(step.answer->code);
   }
@@ -54,27 +54,44 @@ Console::Outcome Console::Execute(const std::string& line) {
   return Outcome{ClipWords(HideSecrets(step.error), words), step.quit};
 }
 
+Console::Outcome Console::Refuse(const std::string& error) {
+  parts_.audit->NoteRefusedLine();
+  return Outcome{.error = error};
+}
+
 std::string Console::HideSecrets(const std::string& text) const {
   return parts_.printer->style().show_secrets ? text : variables_.HideSecrets(text);
 }
 
-std::optional<CommandInfo> Console::FindCommand(const std::string& name) {
-  if (const Builtin* builtin = FindBuiltin(name)) return *builtin;
-  if (const Operation* operation = FindOperation(name)) return *operation;
+std::optional<Command> Console::FindCommand(const std::string& name) {
+  for (const Command& command : Commands()) {
+    if (command.IsCalled(name)) return command;
+  }
   return std::nullopt;
 }
 
 const Console::Builtin* Console::FindBuiltin(const std::string& name) {
-  const std::vector<Builtin>& builtins = Builtins();
-  auto found = std::find_if(builtins.begin(), builtins.end(),
-                            [&name](const Builtin& builtin) { return IsName(builtin, name); });
-  return found == builtins.end() ? nullptr : &*found;
+  for (const Builtin& builtin : Builtins()) {
+    if (builtin.IsCalled(name)) return &builtin;
+  }
+  return nullptr;
 }
 
-std::vector<CommandInfo> Console::Commands() {
-  std::vector<CommandInfo> commands(Builtins().begin(), Builtins().end());
-  commands.insert(commands.end(), Operations().begin(), Operations().end());
+std::vector<Command> Console::Commands() {
+  std::vector<Command> commands(Builtins().begin(), Builtins().end());
+  commands.insert(commands.end(), OperationCommands().begin(), OperationCommands().end());
   return commands;
+}
+
+std::string Console::UnknownCommand(const std::string& word) {
+  std::vector<std::string> names;
+  for (const Command& command : Commands()) {
+    names.push_back(command.name);
+    if (!command.alias.empty()) names.push_back(command.alias);
+  }
+  const std::string nearest = NearestWord(word, names);
+  return "unknown command \"" + word + "\"" +
+         (nearest.empty() ? "" : "; did you mean " + nearest + "?");
 }
 
 Console::Step Console::Perform(const Words& words) {
@@ -83,11 +100,14 @@ Console::Step Console::Perform(const Words& words) {
     step = PerformBuiltin(*builtin, words);
     // What stands under expect is noted by itself.
     if (builtin->run != &Console::Expect) NoteInAudit(*builtin, words, step);
-  } else if (const Operation* operation = FindOperation(words[0])) {
-    step = PerformOperation(*operation, words);
-    NoteInAudit(*operation, words, step);
+  } else if (const Operation* operation = FindCommandOperation(words[0])) {
+    const Command command = *FindCommand(words[0]);
+    step = PerformOperation(*operation, command, words);
+    NoteInAudit(command, words, step);
   } else {
-    step.error = "unknown command \"" + words[0] + "\"; \"help\" lists them all";
+    parts_.audit->NoteRefusedLine();
+    const std::string error = UnknownCommand(words[0]);
+    step.error = error + (error.ends_with('?') ? " " : "; ") + "\"help\" lists them all";
   }
   return step;
 }
@@ -100,22 +120,26 @@ Console::Step Console::PerformBuiltin(const Builtin& builtin, const Words& words
   return step;
 }
 
-Console::Step Console::PerformOperation(const Operation& operation, const Words& words) {
+Console::Step Console::PerformOperation(const Operation& operation, const Command& command,
+                                        const Words& words) {
   const Words arguments(words.begin() + 1, words.end());
-  if (arguments.size() != SplitAtBlanks(operation.arguments).size()) {
-    return Step{ArityError(operation, arguments.size()), {}};
+  if (arguments.size() != operation.arguments.size()) {
+    return Step{ArityError(command, arguments.size()), {}};
   }
-  Activity::Scope scope(*parts_.activity, operation.name);
+  Activity::Scope scope(*parts_.activity, command.name);
   Answer answer;
   std::string error;
-  if (!operation.call(*services_.accounts, arguments, &answer, &error)) {
-    return Step{std::string(operation.name) + " expects " + operation.arguments + ": " + error, {}};
+  if (!operation.Call(*services_.accounts, arguments, &answer, &error)) {
+    return Step{command.name + " expects " + UsageOf(command) + ": " + error, {}};
   }
-  // The events of an operation stand before its answer, so that a script's output has one order.
+  // Wait for the events of the operation, so that they always stand before its answer and a
+  // script's output has one order.
   services_.flush_events();
-  ShowAndRemember(operation.name, answer);
-  if (operation.name == std::string("reset-count-for-session-maintenance")) {
-    parts_.sightings->NoteKept(arguments[0]);
+  ShowAndRemember(command.name, answer);
+  parts_.seen_ids->NoteFields(operation.outputs, answer.outputs);
+  // The interface tells nobody when a session was kept alive; status shows what was seen here.
+  if (operation.name == std::string("ResetCountForSessionMaintenance")) {
+    parts_.seen_ids->NoteKept(arguments[0]);
   }
   return Step{"", answer};
 }
@@ -123,32 +147,35 @@ Console::Step Console::PerformOperation(const Operation& operation, const Words&
 void Console::ShowAndRemember(const std::string& name, const Answer& answer) {
   const std::string code = std::to_string(answer.code);
   const std::string message = answer.is_status ? "status" : ResultMessage(answer.code);
-  parts_.printer->Show(Record{
-      "answer",
-      name + (answer.is_status ? ": status " + code : ": " + code + " " + message),
-      {{"command", {name}}, {"code", {code}, false, Field::Shape::kNumber}, {"message", {message}}},
-      "outputs",
-      answer.outputs});
+  parts_.printer->Show(
+      Record{.type = "answer",
+             .head = name + (answer.is_status ? ": status " + code : ": " + code + " " + message),
+             .attributes = {{.name = "command", .values = {name}},
+                            NumberField("code", answer.code),
+                            {.name = "message", .values = {message}}},
+             .nested = "outputs",
+             .fields = answer.outputs});
   for (const Field& output : answer.outputs) {
     variables_.Set(output.name, JoinWords(output.values), output.secret);
   }
-  parts_.sightings->NoteFields(answer.outputs);
 }
 
-void Console::NoteInAudit(const CommandInfo& command, const Words& words, const Step& step) {
-  Audit::Command note;
+void Console::NoteInAudit(const Command& command, const Words& words, const Step& step) {
+  Audit::CommandNote note;
   note.name = command.name;
   note.message = step.error.empty() ? "done" : "not done";
   // Words of a command that was refused may stand in each other's places, a code in the user's.
   if (step.answer || step.error.empty()) {
-    note.user_uuid = variables_.HideSecrets(ArgumentNamed(command, words, "USER_UUID"));
-    note.user_id = variables_.HideSecrets(ArgumentNamed(command, words, "USER_ID"));
+    note.user_uuid = variables_.HideSecrets(ArgumentOfKind(command, words, IdKind::kUserUuid));
+    note.user_id = variables_.HideSecrets(ArgumentOfKind(command, words, IdKind::kUserId));
   }
   if (step.answer) {
     note.result = step.answer->code;
     note.message = step.answer->is_status ? "status" : ResultMessage(step.answer->code);
     for (const Field& output : step.answer->outputs) {
-      if (output.name == "user_uuid" && !output.values.empty()) note.user_uuid = output.values[0];
+      if (output.name == parameter::kUserUuid.name && !output.values.empty()) {
+        note.user_uuid = output.values[0];
+      }
     }
   }
   parts_.audit->NoteCommand(note);

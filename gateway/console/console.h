@@ -1,5 +1,5 @@
-// Carries out console lines: the operations of the account interface and a few commands around
-// them.
+// The console: reads lines from people and scripts, runs the operations and a few commands around
+// them, and shows what they answer. This class carries out one line after another.
 #ifndef QORN_GATEWAY_CONSOLE_CONSOLE_H_
 #define QORN_GATEWAY_CONSOLE_CONSOLE_H_
 
@@ -24,7 +24,7 @@ class Console {
   struct Parts {
     Printer* printer;
     Activity* activity;
-    Sightings* sightings;
+    SeenIds* seen_ids;
     Audit* audit;
   };
 
@@ -40,16 +40,19 @@ class Console {
   // than 1 is an error, unless `expect` asked for that code.
   Outcome Execute(const std::string& line);
 
+  // For a line that cannot be executed: notes in the audit that there was one.
+  Outcome Refuse(const std::string& error);
+
   // Whether the line may be kept in a file: it is a whole command, and no secret is typed in it. A
   // secret's place may hold a variable.
   bool MayBeKept(const std::string& line) const;
 
   // The words that may stand where the last word of `line` begins, all of them beginning as it
-  // does: commands, IDs that were seen, variables after "$".
+  // does: commands, IDs that were seen (escaped as they have to be typed), variables after "$".
   std::vector<std::string> Complete(const std::string& line) const;
 
   // All commands, in the order of the list that help shows.
-  static std::vector<CommandInfo> Commands();
+  static std::vector<Command> Commands();
 
  private:
   using Words = std::vector<std::string>;
@@ -61,7 +64,7 @@ class Console {
   };
 
   // A command that is no operation. `least` and `most` count its arguments.
-  struct Builtin : CommandInfo {
+  struct Builtin : Command {
     size_t least;
     size_t most;
     bool answers;  // can stand under expect
@@ -70,16 +73,19 @@ class Console {
 
   static const std::vector<Builtin>& Builtins();
   static const Builtin* FindBuiltin(const std::string& name);
-  static std::optional<CommandInfo> FindCommand(const std::string& name);
+  static std::optional<Command> FindCommand(const std::string& name);
+
+  // Says that there is no such command, and which one may have been meant.
+  static std::string UnknownCommand(const std::string& word);
 
   // Shortens the secrets in a text, unless they are to be shown.
   std::string HideSecrets(const std::string& text) const;
 
   Step Perform(const Words& words);
   Step PerformBuiltin(const Builtin& builtin, const Words& words);
-  Step PerformOperation(const Operation& operation, const Words& words);
+  Step PerformOperation(const Operation& operation, const Command& command, const Words& words);
   void ShowAndRemember(const std::string& name, const Answer& answer);
-  void NoteInAudit(const CommandInfo& command, const Words& words, const Step& step);
+  void NoteInAudit(const Command& command, const Words& words, const Step& step);
 
   Step Expect(const Words& words);
   Step Friends(const Words& words);

@@ -11,117 +11,91 @@
 namespace gateway {
 namespace {
 
-constexpr size_t kUsageWidth = 46;
+constexpr size_t kHelpColumn = 46;     // in the list of commands
+constexpr size_t kMeaningColumn = 26;  // in the help of one
+constexpr size_t kResultColumn = 8;
+// Where the text goes when a narrow window leaves it less than this many columns beside its label.
+constexpr size_t kLeastTextWidth = 30;
+constexpr size_t kNarrowColumn = 6;
+constexpr size_t kUsageIndent = 4;
 
-struct Argument {
-  const char* name;
-  const char* meaning;
-};
-
-constexpr Argument kArguments[] = {
-    {"USER_ID", "the user's ID, as it signs in at the account server"},
-    {"TARGET_USER_ID", "the ID of the user to be removed"},
-    {"CODE", "an authorisation code of the account server, used once"},
-    {"PASSWORD", "looked at for the system account only"},
-    {"USER_UUID", "the user's UUID, from create-user, users or get-user-uuid-from-user-id"},
-    {"SESSION_ID", "the session's ID, from sign-in or status"},
-    {"FRIEND_UUID", "the friend's UUID, from friends or get-all-friends-uuid"},
-    {"FRIEND_ID", "the friend's user ID"},
-    {"FRIEND_GUID", "the friend's GUID at the account server"},
-    {"FRIEND_PEER_ID", "the peer ID that the remote-access module reaches the friend by"},
-    {"FRIEND_AUTH_CODE", "the code of the invitation, from add-friend-candidate"},
-    {"FRIEND_DEVICE_MODEL_ID", "the model of the friend's gateway"},
-    {"FRIEND_DEVICE_NAME", "the name of the friend's gateway"},
-    {"FRIEND_DEVICE_ADDRESS", "the physical address of the friend's gateway, as text"},
-    {"FIRST", "not looked at"},
-    {"SECOND", "not looked at"},
-    {"TYPE", "the number of the field"},
-    {"VALUE", "the new value"},
-    {"LIFETIME", "minutes; 0 and less end every session at the next tick"},
-    {"MESSAGE", "a JSON document, in single quotes"},
-    {"RESULT", "a number, a constant's name such as kAccountNoUser, or success"},
-    {"COMMAND", "a command's name or alias"},
-    {"COMMAND...", "a command with its arguments"},
-    {"NAME", "letters, digits and \"_\", no digit first"},
-    {"TEXT", "the variable's value"},
-    {"TEXT...", "any words"},
-    {"SECONDS", "how long; without it until Enter or, in a script, until the gateway stops"},
-};
-
-// "[USER_UUID]" names the same as "USER_UUID".
-std::string MeaningOf(std::string name) {
-  if (name.starts_with('[')) name = name.substr(1, name.size() - 2);
-  for (const Argument& argument : kArguments) {
-    if (name == argument.name) return argument.meaning;
-  }
-  return "";
+std::string FullUsage(const Command& command) {
+  const std::string usage = UsageOf(command);
+  return usage.empty() ? command.name : command.name + " " + usage;
 }
 
-std::string Usage(const CommandInfo& command) {
-  std::string usage = command.name;
-  if (*command.arguments != '\0') usage += std::string(" ") + command.arguments;
-  return usage;
+// A label with its text in the given column, or below it where the label or the window leave no
+// room beside it.
+std::string Entry(const std::string& label, size_t column, const std::string& text,
+                  size_t columns) {
+  if (columns != 0 && columns < column + kLeastTextWidth) column = kNarrowColumn;
+  const std::string head = "  " + Wrap(label, 2, kUsageIndent, columns);
+  const std::string gap = 2 + DisplayWidth(label) < column
+                              ? std::string(column - 2 - DisplayWidth(label), ' ')
+                              : "\n" + std::string(column, ' ');
+  return head + gap + Wrap(text, column, column, columns) + "\n";
 }
 
-std::string ListLine(const CommandInfo& command) {
-  const std::string usage = "  " + Usage(command);
-  const std::string gap = usage.size() < kUsageWidth ? std::string(kUsageWidth - usage.size(), ' ')
-                                                     : "\n" + std::string(kUsageWidth, ' ');
-  return usage + gap + command.help + "\n";
-}
-
-Record MakeRecord(const CommandInfo& command) {
-  return Record{"command",
-                "",
-                {{"command", {command.name}},
-                 {"alias", {command.alias}},
-                 {"group", {command.group}},
-                 {"arguments", SplitAtBlanks(command.arguments), false, Field::Shape::kList},
-                 {"help", {command.help}},
-                 {"results", SplitAtBlanks(command.results), false, Field::Shape::kList}},
-                "",
-                {}};
+Record CommandRecord(const Command& command) {
+  std::vector<std::string> arguments;
+  std::vector<std::string> results;
+  for (const CommandArgument& argument : command.arguments) arguments.push_back(argument.usage);
+  for (const int code : command.results) results.push_back(std::to_string(code));
+  return {.type = "command",
+          .attributes = {{.name = "command", .values = {command.name}},
+                         {.name = "alias", .values = {command.alias}},
+                         {.name = "group", .values = {command.group}},
+                         ListField("arguments", arguments),
+                         {.name = "help", .values = {command.help}},
+                         ListField("results", results)}};
 }
 
 }  // namespace
 
-void ShowCommands(const std::vector<CommandInfo>& commands, Printer* printer) {
+void ShowCommands(const std::vector<Command>& commands, Printer* printer) {
   const PrinterStyle& style = printer->style();
+  const size_t columns = printer->columns();
   std::string lines;
   std::vector<std::string> groups;
-  for (const CommandInfo& command : commands) {
-    if (style.json) lines += JsonLine(MakeRecord(command), false);
+  for (const Command& command : commands) {
+    if (style.json) lines += JsonLine(CommandRecord(command), false);
     if (std::find(groups.begin(), groups.end(), command.group) == groups.end()) {
-      groups.emplace_back(command.group);
+      groups.push_back(command.group);
     }
   }
   for (const std::string& group : groups) {
     if (style.json) break;
     lines += Paint(group, Tone::kTitle, style.color_out) + "\n";
-    for (const CommandInfo& command : commands) {
-      if (group == command.group) lines += ListLine(command);
+    for (const Command& command : commands) {
+      if (group != command.group) continue;
+      lines += Entry(FullUsage(command), kHelpColumn, command.help, columns);
     }
   }
-  if (!style.json) lines += "\"help COMMAND\" explains one: its arguments, results and alias.\n";
+  if (!style.json) {
+    lines +=
+        Wrap("\"help COMMAND\" explains one: its arguments, results and alias.", 0, 0, columns);
+    lines += "\n";
+  }
   printer->ShowLines(lines);
 }
 
-void ShowCommand(const CommandInfo& command, Printer* printer) {
+void ShowCommand(const Command& command, Printer* printer) {
   if (printer->style().json) {
-    printer->Show(MakeRecord(command));
+    printer->Show(CommandRecord(command));
     return;
   }
-  std::string lines = Paint(Usage(command), Tone::kTitle, printer->style().color_out) + "\n  " +
-                      command.help + "\n";
-  for (const std::string& name : SplitAtBlanks(command.arguments)) {
-    lines += "  " + PadTo(name, 24) + MeaningOf(name) + "\n";
+  const size_t columns = printer->columns();
+  std::string lines = Paint(Wrap(FullUsage(command), 0, kUsageIndent, columns), Tone::kTitle,
+                            printer->style().color_out) +
+                      "\n  " + Wrap(command.help, 2, 2, columns) + "\n";
+  for (const CommandArgument& argument : command.arguments) {
+    lines += Entry(argument.usage, kMeaningColumn, argument.meaning, columns);
   }
-  if (*command.alias != '\0') lines += std::string("  Alias: ") + command.alias + "\n";
-  if (*command.results != '\0') lines += "  Results:\n";
-  for (const std::string& code : SplitAtBlanks(command.results)) {
-    int number = 0;
-    ParseInt(code, &number);
-    lines += "    " + PadTo(code, 4) + ResultMessage(number) + "\n";
+  if (!command.alias.empty()) lines += "  Alias: " + command.alias + "\n";
+  if (!command.results.empty()) lines += "  Results:\n";
+  for (const int code : command.results) {
+    lines += PadTo("    " + std::to_string(code), kResultColumn) +
+             Wrap(ResultMessage(code), kResultColumn, kResultColumn, columns) + "\n";
   }
   printer->ShowLines(lines);
 }

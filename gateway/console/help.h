@@ -10,10 +10,10 @@
 namespace gateway {
 
 // A list under headings.
-void ShowCommands(const std::vector<CommandInfo>& commands, Printer* printer);
+void ShowCommands(const std::vector<Command>& commands, Printer* printer);
 
 // Arguments, meaning and possible results of one.
-void ShowCommand(const CommandInfo& command, Printer* printer);
+void ShowCommand(const Command& command, Printer* printer);
 
 }  // namespace gateway
 

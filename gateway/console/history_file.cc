@@ -30,10 +30,11 @@ std::string StateFolder() {
 }
 
 bool WriteText(const std::string& path, int flags, const std::string& text) {
+  // Neither follow a link that somebody else put there nor block on a named pipe.
   const base::ScopedFd file(
       open(path.c_str(), flags | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, kOwnerOnly));
   if (file.get() < 0) return false;
-  // A file that was there with another mode.
+  // The file may exist with a wider mode.
   fchmod(file.get(), kOwnerOnly);
   return write(file.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size());
 }
@@ -78,6 +79,7 @@ void HistoryFile::Append(const std::string& line) {
 void HistoryFile::Replace(const std::vector<std::string>& lines) const {
   std::string text;
   for (const std::string& line : lines) text += line + "\n";
+  // Written beside it and renamed, so that a crash leaves the old history or the new one.
   const std::string fresh = path_ + ".new";
   if (WriteText(fresh, O_WRONLY | O_TRUNC, text)) std::rename(fresh.c_str(), path_.c_str());
 }

@@ -7,8 +7,8 @@
 
 namespace gateway {
 
-// One line after another in a file of mode 0600. A file that cannot be read or written is none: the
-// console works without it. Not thread-safe.
+// A file of mode 0600 with one line each. The console works without it when it cannot be read or
+// written. Not thread-safe.
 class HistoryFile {
  public:
   // "" keeps nothing.

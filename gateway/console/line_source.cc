@@ -22,6 +22,7 @@ LineSource::Result DescriptorLineSource::Next(std::string* line) {
       searched_ = 0;
       skipping_ = true;
     }
+    // A signal must be noticed while a pipe stays open and empty.
     pollfd fds[] = {{input_.get(), POLLIN, 0}, {signals_.stop_fd(), POLLIN, 0}};
     if (poll(fds, 2, -1) < 0 || fds[1].revents != 0) continue;
     char bytes[65536];
@@ -42,6 +43,7 @@ bool DescriptorLineSource::TakeLine(std::string* line) {
   line->assign(buffer_, 0, end);
   buffer_.erase(0, end + 1);
   searched_ = 0;
+  // Scripts may come from an editor that ends lines with CR LF.
   if (!line->empty() && line->back() == '\r') line->pop_back();
   return true;
 }

@@ -16,8 +16,8 @@ class LineSource {
 
   virtual ~LineSource() = default;
 
-  // Waits for a line, without its line break; the last one needs none. kStopped once the program
-  // was told to stop. kTooLong skips a line over 8 MiB. kFailed: errno says why.
+  // Waits for a line and returns it without its line break, which the last one may lack. kStopped
+  // once the program was told to stop. kTooLong skips a line over 8 MiB. kFailed: errno says why.
   virtual Result Next(std::string* line) = 0;
 };
 
@@ -37,7 +37,7 @@ class DescriptorLineSource : public LineSource {
   const base::ScopedFd input_;
   const StopSignals& signals_;
   std::string buffer_;
-  size_t searched_ = 0;  // no line break stands before it
+  size_t searched_ = 0;  // the buffer has no line break before this position
   bool skipping_ = false;
   bool ended_ = false;
 };

@@ -14,7 +14,7 @@ namespace {
 constexpr long kTransferSeconds = 30;
 constexpr size_t kMaxAnswerBytes = size_t{64} * 1024;
 
-// libcurl calls it; fewer bytes taken than given end the transfer.
+// libcurl calls it. Taking fewer bytes than it was given aborts the transfer.
 size_t AppendAnswer(char* bytes, size_t, size_t count, void* answer_text) {
   auto* answer = static_cast<std::string*>(answer_text);
   if (answer->size() + count > kMaxAnswerBytes) return 0;

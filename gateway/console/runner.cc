@@ -16,7 +16,7 @@ bool RunLines(const RunOptions& options, LineSource* source, Console* console, P
         outcome = console->Execute(line);
         break;
       case LineSource::Result::kTooLong:
-        outcome.error = "the line is too long";
+        outcome = console->Refuse("the line is too long");
         break;
       case LineSource::Result::kFailed:
         printer->Error(options.source_name + ": cannot be read: " + std::strerror(errno));
@@ -25,6 +25,7 @@ bool RunLines(const RunOptions& options, LineSource* source, Console* console, P
       case LineSource::Result::kEnd:
         return good;
     }
+    // A person at a terminal sees the error and goes on; a script must not run on top of a failure.
     if (!outcome.error.empty()) {
       printer->Error(outcome.error, options.source_name, number);
       if (named) good = false;

@@ -16,54 +16,49 @@ namespace {
 
 constexpr size_t kLabelWidth = 16;
 
-// A negative number is one that is not known: null in JSON.
-Field NumberField(const std::string& name, long long value) {
-  if (value < 0) return Field{name, {}, false, Field::Shape::kNumber};
-  return Field{name, {std::to_string(value)}, false, Field::Shape::kNumber};
-}
-
 // -1 when there is no such file.
 long long FileSize(const std::string& path) {
   struct stat state {};
   return stat(path.c_str(), &state) == 0 ? static_cast<long long>(state.st_size) : -1;
 }
 
-// What was asked of the component for one look.
-struct Look {
+// The gateway at one moment.
+struct Snapshot {
   std::string users;  // their number, or why it is not known
   int lifetime = 0;
   int network_status = 0;
   std::string peer_id;
   long long database_bytes = -1;
-  std::vector<Sightings::Session> sessions;
+  std::vector<SeenIds::Session> sessions;
 };
 
-Look TakeLook(const ConsoleServices& services, Sightings* sightings) {
+Snapshot TakeSnapshot(const ConsoleServices& services, SeenIds* seen_ids) {
   AccountManager& accounts = *services.accounts;
-  Look look;
+  Snapshot snapshot;
   std::vector<std::string> users;
   const AccountResult result = accounts.GetAllUsersUUID(&users);
-  look.users = result == kAccountSuccess ? std::to_string(users.size()) : DescribeResult(result);
-  accounts.GetSessionLifetime(&look.lifetime);
-  look.network_status = accounts.GetNetworkSettingStatus();
+  snapshot.users =
+      result == kAccountSuccess ? std::to_string(users.size()) : DescribeResult(result);
+  accounts.GetSessionLifetime(&snapshot.lifetime);
+  snapshot.network_status = accounts.GetNetworkSettingStatus();
   std::string ignored;
-  if (look.network_status == 1) {
+  if (snapshot.network_status == 1) {
     accounts.GetNTSServerInfoAndPeerID(&ignored, &ignored, &ignored, &ignored, &ignored,
-                                       &look.peer_id);
+                                       &snapshot.peer_id);
   }
-  look.database_bytes = FileSize(services.facts.database);
-  for (Sightings::Session& session : sightings->sessions()) {
-    // The user may have a new ID by now.
+  snapshot.database_bytes = FileSize(services.facts.database);
+  for (SeenIds::Session& session : seen_ids->sessions()) {
+    // Asked again, since the user's ID may have changed since the sign-in.
     if (accounts.GetSessionInfo(session.session_id, &session.user_id) == kAccountSuccess) {
-      look.sessions.push_back(session);
+      snapshot.sessions.push_back(session);
     } else {
-      sightings->Forget(session.session_id);
+      seen_ids->Forget(session.session_id);
     }
   }
-  return look;
+  return snapshot;
 }
 
-std::vector<Field> SessionRow(const Sightings::Session& session) {
+std::vector<Field> SessionRow(const SeenIds::Session& session) {
   const auto idle = std::chrono::steady_clock::now() - session.kept;
   return {{"session_id", {session.session_id}},
           {"user_id", {session.user_id}},
@@ -71,23 +66,22 @@ std::vector<Field> SessionRow(const Sightings::Session& session) {
                       std::chrono::duration_cast<std::chrono::minutes>(idle).count())};
 }
 
-Table SessionTable(const Look& look) {
-  Table table{"session",
-              {{"session_id", "SESSION"},
-               {"user_id", "USER"},
-               {"minutes_since_kept", "MINUTES SINCE KEPT"}},
-              {},
-              ""};
-  for (const Sightings::Session& session : look.sessions) table.rows.push_back(SessionRow(session));
+Table SessionTable(const Snapshot& snapshot) {
+  Table table{.type = "session",
+              .columns = {{"session_id", "SESSION"},
+                          {"user_id", "USER"},
+                          {"minutes_since_kept", "MINUTES SINCE KEPT"}}};
+  for (const SeenIds::Session& session : snapshot.sessions)
+    table.rows.push_back(SessionRow(session));
   return table;
 }
 
-Table EventTable(const Sightings& sightings) {
-  Table table{"past_event",
-              {{"time", "TIME"}, {"event", "EVENT"}, {"user_id", "USER"}, {"friend_id", "FRIEND"}},
-              {},
-              ""};
-  for (const Sightings::PastEvent& past : sightings.events()) {
+Table EventTable(const SeenIds& seen_ids) {
+  Table table{
+      .type = "past_event",
+      .columns = {
+          {"time", "TIME"}, {"event", "EVENT"}, {"user_id", "USER"}, {"friend_id", "FRIEND"}}};
+  for (const SeenIds::PastEvent& past : seen_ids.events()) {
     std::vector<Field>& row = table.rows.emplace_back();
     row = {{"time", {past.time}}, {"event", {past.event.name}}};
     row.insert(row.end(), past.event.fields.begin(), past.event.fields.end());
@@ -95,41 +89,47 @@ Table EventTable(const Sightings& sightings) {
   return table;
 }
 
-Record MakeRecord(const GatewayFacts& facts, const Look& look) {
-  return Record{"status",
-                "",
-                {{"components", facts.components, false, Field::Shape::kList},
-                 {"config", {facts.config_file}},
-                 {"database", {facts.database}},
-                 NumberField("database_bytes", look.database_bytes),
-                 {"users", {look.users}, false, Field::Shape::kNumber},
-                 NumberField("open_sessions", static_cast<long long>(look.sessions.size())),
-                 NumberField("session_lifetime_minutes", look.lifetime),
-                 {"network_setting", {facts.network_setting}},
-                 NumberField("network_setting_status", look.network_status),
-                 {"peer_id", {look.peer_id}},
-                 {"account_server", {facts.account_server}},
-                 {"user_portal", {facts.user_portal}},
-                 {"log", {facts.log_file}},
-                 {"audit", {facts.audit_file}}},
-                "",
-                {}};
+Field TextField(const char* name, const std::string& text) {
+  return {.name = name, .values = {text}};
 }
 
-std::string DescribeDatabase(const GatewayFacts& facts, const Look& look) {
+Record StatusRecord(const GatewayFacts& facts, const Snapshot& snapshot) {
+  // Without a value a number is null in JSON.
+  const Field unknown_size{.name = "database_bytes", .shape = Field::Shape::kNumber};
+  return {.type = "status",
+          .attributes = {
+              ListField("components", facts.components),
+              TextField("config", facts.config_file),
+              TextField("database", facts.database),
+              snapshot.database_bytes < 0 ? unknown_size
+                                          : NumberField("database_bytes", snapshot.database_bytes),
+              // A number, or the reason why there is none.
+              {.name = "users", .values = {snapshot.users}, .shape = Field::Shape::kNumber},
+              NumberField("open_sessions", static_cast<long long>(snapshot.sessions.size())),
+              NumberField("session_lifetime_minutes", snapshot.lifetime),
+              TextField("network_setting", facts.network_setting),
+              NumberField("network_setting_status", snapshot.network_status),
+              TextField("peer_id", snapshot.peer_id),
+              TextField("account_server", facts.account_server),
+              TextField("user_portal", facts.user_portal),
+              TextField("log", facts.log_file),
+              TextField("audit", facts.audit_file)}};
+}
+
+std::string DescribeDatabase(const GatewayFacts& facts, const Snapshot& snapshot) {
   if (facts.database.empty()) return "none: the configuration names no file";
-  if (look.database_bytes < 0) return facts.database + ", which is not there";
-  return facts.database + ", " + std::to_string((look.database_bytes + 1023) / 1024) + " KiB";
+  if (snapshot.database_bytes < 0) return facts.database + ", which is not there";
+  return facts.database + ", " + std::to_string((snapshot.database_bytes + 1023) / 1024) + " KiB";
 }
 
-std::string DescribeNetwork(const GatewayFacts& facts, const Look& look) {
-  if (look.network_status == 1) return "fetched; this gateway's peer ID is " + look.peer_id;
+std::string DescribeNetwork(const GatewayFacts& facts, const Snapshot& snapshot) {
+  if (snapshot.network_status == 1) return "fetched; this gateway's peer ID is " + snapshot.peer_id;
   return facts.network_setting == "on" ? "not fetched yet" : "off";
 }
 
-std::string DescribeSessions(const Look& look) {
-  return std::to_string(look.sessions.size()) + " open of those seen here; one lives " +
-         std::to_string(look.lifetime) + " minutes without being kept";
+std::string DescribeSessions(const Snapshot& snapshot) {
+  return std::to_string(snapshot.sessions.size()) + " open of those seen here; one lives " +
+         std::to_string(snapshot.lifetime) + " minutes without being kept";
 }
 
 std::string OrNone(const std::string& text) { return text.empty() ? "none" : text; }
@@ -146,18 +146,18 @@ std::string Indented(const Table& table, const PrinterStyle& style) {
   return lines;
 }
 
-std::string Summary(const GatewayFacts& facts, const Look& look, bool color) {
+std::string Summary(const GatewayFacts& facts, const Snapshot& snapshot, bool color) {
   const std::pair<const char*, std::string> lines[] = {
       {"Component", JoinWords(facts.components)},
       {"Configuration", OrNone(facts.config_file)},
-      {"Database", DescribeDatabase(facts, look)},
-      {"Users", look.users},
-      {"Network setting", DescribeNetwork(facts, look)},
+      {"Database", DescribeDatabase(facts, snapshot)},
+      {"Users", snapshot.users},
+      {"Network setting", DescribeNetwork(facts, snapshot)},
       {"Account server", OrNone(facts.account_server)},
       {"User Portal", OrNone(facts.user_portal)},
       {"Log", facts.log_file.empty() ? "standard error" : facts.log_file},
       {"Audit", OrNone(facts.audit_file)},
-      {"Sessions", DescribeSessions(look)},
+      {"Sessions", DescribeSessions(snapshot)},
   };
   std::string text;
   for (const auto& [label, value] : lines) {
@@ -168,18 +168,18 @@ std::string Summary(const GatewayFacts& facts, const Look& look, bool color) {
 
 }  // namespace
 
-void ShowStatus(const ConsoleServices& services, Sightings* sightings, Printer* printer) {
+void ShowStatus(const ConsoleServices& services, SeenIds* seen_ids, Printer* printer) {
   const PrinterStyle& style = printer->style();
-  const Look look = TakeLook(services, sightings);
-  const Table sessions = SessionTable(look);
-  const Table events = EventTable(*sightings);
+  const Snapshot snapshot = TakeSnapshot(services, seen_ids);
+  const Table sessions = SessionTable(snapshot);
+  const Table events = EventTable(*seen_ids);
   if (style.json) {
-    printer->ShowLines(JsonLine(MakeRecord(services.facts, look), style.show_secrets) +
+    printer->ShowLines(JsonLine(StatusRecord(services.facts, snapshot), style.show_secrets) +
                        JsonLines(sessions, style.show_secrets) +
                        JsonLines(events, style.show_secrets));
     return;
   }
-  std::string text = Summary(services.facts, look, style.color_out) + Indented(sessions, style);
+  std::string text = Summary(services.facts, snapshot, style.color_out) + Indented(sessions, style);
   text += Paint("Last events", Tone::kTitle, style.color_out) +
           (events.rows.empty() ? "     none yet\n" : "\n");
   printer->ShowLines(text + Indented(events, style));

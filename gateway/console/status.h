@@ -1,4 +1,4 @@
-// How the gateway stands, at a glance.
+// The gateway's state at a glance.
 #ifndef QORN_GATEWAY_CONSOLE_STATUS_H_
 #define QORN_GATEWAY_CONSOLE_STATUS_H_
 
@@ -9,7 +9,7 @@
 namespace gateway {
 
 // Sessions that have ended without an event, as after a factory reset, are forgotten first.
-void ShowStatus(const ConsoleServices& services, Sightings* sightings, Printer* printer);
+void ShowStatus(const ConsoleServices& services, SeenIds* seen_ids, Printer* printer);
 
 }  // namespace gateway
 

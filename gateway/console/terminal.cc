@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "gateway/console/words.h"
 #include "gateway/output/text.h"
 
 namespace gateway {
@@ -15,10 +16,12 @@ namespace {
 
 constexpr int kHistoryLines = 1000;
 constexpr size_t kMostListed = 100;  // candidates for a word
+constexpr char kCtrlC = '\x03';
+constexpr std::chrono::seconds kSecondCancelTime{2};
 
 const char* Prompt(EditLine*) { return "qorn> "; }
 
-// What all of the words begin with, in whole characters: libedit takes no part of one.
+// The longest common beginning, in whole characters: libedit refuses a part of one.
 std::string CommonBeginning(const std::vector<std::string>& words) {
   const std::string& first = words[0];
   size_t length = first.size();
@@ -48,6 +51,8 @@ TerminalLineSource::TerminalLineSource(const StopSignals& signals, Printer* prin
   el_set(editor_.get(), EL_EDITOR, "emacs");
   el_set(editor_.get(), EL_HIST, history, history_.get());
   el_set(editor_.get(), EL_GETCFN, ReadCharacter);
+  // At the prompt Ctrl-C reaches ReadCharacter instead of making SIGINT.
+  el_set(editor_.get(), EL_SETTY, "-d", "intr=", nullptr);
   // The narrow form of this one leaks copies of both texts.
   el_wset(editor_.get(), EL_ADDFN, L"qorn-complete", L"complete the word", Complete);
   el_set(editor_.get(), EL_BIND, "^I", "qorn-complete", nullptr);
@@ -56,22 +61,49 @@ TerminalLineSource::TerminalLineSource(const StopSignals& signals, Printer* prin
 }
 
 LineSource::Result TerminalLineSource::Next(std::string* line) {
-  if (signals_.WaitForStop(std::chrono::milliseconds(0))) return Result::kStopped;
-  int count = 0;
+  for (;;) {
+    if (signals_.WaitForStop(std::chrono::milliseconds(0))) return Result::kStopped;
+    cancelled_ = Cancelled::kNot;
+    int count = 0;
+    const char* text = Edit(&count);
+    if (signals_.WaitForStop(std::chrono::milliseconds(0))) return Result::kStopped;
+    if (text == nullptr || count <= 0) return Result::kEnd;
+    if (cancelled_ == Cancelled::kNot) {
+      line->assign(text, static_cast<size_t>(count));
+      if (line->back() == '\n') line->pop_back();
+      Remember(*line);
+      return Result::kLine;
+    }
+    if (cancelled_ == Cancelled::kEmpty && IsSecondCancel()) return Result::kEnd;
+  }
+}
+
+const char* TerminalLineSource::Edit(int* count) {
   // The window may have another size by now.
   el_resize(editor_.get());
   // el_gets would draw the prompt first and take the terminal over after it: keys that are typed
   // in between would be lost.
   el_set(editor_.get(), EL_PREP_TERM, 1);
   printer_->PromptShown(redraw_.get());
-  const char* text = el_gets(editor_.get(), &count);
+  const char* const text = el_gets(editor_.get(), count);
   printer_->PromptHidden();
-  if (signals_.WaitForStop(std::chrono::milliseconds(0))) return Result::kStopped;
-  if (text == nullptr || count <= 0) return Result::kEnd;
-  line->assign(text, static_cast<size_t>(count));
-  if (line->back() == '\n') line->pop_back();
-  Remember(*line);
-  return Result::kLine;
+  return text;
+}
+
+void TerminalLineSource::CancelLine() {
+  const LineInfo* const typed = el_line(editor_.get());
+  cancelled_ = typed->lastchar == typed->buffer ? Cancelled::kEmpty : Cancelled::kTyped;
+  // To the end of the line, "^C" put there as a character that is not a command, and Enter: libedit
+  // then leaves cursor and screen as after any other line.
+  pending_ = L"\x05\x16\x03\n";
+}
+
+bool TerminalLineSource::IsSecondCancel() {
+  const auto now = std::chrono::steady_clock::now();
+  if (warned_ && now - *warned_ < kSecondCancelTime) return true;
+  warned_ = now;
+  printer_->Say("\"quit\" or Ctrl-D ends the gateway, and so does a second Ctrl-C now.");
+  return false;
 }
 
 void TerminalLineSource::Remember(const std::string& line) {
@@ -93,7 +125,7 @@ unsigned char TerminalLineSource::CompleteLine() {
   const std::string line(typed->buffer, typed->cursor);
   const std::vector<std::string> candidates = help_.complete(line);
   if (candidates.empty()) return CC_ERROR;
-  const size_t begun = line.size() - (line.find_last_of(" \t") + 1);
+  const size_t begun = line.size() - LastWordStart(line);
   std::string rest = CommonBeginning(candidates).substr(begun);
   if (candidates.size() == 1) rest += ' ';
   if (!rest.empty()) {
@@ -115,11 +147,21 @@ int TerminalLineSource::ReadCharacter(EditLine* editor, wchar_t* character) {
   TerminalLineSource* self = nullptr;
   el_get(editor, EL_CLIENTDATA, &self);
   for (;;) {
+    if (!self->pending_.empty()) {
+      *character = self->pending_.front();
+      self->pending_.erase(0, 1);
+      return 1;
+    }
     if (!self->WaitForInput()) return 0;
     char byte = 0;
     const ssize_t count = read(STDIN_FILENO, &byte, 1);
     if (count < 0 && errno == EINTR) continue;
     if (count <= 0) return static_cast<int>(count);
+    if (byte == kCtrlC) {
+      self->partial_ = std::mbstate_t{};
+      self->CancelLine();
+      continue;
+    }
     const size_t length = std::mbrtowc(character, &byte, 1, &self->partial_);
     if (length == static_cast<size_t>(-2)) continue;
     if (length == static_cast<size_t>(-1)) {

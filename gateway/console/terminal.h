@@ -4,9 +4,11 @@
 
 #include <histedit.h>
 
+#include <chrono>
 #include <cwchar>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,6 +29,9 @@ struct TypingHelp {
 };
 
 // Uses standard input and output.
+//
+// Ctrl-C at the prompt is a key and no signal: it drops the typed line, and ends the input when it
+// comes twice on an empty one. While a command runs it is SIGINT, which StopSignals takes.
 class TerminalLineSource : public LineSource {
  public:
   // Borrows signals and printer.
@@ -36,8 +41,21 @@ class TerminalLineSource : public LineSource {
   Result Next(std::string* line) override;
 
  private:
+  // What Ctrl-C did to the line.
+  enum class Cancelled { kNot, kTyped, kEmpty };
+
+  // Shows the prompt and reads a line; null when there is none.
+  const char* Edit(int* count);
+
   // libedit calls it for the next character; below 1 ends the line.
   static int ReadCharacter(EditLine* editor, wchar_t* character);
+
+  // Takes the keys that end a cancelled line in place of Ctrl-C.
+  void CancelLine();
+
+  // True for the second Ctrl-C on an empty line within two seconds; says after the first what ends
+  // the gateway.
+  bool IsSecondCancel();
 
   // libedit calls it for the Tab key.
   static unsigned char Complete(EditLine* editor, wint_t key);
@@ -62,6 +80,9 @@ class TerminalLineSource : public LineSource {
   HistoryFile file_;
   const base::ScopedFd redraw_;
   std::mbstate_t partial_{};
+  std::wstring pending_;  // characters that libedit gets before those of the terminal
+  Cancelled cancelled_ = Cancelled::kNot;
+  std::optional<std::chrono::steady_clock::time_point> warned_;
   std::unique_ptr<History, HistoryDeleter> history_;
   std::unique_ptr<EditLine, EditDeleter> editor_;
 };

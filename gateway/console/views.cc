@@ -11,12 +11,12 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-// Calls an operation of the table, so that its outputs have their names.
+// Calls an operation by name, so that the cells get the names of its outputs.
 AccountResult Call(AccountManager& accounts, const char* name, const Words& words,
                    std::vector<Field>* outputs) {
   Answer answer;
   std::string error;
-  FindOperation(name)->call(accounts, words, &answer, &error);
+  FindOperation(name)->Call(accounts, words, &answer, &error);
   *outputs = std::move(answer.outputs);
   return answer.code;
 }
@@ -35,18 +35,17 @@ AccountResult AddRow(AccountManager& accounts, const char* operation,
 }  // namespace
 
 AccountResult ShowUsers(AccountManager& accounts, Printer* printer) {
-  Table table{"user",
-              {{"user_id", "USER"},
-               {"user_name", "NAME"},
-               {"sign_in_state", "SIGNED IN"},
-               {"last_sign_in_date", "LAST SIGN-IN"},
-               {"user_uuid", "UUID"}},
-              {},
-              "no users"};
+  Table table{.type = "user",
+              .columns = {{"user_id", "USER"},
+                          {"user_name", "NAME"},
+                          {"sign_in_state", "SIGNED IN"},
+                          {"last_sign_in_date", "LAST SIGN-IN"},
+                          {"user_uuid", "UUID"}},
+              .empty = "no users"};
   Words users;
   AccountResult result = accounts.GetAllUsersUUID(&users);
   for (size_t i = 0; i < users.size() && result == kAccountSuccess; ++i) {
-    result = AddRow(accounts, "get-user-information", {{"user_uuid", {users[i]}}},
+    result = AddRow(accounts, "GetUserInformation", {{"user_uuid", {users[i]}}},
                     kAccountNoUserWithUserUuid, &table);
   }
   if (result == kAccountSuccess) printer->Show(table);
@@ -55,14 +54,13 @@ AccountResult ShowUsers(AccountManager& accounts, Printer* printer) {
 
 AccountResult ShowFriends(AccountManager& accounts, const std::string& user_uuid,
                           Printer* printer) {
-  Table table{"friend",
-              {{"user_id", "USER"},
-               {"friend_id", "FRIEND"},
-               {"friend_device_name", "GATEWAY"},
-               {"friend_peer_id", "PEER ID"},
-               {"friend_uuid", "UUID"}},
-              {},
-              "no friends"};
+  Table table{.type = "friend",
+              .columns = {{"user_id", "USER"},
+                          {"friend_id", "FRIEND"},
+                          {"friend_device_name", "GATEWAY"},
+                          {"friend_peer_id", "PEER ID"},
+                          {"friend_uuid", "UUID"}},
+              .empty = "no friends"};
   Words users = {user_uuid};
   AccountResult result = kAccountSuccess;
   if (user_uuid.empty()) {
@@ -76,7 +74,7 @@ AccountResult ShowFriends(AccountManager& accounts, const std::string& user_uuid
     if (!friends.empty()) accounts.GetUserInfoByType(users[i], kUserInfoGetUserId, &user_id);
     for (size_t j = 0; j < friends.size() && result == kAccountSuccess; ++j) {
       result =
-          AddRow(accounts, "get-friend-information",
+          AddRow(accounts, "GetFriendInformation",
                  {{"user_uuid", {users[i]}}, {"user_id", {user_id}}, {"friend_uuid", {friends[j]}}},
                  kAccountNoFriendWithFriendUuid, &table);
     }
@@ -85,20 +83,18 @@ AccountResult ShowFriends(AccountManager& accounts, const std::string& user_uuid
   return result;
 }
 
-void NoteStoredIds(AccountManager& accounts, Sightings* sightings) {
-  std::vector<std::string> users;
-  accounts.GetAllUsersUUID(&users);
-  sightings->NoteFields({{"user_uuids", users}});
-  for (const std::string& user : users) {
-    std::vector<Field> fields;
-    Call(accounts, "get-user-information", {user}, &fields);
-    sightings->NoteFields(fields);
-    std::vector<std::string> friends;
-    accounts.GetAllFriendsUUID(user, &friends);
-    sightings->NoteFields({{"friend_uuids", friends}});
-    for (const std::string& friend_uuid : friends) {
-      Call(accounts, "get-friend-information", {friend_uuid}, &fields);
-      sightings->NoteFields(fields);
+void NoteStoredIds(AccountManager& accounts, SeenIds* seen_ids) {
+  // The words that an operation answers, which name the next one's argument.
+  const auto note = [&](const char* name, const Words& words) {
+    std::vector<Field> outputs;
+    Call(accounts, name, words, &outputs);
+    seen_ids->NoteFields(FindOperation(name)->outputs, outputs);
+    return outputs.empty() ? Words() : outputs[0].values;
+  };
+  for (const std::string& user : note("GetAllUsersUUID", {})) {
+    note("GetUserInformation", {user});
+    for (const std::string& friend_uuid : note("GetAllFriendsUUID", {user})) {
+      note("GetFriendInformation", {friend_uuid});
     }
   }
 }

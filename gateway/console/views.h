@@ -11,14 +11,14 @@
 namespace gateway {
 
 // Shows all users. The code of the operation that failed, if one did; then nothing is shown. A user
-// that is gone before it was read is left out.
+// who was removed before it could be read is left out.
 AccountResult ShowUsers(AccountManager& accounts, Printer* printer);
 
 // Shows the friends of the user, or of all users for "". Fails as ShowUsers does.
 AccountResult ShowFriends(AccountManager& accounts, const std::string& user_uuid, Printer* printer);
 
 // Notes the IDs of all stored users and friends.
-void NoteStoredIds(AccountManager& accounts, Sightings* sightings);
+void NoteStoredIds(AccountManager& accounts, SeenIds* seen_ids);
 
 }  // namespace gateway
 

@@ -127,4 +127,28 @@ bool SplitWords(const std::string& line, const Variables& variables,
   return true;
 }
 
+size_t LastWordStart(const std::string& line) {
+  size_t start = 0;
+  for (size_t at = 0; at < line.size(); ++at) {
+    if (line[at] == '\\') {
+      ++at;  // A blank behind a backslash belongs to the word.
+    } else if (IsBlank(line[at])) {
+      start = at + 1;
+    }
+  }
+  return start;
+}
+
+std::string EscapeWord(const std::string& text) {
+  std::string escaped;
+  for (const char c : text) {
+    const bool begins_comment = c == '#' && escaped.empty();
+    if (IsBlank(c) || begins_comment || std::string("'\"\\$").find(c) != std::string::npos) {
+      escaped += '\\';
+    }
+    escaped += c;
+  }
+  return escaped;
+}
+
 }  // namespace gateway

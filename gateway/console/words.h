@@ -20,6 +20,12 @@ namespace gateway {
 bool SplitWords(const std::string& line, const Variables& variables,
                 std::vector<std::string>* words, std::string* error);
 
+// Where the last word of a line that is being typed begins.
+size_t LastWordStart(const std::string& line);
+
+// The text as it has to be typed to be one word that stands for itself.
+std::string EscapeWord(const std::string& text);
+
 }  // namespace gateway
 
 #endif  // QORN_GATEWAY_CONSOLE_WORDS_H_

@@ -24,7 +24,7 @@ struct Server {
 constexpr Server kServers[] = {{"account_zep_auth_url", "account_server"},
                                {"account_user_portal_url", "user_portal"}};
 
-// How far an exchange came, and what it brought.
+// How far a request came, and what the answer told.
 struct Exchange {
   CURLcode code = CURLE_OK;
   std::string error;
@@ -103,7 +103,7 @@ Finding ExamineAnswer(const Exchange& exchange) {
 
 void JudgeClock(long seconds, Finding* finding) {
   const long apart = std::labs(seconds);
-  // The header counts whole seconds and was under way for a while.
+  // Rounded to ten seconds: the header has whole seconds, and the answer took a while to arrive.
   finding->value = std::to_string(std::lround(static_cast<double>(seconds) / 10) * 10) + " s";
   finding->Mark(Severity::kGood, "the clocks agree");
   if (apart > 60) {
@@ -142,7 +142,7 @@ Findings Examine(const std::string& url) {
   if (url.empty() || syntax.severity == Severity::kBad) {
     return {{"connection", std::nullopt, "not tried without a usable base URL", Severity::kBad}};
   }
-  // The gateway looks for the word anywhere, in small letters.
+  // The component does not check a certificate if the URL contains "https" anywhere.
   const bool unchecked = url.find("https") != std::string::npos;
   const Exchange exchange = Ask(url, !unchecked);
   Findings findings = {ExamineName(exchange)};
@@ -166,10 +166,10 @@ Finding ExamineProxy() {
 
 }  // namespace
 
-Findings ExamineCloud(const Config& config) {
+Findings ExamineCloud(const ConfigValues& config) {
   Findings findings = {ExamineProxy()};
   for (const Server& server : kServers) {
-    for (Finding& finding : Examine(ValueOf(config, server.key))) {
+    for (Finding& finding : Examine(ConfigValue(config, server.key))) {
       finding.name = std::string("cloud.") + server.name + "." + finding.name;
       findings.push_back(finding);
     }

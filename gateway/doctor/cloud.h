@@ -6,8 +6,8 @@
 
 namespace gateway {
 
-// Asks both servers for their base URL with GET, which changes nothing there.
-Findings ExamineCloud(const Config& config);
+// Sends both servers a GET request for their base URL, which changes nothing there.
+Findings ExamineCloud(const ConfigValues& config);
 
 }  // namespace gateway
 

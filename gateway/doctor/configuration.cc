@@ -111,12 +111,12 @@ void AddUnknownKeys(const Entries& entries, const Findings& known, Findings* fin
 
 }  // namespace
 
-std::string ValueOf(const Config& config, const std::string& key) {
+std::string ConfigValue(const ConfigValues& config, const std::string& key) {
   const auto found = config.find(key);
   return found == config.end() ? "" : found->second;
 }
 
-Findings ExamineConfig(const std::string& file, std::optional<Config>* config) {
+Findings ExamineConfig(const std::string& file, std::optional<ConfigValues>* config) {
   Entries entries;
   std::string error;
   const bool read = runtime::ReadConfigEntries(file, &entries, &error);

@@ -9,14 +9,14 @@
 
 namespace gateway {
 
-// Key by value, as the gateway reads them.
-using Config = std::map<std::string, std::string>;
+// Values by key. Of a key that stands twice the first value counts, as in the gateway.
+using ConfigValues = std::map<std::string, std::string>;
 
 // "" for a key that is absent.
-std::string ValueOf(const Config& config, const std::string& key);
+std::string ConfigValue(const ConfigValues& config, const std::string& key);
 
 // Examines the file and each key. `config` stays empty when the file cannot be read.
-Findings ExamineConfig(const std::string& file, std::optional<Config>* config);
+Findings ExamineConfig(const std::string& file, std::optional<ConfigValues>* config);
 
 }  // namespace gateway
 

@@ -21,7 +21,7 @@ DoctorReport::Style StyleOf(const DoctorOptions& options) {
   return options.color ? DoctorReport::Style::kColor : DoctorReport::Style::kText;
 }
 
-// What keeps refreshed tokens from being fetched and kept; "" for nothing.
+// Why refreshed tokens could not be fetched or stored; "" when they can.
 std::string Obstacle(const Findings& database, const Stored& stored, const Findings& cloud) {
   if (HasBad(database) || !stored.read) {
     return "the database has to be in order first, or the new tokens are lost";
@@ -37,13 +37,14 @@ std::string Obstacle(const Findings& database, const Stored& stored, const Findi
 std::optional<Severity> RunDoctor(const DoctorOptions& options, std::ostream& out) {
   curl_global_init(CURL_GLOBAL_DEFAULT);
   DoctorReport report(out, StyleOf(options));
-  std::optional<Config> config;
+  std::optional<ConfigValues> config;
   report.Add("Configuration", ExamineConfig(options.config_file, &config));
   if (!config) return report.Finish();
   Stored stored;
-  const Findings database = ExamineDatabase(
-      JoinDatabasePath(ValueOf(*config, "qorn_storage_path"), ValueOf(*config, "account_db_path")),
-      &stored);
+  const Findings database =
+      ExamineDatabase(JoinDatabasePath(ConfigValue(*config, "qorn_storage_path"),
+                                       ConfigValue(*config, "account_db_path")),
+                      &stored);
   report.Add("Database", database);
   const Findings cloud = ExamineCloud(*config);
   report.Add("Cloud", cloud);

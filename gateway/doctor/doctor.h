@@ -1,4 +1,5 @@
-// `qorn-gateway doctor`: examines configuration, database, cloud and users.
+// `qorn-gateway doctor`: examines configuration, database, cloud and users, and says what to do.
+// One file for each thing that is examined; none of them writes output or changes anything.
 #ifndef QORN_GATEWAY_DOCTOR_DOCTOR_H_
 #define QORN_GATEWAY_DOCTOR_DOCTOR_H_
 

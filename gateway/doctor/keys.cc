@@ -1,10 +1,9 @@
 #include "gateway/doctor/keys.h"
 
 #include <algorithm>
-#include <numeric>
-#include <utility>
 
 #include "gateway/doctor/url.h"
+#include "gateway/output/nearest_word.h"
 #include "gateway/output/text.h"
 
 namespace gateway {
@@ -17,49 +16,12 @@ constexpr char kUnescapedForm[] =
     "which can spoil requests";
 constexpr char kUnescapedXml[] = "holds & or <, and is sent unescaped, which can spoil requests";
 
-std::string Lower(std::string text) {
-  for (char& c : text) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return text;
-}
-
-// How many letters to change, put in or take out.
-size_t Distance(const std::string& a, const std::string& b) {
-  std::vector<size_t> row(b.size() + 1);
-  std::iota(row.begin(), row.end(), size_t{0});
-  for (size_t i = 0; i < a.size(); ++i) {
-    size_t diagonal = std::exchange(row[0], i + 1);
-    for (size_t j = 0; j < b.size(); ++j) {
-      const size_t changed = diagonal + (a[i] == b[j] ? 0 : 1);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
-    }
-  }
-  return row.back();
-}
-
-// The candidate that is nearest whatever the case, or begins so; "" when over a quarter differs.
-std::string Nearest(const std::string& text, const std::vector<std::string>& candidates) {
-  std::string best;
-  size_t best_distance = text.size() / 4 + 1;
-  if (text.size() > 100) return "";
-  for (const std::string& candidate : candidates) {
-    const bool begins = text.size() > 4 && Lower(candidate).starts_with(Lower(text));
-    const size_t distance = begins ? 1 : Distance(Lower(text), Lower(candidate));
-    if (distance >= best_distance) continue;
-    best_distance = distance;
-    best = candidate;
-  }
-  return best;
-}
-
 bool IsOneOf(const std::string& text, const std::vector<std::string>& words) {
   return std::find(words.begin(), words.end(), text) != words.end();
 }
 
 void JudgeSwitch(const std::string& value, const char* on, const char* off, Finding* finding) {
-  const std::string lower = Lower(value);
+  const std::string lower = LowerCase(value);
   finding->advice = value == "on" ? on : off;
   if (value == "on" || value == "off") return;
   if (IsOneOf(lower, {"on", "true", "yes", "1", "enable", "enabled", "y", "t"})) {
@@ -75,7 +37,7 @@ void JudgeLogLevel(const std::string& value, Finding* finding) {
       "LOG_ERROR",   "LOG_ERROR_REPORT",           "LOG_FATAL"};
   if (IsOneOf(value, words)) return;
   const std::string nearest =
-      Nearest(Lower(value).starts_with("log_") ? value : "LOG_" + value, words);
+      NearestWord(LowerCase(value).starts_with("log_") ? value : "LOG_" + value, words);
   finding->MarkWarning("is no log level, so LOG_INFO counts" +
                        (nearest.empty() ? std::string() : ": did you mean " + nearest + "?"));
 }
@@ -108,7 +70,7 @@ void JudgeFileName(const std::string& value, Finding* finding) {
 
 void JudgeNothing(const std::string& /*value*/, Finding* /*finding*/) {}
 
-// Values go out as they stand, so they must not hold what means something where they go.
+// Values are sent verbatim; they must not contain characters that are special in a form body.
 bool NeedsEscape(char c) {
   return c <= ' ' || static_cast<unsigned char>(c) >= 0x7f ||
          std::string("&=+%;,\"<").find(c) != std::string::npos;
@@ -192,7 +154,7 @@ const std::vector<KeyRule>& KeyRules() {
 std::string NearestKey(const std::string& name) {
   std::vector<std::string> names;
   for (const KeyRule& rule : KeyRules()) names.emplace_back(rule.name);
-  return Nearest(name, names);
+  return NearestWord(name, names);
 }
 
 }  // namespace gateway

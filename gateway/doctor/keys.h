@@ -12,12 +12,13 @@ namespace gateway {
 struct KeyRule {
   const char* name;
   const char* meaning;  // of a value with which nothing is wrong
-  // Of a key that is absent, and of one that is empty.
+  // What a missing key and an empty value mean.
   Severity absent_severity;
   const char* absent;
   Severity empty_severity;
   const char* empty;
-  // One of the eleven that are read in this order, up to the first that is absent or empty.
+  // One of the eleven keys that the component reads in this order; it stops at the first that is
+  // missing or empty.
   bool in_order;
   bool secret;
   // Looks at a value that is not empty.

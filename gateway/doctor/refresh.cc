@@ -18,7 +18,7 @@ Finding Untried(Severity state, const std::string& why) {
 
 bool CanRefresh(const StoredUser& user) { return user.has_refresh_token && !user.id.empty(); }
 
-// Keeps the component's lines off the output.
+// Drops the component's log lines, which would stand between the findings.
 class QuietLog {
  public:
   QuietLog() {
@@ -40,9 +40,9 @@ Finding Refresh(const Host& host, const StoredUser& user) {
 
 Findings RefreshAll(const DoctorOptions& options, const Stored& stored) {
   ForgetProxies();
-  // A signal must not fall between the cloud's new tokens and their storing.
+  // A signal must not end the process after the cloud issued tokens and before they are stored.
   const StopSignals signals([] {}, [] {});
-  // Outlives the host, which logs until its end.
+  // Declared before the host, which logs until it is destroyed.
   const QuietLog quiet;
   std::string error;
   const std::unique_ptr<Host> host = Host::Start(options.config_file, options.components, &error);

@@ -11,14 +11,14 @@ namespace {
 
 constexpr size_t kMaxShownBytes = 200;
 
-const char* NameOf(Severity state) {
+const char* SeverityName(Severity severity) {
   static constexpr const char* kNames[] = {"good", "warning", "bad"};
-  return kNames[static_cast<size_t>(state)];
+  return kNames[static_cast<size_t>(severity)];
 }
 
-const char* ColorOf(Severity state) {
+const char* SeverityColor(Severity severity) {
   static constexpr const char* kColors[] = {"\x1b[32m", "\x1b[33m", "\x1b[1;31m"};
-  return kColors[static_cast<size_t>(state)];
+  return kColors[static_cast<size_t>(severity)];
 }
 
 // Ends before the character in which the limit falls.
@@ -27,10 +27,6 @@ std::string Cut(const std::string& text) {
   size_t end = kMaxShownBytes;
   while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xc0) == 0x80) --end;
   return text.substr(0, end) + "…";
-}
-
-Field NumberField(const char* name, size_t number) {
-  return {name, {std::to_string(number)}, false, Field::Shape::kNumber};
 }
 
 }  // namespace
@@ -49,14 +45,11 @@ void DoctorReport::Add(const std::string& title, const Findings& findings) {
 
 std::optional<Severity> DoctorReport::Finish() {
   if (style_ == Style::kJson) {
-    out_ << JsonLine({"summary",
-                      "",
-                      {NumberField("good", Count(Severity::kGood)),
-                       NumberField("warning", Count(Severity::kWarning)),
-                       NumberField("bad", Count(Severity::kBad))},
-                      "",
-                      {}},
-                     true);
+    const Record totals{.type = "summary",
+                        .attributes = {NumberField("good", Count(Severity::kGood)),
+                                       NumberField("warning", Count(Severity::kWarning)),
+                                       NumberField("bad", Count(Severity::kBad))}};
+    out_ << JsonLine(totals, true);
   } else {
     out_ << Count(Severity::kBad) << " bad, " << Count(Severity::kWarning) << " warnings, "
          << Count(Severity::kGood) << " good\n";
@@ -69,8 +62,8 @@ std::optional<Severity> DoctorReport::Finish() {
 
 void DoctorReport::WriteText(const Finding& finding, size_t name_width) {
   const bool color = style_ == Style::kColor;
-  out_ << "  " << (color ? ColorOf(finding.severity) : "") << PadTo(NameOf(finding.severity), 9)
-       << (color ? "\x1b[0m" : "");
+  out_ << "  " << (color ? SeverityColor(finding.severity) : "")
+       << PadTo(SeverityName(finding.severity), 9) << (color ? "\x1b[0m" : "");
   if (finding.value) {
     out_ << PadTo(finding.name, name_width) << "  " << Visible(Cut(*finding.value));
   } else {
@@ -80,18 +73,15 @@ void DoctorReport::WriteText(const Finding& finding, size_t name_width) {
 }
 
 void DoctorReport::WriteJson(const Finding& finding) {
-  // Secrets are shortened by whoever finds.
-  Field value{"value", {}};
+  Field value{.name = "value"};
   if (finding.value) value.values = {*finding.value};
-  out_ << JsonLine({"finding",
-                    "",
-                    {{"name", {finding.name}},
-                     {"state", {NameOf(finding.severity)}},
-                     value,
-                     {"advice", {finding.advice}}},
-                    "",
-                    {}},
-                   true);
+  const Record record{.type = "finding",
+                      .attributes = {{.name = "name", .values = {finding.name}},
+                                     {.name = "state", .values = {SeverityName(finding.severity)}},
+                                     value,
+                                     {.name = "advice", .values = {finding.advice}}}};
+  // Nothing is left to hide: examinations shorten secrets before they report them.
+  out_ << JsonLine(record, true);
 }
 
 }  // namespace gateway

@@ -27,11 +27,11 @@ class DoctorReport {
  private:
   void WriteText(const Finding& finding, size_t name_width);
   void WriteJson(const Finding& finding);
-  size_t Count(Severity state) const { return counts_[static_cast<size_t>(state)]; }
+  long long Count(Severity severity) const { return counts_[static_cast<size_t>(severity)]; }
 
   std::ostream& out_;
   const Style style_;
-  std::array<size_t, 3> counts_{};
+  std::array<long long, 3> counts_{};
 };
 
 }  // namespace gateway

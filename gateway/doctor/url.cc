@@ -30,7 +30,7 @@ bool IsLoopback(const std::string& host) {
 
 void JudgeScheme(const std::string& text, const std::string& scheme, const std::string& host,
                  Finding* finding) {
-  // In capitals the gateway does not find the word, and the certificate is checked.
+  // The component searches for small letters, so it does check the certificate of "HTTPS://".
   if (scheme == "https" && text.find("https") != std::string::npos) {
     finding->MarkWarning(
         "the server's certificate will not be checked, so whoever sits on the way can "

@@ -8,8 +8,8 @@
 
 namespace gateway {
 
-// Marks what is suspicious; bad means that no request can be made with it. A password in it
-// leaves the finding's value.
+// Marks what is suspicious; bad means that no request can be made with it. A user and password in
+// the URL are removed from the finding's value.
 void JudgeUrl(const std::string& url, Finding* finding);
 
 }  // namespace gateway

@@ -33,10 +33,10 @@ Finding ExamineFriends(const Stored& stored) {
 }
 
 // With session mode off the default user is in the list of all users, stored or not.
-Finding ExamineDefault(const Config& config, const Stored& stored) {
+Finding ExamineDefault(const ConfigValues& config, const Stored& stored) {
   Finding finding{"users.default", std::nullopt, "no default user is in use"};
   const auto mode = config.find("account_use_session");
-  const std::string value = ValueOf(config, "account_default_value");
+  const std::string value = ConfigValue(config, "account_default_value");
   if (value.empty() || mode == config.end() || mode->second == "on") return finding;
   finding.value = value;
   finding.Mark(Severity::kGood, "is a stored user");
@@ -51,7 +51,7 @@ Finding ExamineDefault(const Config& config, const Stored& stored) {
 
 }  // namespace
 
-Findings ExamineUsers(const Config& config, const Stored& stored) {
+Findings ExamineUsers(const ConfigValues& config, const Stored& stored) {
   if (!stored.read) {
     return {{"users.stored", std::nullopt, "cannot be told: see what is wrong with the database",
              Severity::kWarning}};

@@ -7,8 +7,8 @@
 
 namespace gateway {
 
-// Examines the stored users and friends as the database room read them.
-Findings ExamineUsers(const Config& config, const Stored& stored);
+// Examines the stored users and friends that ExamineDatabase read.
+Findings ExamineUsers(const ConfigValues& config, const Stored& stored);
 
 }  // namespace gateway
 

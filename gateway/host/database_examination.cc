@@ -14,13 +14,13 @@ namespace gateway {
 namespace {
 
 constexpr int kBusyMilliseconds = 2000;
-// Up to this size it takes no time to read a database whole.
+// A database of up to this size is read whole in a few milliseconds.
 constexpr std::uintmax_t kSmallDatabase = std::uintmax_t{1} << 20;
 
 struct TableRule {
   const char* name;
   const char* finding;
-  // The order counts: rows are read by it.
+  // In the order in which the gateway reads a row.
   std::vector<std::string> columns;
 };
 
@@ -43,7 +43,7 @@ std::string Text(sqlite3_stmt* row, int column) {
 // A connection that cannot write.
 class Reader {
  public:
-  // `immutable` takes the file as it is: no lock, no look at what lies beside it.
+  // `immutable` makes SQLite read this file alone: without a lock, ignoring a journal or -wal file.
   Reader(const std::string& path, bool immutable, int busy_milliseconds) {
     std::string uri = path.starts_with("/") ? "file://" : "file:";
     for (const char c : path) {
@@ -56,7 +56,7 @@ class Reader {
     db_.reset(db);
     sqlite3_extended_result_codes(db, 1);
     sqlite3_busy_timeout(db, busy_milliseconds);
-    // From the first read on nobody writes in between.
+    // One transaction for all reads, so that they agree with each other.
     Read("BEGIN", [](sqlite3_stmt*) {});
   }
 
@@ -84,7 +84,8 @@ class Reader {
   std::unique_ptr<sqlite3, int (*)(sqlite3*)> db_{nullptr, &sqlite3_close};
 };
 
-// Such a database is never the gateway's own making, and to read it the usual way makes files.
+// The gateway never makes such a database. SQLite would create -wal and -shm files when it opens
+// one, and an examination must not write.
 bool IsWriteAhead(const std::string& path) {
   char header[20] = "";
   std::ifstream(path, std::ios::binary).read(header, sizeof(header));
@@ -171,7 +172,7 @@ void ReadContent(Reader* reader, Stored* stored) {
   stored->read = code == SQLITE_OK || code == SQLITE_ERROR;
 }
 
-// Whether SQLite can read what tables there are.
+// Marks a database whose list of tables SQLite cannot read.
 void ExamineSchema(Reader* reader, Finding* finding) {
   const int code = reader->Read("SELECT name FROM sqlite_master", [](sqlite3_stmt*) {});
   if (code != SQLITE_OK) MarkFailure(code, reader->Error(), finding);
@@ -179,7 +180,7 @@ void ExamineSchema(Reader* reader, Finding* finding) {
 
 }  // namespace
 
-Findings GlanceAtDatabase(const std::string& path) {
+Findings ExamineDatabaseQuickly(const std::string& path) {
   Findings findings;
   if (!ExamineFiles(path, &findings)) return findings;
   Finding content{"database.integrity", path, "SQLite can read it"};

@@ -18,19 +18,19 @@ struct StoredUser {
 
 // What the database holds.
 struct Stored {
-  bool read = false;  // the rest is complete
+  bool read = false;  // whether the other members are complete
   std::vector<StoredUser> users;
   size_t friends = 0;
   size_t friends_without_user = 0;
 };
 
-// Examines folder and file and reads the content, without a write of any kind: no lock that is
-// kept, no journal, no roll-back. A database that is locked is waited for, for two seconds.
+// Examines folder and file, and reads the content. Writes nothing: it keeps no lock, makes no
+// journal and rolls nothing back. Waits at most two seconds for a locked database.
 Findings ExamineDatabase(const std::string& path, Stored* stored);
 
-// Examines folder and file in the same way, and of the content what can be seen at once: a large
-// database is not read whole, a locked one is not waited for.
-Findings GlanceAtDatabase(const std::string& path);
+// The same as far as it takes no time: does not read a large database whole, and does not wait for
+// a locked one.
+Findings ExamineDatabaseQuickly(const std::string& path);
 
 }  // namespace gateway
 

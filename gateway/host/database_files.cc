@@ -39,7 +39,7 @@ std::string FolderOf(const std::string& path) {
   return slash == 0 ? "/" : path.substr(0, slash);
 }
 
-// Marks what can be wrong with the owner and the mode of a folder or a file.
+// Marks what is wrong with the owner or the mode of a folder or a file.
 void JudgeAccess(const std::string& path, const struct stat& status, int wanted,
                  const std::string& mode, Finding* finding) {
   const bool folder = S_ISDIR(status.st_mode);

@@ -7,6 +7,7 @@ namespace gateway {
 
 std::string JoinDatabasePath(const std::string& storage_path, const std::string& file_name) {
   if (file_name.empty()) return "";
+  // As in the component, no "/" is put between them.
   if (!storage_path.empty()) return storage_path + file_name;
   FilePath program_folder;
   PathService::Get(base::kDirExe, &program_folder);

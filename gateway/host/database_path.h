@@ -5,8 +5,8 @@
 
 namespace gateway {
 
-// The path of the database's file as the account component puts it together from
-// qorn_storage_path and account_db_path; "" when the latter is empty.
+// The path of the database's file, composed of qorn_storage_path and account_db_path exactly as the
+// account component does it; "" when the latter is empty.
 std::string JoinDatabasePath(const std::string& storage_path, const std::string& file_name);
 
 }  // namespace gateway

@@ -12,6 +12,8 @@ std::unique_ptr<Host> Host::Start(const std::string& config_file,
   if (runtime == nullptr) return nullptr;
   std::unique_ptr<Host> host(new Host());
   if (!host->lock_.Take(host->DatabasePath(), error)) return nullptr;
+  // After the lock, so that no other gateway writes; before the component opens the database, since
+  // closing this examination's descriptor would drop the locks that SQLite holds by then.
   host->storage_faults_ = FindStorageFaults(host->DatabasePath());
   for (const std::string& component : components) {
     if (!runtime->LoadComponent(component, error)) return nullptr;

@@ -1,4 +1,5 @@
-// The platform's runtime with the components that it holds.
+// The runtime with its components, and what else is known of their files: the storage folder's
+// lock, the database's path and its state.
 #ifndef QORN_GATEWAY_HOST_HOST_H_
 #define QORN_GATEWAY_HOST_HOST_H_
 
@@ -11,24 +12,24 @@
 
 namespace gateway {
 
-// One at a time in a process. Made and destroyed on one thread; in between usable from any.
+// At most one exists in a process. Create and destroy it on the same thread; use it from any.
 class Host {
  public:
-  // Reads the configuration, takes the storage folder, loads each component and asks for the
+  // Reads the configuration, locks the storage folder, loads each component and asks for the
   // account interface. Null with one line in `error` when one of these fails.
   static std::unique_ptr<Host> Start(const std::string& config_file,
                                      const std::vector<std::string>& components,
                                      std::string* error);
-  // Finalises the components. Waits for a cloud exchange that the component's worker is in.
+  // Finalises the components, and so waits for any cloud request that the component's worker makes.
   ~Host();
   Host(const Host&) = delete;
   Host& operator=(const Host&) = delete;
 
-  // Valid while the host lives; the caller has left all operations before it is destroyed.
+  // Valid while the host lives. No operation may be running when the host is destroyed.
   AccountManager* accounts() const { return accounts_; }
 
-  // What was wrong with the database when the host started, a line each; the host runs all the
-  // same.
+  // What was wrong with the database at the start, one line each. The host runs nevertheless: most
+  // operations work, and the faults may be mended meanwhile.
   const std::vector<std::string>& storage_faults() const { return storage_faults_; }
 
   // "" for a key that is absent.

@@ -7,7 +7,7 @@ namespace gateway {
 std::vector<std::string> FindStorageFaults(const std::string& database) {
   std::vector<std::string> lines;
   if (database.empty()) return lines;
-  for (const Finding& finding : GlanceAtDatabase(database)) {
+  for (const Finding& finding : ExamineDatabaseQuickly(database)) {
     if (finding.severity != Severity::kBad) continue;
     lines.push_back(finding.name + " " + finding.value.value_or(database) + ": " + finding.advice);
   }

@@ -7,8 +7,9 @@
 namespace gateway {
 
 // One line for each thing that keeps the account component from storing in the database at
-// `database`, or from reading what is there; none for "". Writes nothing. To be called before the
-// component opens the file: reading it afterwards would undo the locks of this process.
+// `database`, or from reading what is there; none for "". Writes nothing. Call it before the
+// component opens the file: closing another descriptor of it drops the POSIX locks that SQLite
+// holds.
 std::vector<std::string> FindStorageFaults(const std::string& database);
 
 }  // namespace gateway

@@ -13,7 +13,8 @@ namespace {
 
 constexpr mode_t kOwnerOnly = 0600;
 
-// One write for a whole line, as long as the system takes it in one.
+// Usually one write() for a whole line, so that a reader of the growing file never sees half of
+// one.
 bool WriteAll(int fd, const std::string& line) {
   for (size_t at = 0; at < line.size();) {
     const ssize_t count = write(fd, line.data() + at, line.size() - at);
@@ -27,7 +28,8 @@ bool WriteAll(int fd, const std::string& line) {
 }  // namespace
 
 bool Audit::Open(const std::string& path) {
-  // A pipe that nobody reads must stop neither the start nor the bus.
+  // O_NONBLOCK: a named pipe without a reader would block the start here, and a full one would
+  // block the bus, whose thread writes events.
   base::ScopedFd file(
       open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, kOwnerOnly));
   if (file.get() < 0) return false;
@@ -44,16 +46,18 @@ void Audit::NoteEvent(const SeenEvent& event) {
   Append("event", std::move(fields));
 }
 
-void Audit::NoteCommand(const Command& command) {
+void Audit::NoteCommand(const CommandNote& command) {
   std::vector<Field> fields = {{"command", {command.name}}};
   if (!command.user_uuid.empty()) fields.push_back({"user_uuid", {command.user_uuid}});
   if (!command.user_id.empty()) fields.push_back({"user_id", {command.user_id}});
   if (command.result) {
-    fields.push_back({"result", {std::to_string(*command.result)}, false, Field::Shape::kNumber});
+    fields.push_back(NumberField("result", *command.result));
   }
   fields.push_back({"message", {command.message}});
   Append("command", std::move(fields));
 }
+
+void Audit::NoteRefusedLine() { NoteCommand({.name = "", .message = "refused"}); }
 
 bool Audit::TakeFailure() {
   base::AutoLock hold(lock_);
@@ -62,10 +66,11 @@ bool Audit::TakeFailure() {
 
 void Audit::Append(const std::string& type, std::vector<Field> fields) {
   fields.insert(fields.begin(), Field{"time", {UtcTime()}});
-  const std::string line = JsonLine(Record{type, "", std::move(fields), "", {}}, false);
+  const std::string line = JsonLine({.type = type, .attributes = std::move(fields)}, false);
   base::AutoLock hold(lock_);
   if (!file_) return;
   const bool good = WriteAll(file_->get(), line);
+  // A full disk is reported once, not for every line that it refuses.
   if (!good && !reported_) failed_ = true;
   reported_ = !good;
 }

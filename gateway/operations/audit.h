@@ -14,7 +14,7 @@
 
 namespace gateway {
 
-// What is said once a line was lost.
+// Shown once after a line was lost.
 constexpr char kAuditFailure[] =
     "the audit file cannot be written; its lines are lost until it can";
 
@@ -27,21 +27,23 @@ class Audit {
   Audit(const Audit&) = delete;
   Audit& operator=(const Audit&) = delete;
 
-  // Opens the file, made with mode 0600 when it is not there; called again for the same path it
-  // opens the file anew, as after a rotation. False, with errno set, when that fails: lines go on
-  // to where they went.
+  // Opens the file, and creates it with mode 0600 if it is missing. Call it again to reopen the
+  // file after a rotation. False, with errno set, when that fails; then lines still go to the old
+  // file.
   bool Open(const std::string& path);
 
   void NoteEvent(const SeenEvent& event);
 
-  struct Command {
+  struct CommandNote {
     std::string name;
-    std::string user_uuid;      // "" when the command named none
-    std::string user_id;        // likewise
-    std::optional<int> result;  // none when the command answers no result or was not run
+    std::string user_uuid = "";      // "" when the command named none
+    std::string user_id = "";        // likewise
+    std::optional<int> result = {};  // none when the command answers no result or was not run
     std::string message;
   };
-  void NoteCommand(const Command& command);
+  void NoteCommand(const CommandNote& command);
+  // A line that is no command. Its words may be anything, a mistyped secret too, and are not kept.
+  void NoteRefusedLine();
 
   // True once after a line could not be written (a full disk); that line is lost.
   bool TakeFailure();

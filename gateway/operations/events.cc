@@ -6,61 +6,64 @@
 namespace gateway {
 namespace {
 
-constexpr const char* kCode = "code";
+using namespace parameter;  // NOLINT: the table below is made of them
 
-struct EventKind {
-  int type;
-  const char* name;
-  std::vector<const char*> fields;
-};
-
-const std::vector<EventKind>& EventKinds() {
-  static const std::vector<EventKind> kinds = {
+std::vector<EventKind> MakeEventKinds() {
+  return {
       {kEventAccountAddFriend,
        "kEventAccountAddFriend",
-       {"user_uuid", "friend_uuid", "friend_id", "friend_peer_id"}},
-      {kEventAccountCreateUser, "kEventAccountCreateUser", {"user_uuid", "user_id", kCode}},
+       {kUserUuid, kFriendUuid, kFriendId, kFriendPeerId}},
+      {kEventAccountCreateUser, "kEventAccountCreateUser", {kUserUuid, kUserId, kEventCode}},
       {kEventAccountRemoveFriend,
        "kEventAccountRemoveFriend",
-       {"user_uuid", "friend_id", "friend_peer_id"}},
-      {kEventAccountRemoveUser,
-       "kEventAccountRemoveUser",
-       {"user_uuid", "user_id", "requesting_user_id"}},
+       {kUserUuid, kFriendId, kFriendPeerId}},
+      {kEventAccountRemoveUser, "kEventAccountRemoveUser", {kUserUuid, kUserId, kRequestingUserId}},
       {kEventAccountSetUserInformation,
        "kEventAccountSetUserInformation",
-       {"user_uuid", "user_id", "user_name"}},
-      {kEventAccountSignIn, "kEventAccountSignIn", {"user_uuid", "user_id", kCode, "session_id"}},
-      {kEventAccountSignInAlt, "kEventAccountSignInAlt", {"user_uuid", "user_id", "session_id"}},
-      {kEventAccountSignOut, "kEventAccountSignOut", {"user_uuid", "user_id", "session_id"}},
+       {kUserUuid, kUserId, kUserName}},
+      {kEventAccountSignIn, "kEventAccountSignIn", {kUserUuid, kUserId, kEventCode, kSessionId}},
+      {kEventAccountSignInAlt, "kEventAccountSignInAlt", {kUserUuid, kUserId, kSessionId}},
+      {kEventAccountSignOut, "kEventAccountSignOut", {kUserUuid, kUserId, kSessionId}},
   };
-  return kinds;
 }
 
 }  // namespace
 
+const std::vector<EventKind>& EventKinds() {
+  static const std::vector<EventKind> kinds = MakeEventKinds();
+  return kinds;
+}
+
+const EventKind* FindEventKind(int type) {
+  for (const EventKind& kind : EventKinds()) {
+    if (kind.type == type) return &kind;
+  }
+  return nullptr;
+}
+
 SeenEvent DecodeEvent(int type, const Pickle& data) {
   SeenEvent event;
   event.type = type;
-  for (const EventKind& kind : EventKinds()) {
-    if (kind.type != type) continue;
-    event.name = kind.name;
-    PickleIterator payload(data);
-    for (const char* field : kind.fields) {
-      std::string value;
-      if (!payload.ReadString(&value)) break;
-      event.fields.push_back(Field{field, {value}, field == kCode});
-    }
+  const EventKind* const kind = FindEventKind(type);
+  if (kind == nullptr) return event;
+  event.name = kind->name;
+  PickleIterator strings(data);
+  for (const Parameter& parameter : kind->payload) {
+    std::string value;
+    // Whoever publishes may have cut the payload short: what came before still counts.
+    if (!strings.ReadString(&value)) break;
+    event.fields.push_back({.name = parameter.name, .values = {value}, .secret = parameter.secret});
   }
   return event;
 }
 
-Record MakeRecord(const SeenEvent& event) {
-  return Record{"event",
-                "event " + event.name,
-                {{"event", {event.name}},
-                 {"number", {std::to_string(event.type)}, false, Field::Shape::kNumber}},
-                "fields",
-                event.fields};
+Record EventRecord(const SeenEvent& event) {
+  return {
+      .type = "event",
+      .head = "event " + event.name,
+      .attributes = {{.name = "event", .values = {event.name}}, NumberField("number", event.type)},
+      .nested = "fields",
+      .fields = event.fields};
 }
 
 EventListener::EventListener(const std::function<void(const SeenEvent&)>& on_event) {

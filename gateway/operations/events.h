@@ -1,4 +1,4 @@
-// Reads the account component's events as they are published.
+// The account component's events: what each carries, and a listener for all of them.
 #ifndef QORN_GATEWAY_OPERATIONS_EVENTS_H_
 #define QORN_GATEWAY_OPERATIONS_EVENTS_H_
 
@@ -7,9 +7,23 @@
 #include <vector>
 
 #include "base/pickle.h"
+#include "gateway/operations/parameters.h"
 #include "gateway/output/records.h"
 
 namespace gateway {
+
+// One type of event.
+struct EventKind {
+  int type;
+  const char* name;                // the constant's name
+  std::vector<Parameter> payload;  // its strings, in their order
+};
+
+// By ascending type.
+const std::vector<EventKind>& EventKinds();
+
+// Null for a type that is not the account component's.
+const EventKind* FindEventKind(int type);
 
 // One event as it was published.
 struct SeenEvent {
@@ -20,7 +34,7 @@ struct SeenEvent {
 
 SeenEvent DecodeEvent(int type, const Pickle& data);
 
-Record MakeRecord(const SeenEvent& event);
+Record EventRecord(const SeenEvent& event);
 
 // Listens to all of the account component's events while it lives.
 class EventListener {

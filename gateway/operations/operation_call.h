@@ -26,11 +26,6 @@ struct WordReader {
   }
 };
 
-// Tokens and the friend's code open accounts: whoever reads them can use them.
-inline bool IsSecret(const std::string& name) {
-  return name == "access_token" || name == "refresh_token" || name == "friend_auth_code";
-}
-
 inline void Fill(const Unwritten& unwritten, std::string* text) { *text = unwritten.text; }
 inline void Fill(const Unwritten& unwritten, std::vector<std::string>* texts) {
   if (!unwritten.text.empty()) *texts = {unwritten.text};
@@ -43,27 +38,28 @@ struct OutputCollector {
   const Unwritten& unwritten;
   std::vector<Field>* fields;
 
-  void Add(const std::string& name, const std::string& value) {
-    if (success || value != unwritten.text) Put(name, {value}, Field::Shape::kText);
+  void Add(const Parameter& output, const std::string& value) {
+    if (success || value != unwritten.text) Put(output, {value}, Field::Shape::kText);
   }
-  void Add(const std::string& name, const std::vector<std::string>& values) {
+  void Add(const Parameter& output, const std::vector<std::string>& values) {
     std::vector<std::string> before;
     Fill(unwritten, &before);
-    if (success || values != before) Put(name, values, Field::Shape::kList);
+    if (success || values != before) Put(output, values, Field::Shape::kList);
   }
-  void Add(const std::string& name, int value) {
-    if (success) Put(name, {std::to_string(value)}, Field::Shape::kNumber);
+  void Add(const Parameter& output, int value) {
+    if (success) Put(output, {std::to_string(value)}, Field::Shape::kNumber);
   }
   // The one flag of the interface says why an operation failed and is not written on success.
-  void Add(const std::string& name, bool value) {
+  void Add(const Parameter& output, bool value) {
     if (!success || value != unwritten.flag) {
-      Put(name, {value ? "true" : "false"}, Field::Shape::kFlag);
+      Put(output, {value ? "true" : "false"}, Field::Shape::kFlag);
     }
   }
 
  private:
-  void Put(const std::string& name, const std::vector<std::string>& values, Field::Shape shape) {
-    fields->push_back(Field{name, values, IsSecret(name), shape});
+  void Put(const Parameter& output, const std::vector<std::string>& values, Field::Shape shape) {
+    fields->push_back(
+        {.name = output.name, .values = values, .secret = output.secret, .shape = shape});
   }
 };
 
@@ -83,13 +79,15 @@ auto Pass(Slot<Parameter>& slot) {
 template <auto kMethod>
 struct Caller;
 
-// Parameters by pointer are outputs, named in order by `names`; the others are read from `words`.
+// Parameters by pointer are outputs; the others are arguments, read from `words`.
 template <typename... Parameters, AccountResult (AccountManager::*kMethod)(Parameters...)>
 struct Caller<kMethod> {
   static constexpr size_t kOutputs = (size_t{0} + ... + (std::is_pointer_v<Parameters> ? 1 : 0));
+  static constexpr size_t kArguments = sizeof...(Parameters) - kOutputs;
 
-  static bool Call(AccountManager& accounts, const std::vector<std::string>& words,
-                   const std::vector<std::string>& names, Answer* answer, std::string* error) {
+  // An Operation::Invoker.
+  static bool Call(const Operation& operation, AccountManager& accounts,
+                   const std::vector<std::string>& words, Answer* answer, std::string* error) {
     std::tuple<Slot<Parameters>...> slots{};
     WordReader reader{words, 0, ""};
     Visit(slots, [&reader, answer]<typename Parameter>(Slot<Parameter>& slot) {
@@ -109,7 +107,7 @@ struct Caller<kMethod> {
     OutputCollector collector{answer->code == kAccountSuccess, answer->unwritten, &answer->outputs};
     size_t next = 0;
     Visit(slots, [&]<typename Parameter>(Slot<Parameter>& slot) {
-      if constexpr (std::is_pointer_v<Parameter>) collector.Add(names[next++], slot);
+      if constexpr (std::is_pointer_v<Parameter>) collector.Add(operation.outputs[next++], slot);
     });
     return true;
   }

@@ -1,4 +1,5 @@
-// The operations of the account interface as console commands: one table.
+// The operations of the account interface, described once: console, audit and documents take names,
+// arguments, outputs and results from this table. It knows none of them.
 #ifndef QORN_GATEWAY_OPERATIONS_OPERATIONS_H_
 #define QORN_GATEWAY_OPERATIONS_OPERATIONS_H_
 
@@ -6,12 +7,12 @@
 #include <vector>
 
 #include "core_fw/account/include/account_manager.h"
-#include "gateway/console/commands.h"
+#include "gateway/operations/parameters.h"
 #include "gateway/output/records.h"
 
 namespace gateway {
 
-// What the outputs hold before a call, for a caller that looks which of them were written.
+// What the outputs hold before a call, for a caller that has to know which of them were written.
 struct Unwritten {
   std::string text;  // in every text and, unless it is empty, as the one entry of every list
   bool flag = false;
@@ -21,24 +22,37 @@ struct Unwritten {
 struct Answer {
   Unwritten unwritten;  // set before the call
   int code = kAccountSuccess;
-  // A state rather than a result: any value of it is a good answer.
+  // The code is a state and not a result: any value of it is a good answer.
   bool is_status = false;
   // All outputs on success; on failure those that were written, and the flag.
   std::vector<Field> outputs;
 };
 
-// The arguments stand in the interface's order.
-struct Operation : CommandInfo {
-  // Calls the operation with as many words as there are argument names. False, without a call and
-  // with one line in `error`, when a word that must be a number is none. Any thread.
-  bool (*call)(AccountManager& accounts, const std::vector<std::string>& words, Answer* answer,
-               std::string* error);
+struct Operation {
+  using Invoker = bool (*)(const Operation& operation, AccountManager& accounts,
+                           const std::vector<std::string>& words, Answer* answer,
+                           std::string* error);
+
+  const char* name;   // as in account_manager.h
+  const char* group;  // "Users", "Sessions", "Friends" or "Gateway"
+  const char* help;   // one line
+  // In the interface's order.
+  std::vector<Parameter> arguments;
+  std::vector<Parameter> outputs;
+  // The result codes that it can answer; none for an operation that answers a state.
+  std::vector<int> results;
+  Invoker invoke;  // call it through Call
+
+  // Calls the operation with one word for each argument. False, without a call and with one line in
+  // `error`, when a word that must be a number is not one. Any thread.
+  bool Call(AccountManager& accounts, const std::vector<std::string>& words, Answer* answer,
+            std::string* error) const;
 };
 
 // In the interface's order.
 const std::vector<Operation>& Operations();
 
-// Null when no operation has the name or alias.
+// Null when the interface has no operation of this name.
 const Operation* FindOperation(const std::string& name);
 
 }  // namespace gateway

@@ -10,7 +10,8 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-Json ValueOf(const Field& field, const std::string& value, bool show_secrets) {
+Json JsonValue(const Field& field, const std::string& value, bool show_secrets) {
+  // A number that is not known is explained in words.
   if (field.shape == Field::Shape::kNumber) {
     Json number = Json::parse(value, nullptr, false);
     if (number.is_number()) return number;
@@ -23,18 +24,18 @@ void Add(const std::vector<Field>& fields, bool show_secrets, Json* object) {
   for (const Field& field : fields) {
     Json& member = (*object)[field.name];
     if (field.shape != Field::Shape::kList) {
-      if (!field.values.empty()) member = ValueOf(field, field.values[0], show_secrets);
+      if (!field.values.empty()) member = JsonValue(field, field.values[0], show_secrets);
       continue;
     }
     member = Json::array();
     for (const std::string& value : field.values) {
-      member.push_back(ValueOf(field, value, show_secrets));
+      member.push_back(JsonValue(field, value, show_secrets));
     }
   }
 }
 
-// JSON lets the delete character and the controls of eight bits, U+0080 to U+009F, stand as they
-// are; a terminal would obey them. They are in strings only.
+// JSON allows DEL and the C1 controls, U+0080 to U+009F, unescaped, but a terminal would obey them.
+// They can only occur inside strings, so the whole text may be searched.
 std::string EscapeControls(const std::string& json) {
   std::string text;
   for (size_t at = 0; at < json.size(); ++at) {
@@ -73,7 +74,7 @@ std::string JsonLine(const Record& record, bool show_secrets) {
 std::string JsonLines(const Table& table, bool show_secrets) {
   std::string lines;
   for (const std::vector<Field>& row : table.rows) {
-    lines += JsonLine(Record{table.type, "", row, "", {}}, show_secrets);
+    lines += JsonLine({.type = table.type, .attributes = row}, show_secrets);
   }
   return lines;
 }

@@ -1,4 +1,4 @@
-// The log's lines among the console's own.
+// Log lines shown between the console's own.
 #ifndef QORN_GATEWAY_OUTPUT_LOG_VIEW_H_
 #define QORN_GATEWAY_OUTPUT_LOG_VIEW_H_
 
@@ -8,12 +8,13 @@
 
 namespace gateway {
 
-// The process's log handler while it lives. Thread-safe. Lines that are not shown go where they
-// went without it: to the log file or to standard error.
+// The process's log handler while it lives. Lines that are not shown go to the log file or to
+// standard error, as without it. Thread-safe.
 class LogView {
  public:
-  // Borrows `printer`. `always` shows all lines, at a terminal without a log file: there they would
-  // cross the prompt. `also_written` lets shown lines go to the log as well.
+  // Borrows `printer`. `always` shows all lines: for a terminal without a log file, where lines on
+  // standard error would be written over the prompt. `also_written` sends shown lines to the log as
+  // well.
   LogView(Printer* printer, bool always, bool also_written);
   ~LogView();
   LogView(const LogView&) = delete;

@@ -15,7 +15,7 @@ namespace {
 constexpr char kWipeLine[] = "\r\x1b[K";
 
 std::string PlainJson(const std::string& type, std::vector<Field> fields) {
-  return JsonLine(Record{type, "", std::move(fields), "", {}}, true);
+  return JsonLine({.type = type, .attributes = std::move(fields)}, true);
 }
 
 }  // namespace
@@ -31,8 +31,7 @@ void Printer::Error(const std::string& text, const std::string& source, int line
   if (style_.json) {
     std::vector<Field> fields;
     if (!source.empty()) {
-      fields = {{"source", {source}},
-                {"line", {std::to_string(line)}, false, Field::Shape::kNumber}};
+      fields = {{.name = "source", .values = {source}}, NumberField("line", line)};
     }
     fields.push_back({"text", {text}});
     Write(err_, PlainJson("error", std::move(fields)));
@@ -83,7 +82,7 @@ void Printer::Write(std::ostream& stream, const std::string& lines) {
   if (wake_fd_ >= 0) stream << kWipeLine;
   stream << lines << std::flush;
   if (!stream) failed_ = true;
-  // The next lines are tried again.
+  // Clear the error, so that the next line is tried: a disk may have room again.
   stream.clear();
   if (wake_fd_ >= 0) eventfd_write(wake_fd_, 1);
 }

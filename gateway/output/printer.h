@@ -1,7 +1,10 @@
-// What the gateway writes: whole records, from any thread, as text or as JSON lines.
+// Everything that people and scripts read: records and tables, as text or as JSON lines, and the
+// small pure functions on text that this needs. The printer is the only one that writes to standard
+// output and error.
 #ifndef QORN_GATEWAY_OUTPUT_PRINTER_H_
 #define QORN_GATEWAY_OUTPUT_PRINTER_H_
 
+#include <functional>
 #include <ostream>
 #include <string>
 
@@ -16,9 +19,11 @@ struct PrinterStyle {
   bool show_secrets = false;
   bool color_out = false;
   bool color_errors = false;
+  // How wide the terminal is at this moment, since people resize windows; none for other outputs.
+  std::function<size_t()> columns = {};
 };
 
-// Thread-safe: what one call shows is written at once and flushed.
+// Thread-safe. The output of one call stays together and is flushed.
 class Printer {
  public:
   // Borrows both streams.
@@ -36,8 +41,8 @@ class Printer {
   // Lines that the caller laid out itself, control characters included.
   void ShowLines(const std::string& lines);
 
-  // While a prompt is shown, a line first wipes it and then makes `wake_fd` (an eventfd, borrowed)
-  // readable, so that its owner draws it again.
+  // While a prompt is shown, output first erases it and then writes to `wake_fd` (an eventfd,
+  // borrowed), which tells the prompt's owner to draw it again.
   void PromptShown(int wake_fd);
   void PromptHidden();
 
@@ -45,6 +50,8 @@ class Printer {
   bool has_failed();
 
   const PrinterStyle& style() const { return style_; }
+  // The terminal's width; 0 when lines have no limit.
+  size_t columns() const { return style_.columns ? style_.columns() : 0; }
 
  private:
   void Write(std::ostream& stream, const std::string& lines);

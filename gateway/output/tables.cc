@@ -11,7 +11,7 @@ namespace {
 
 constexpr char kColumnGap[] = "  ";
 
-const char* ColorOf(Tone tone) {
+const char* ToneColor(Tone tone) {
   switch (tone) {
     case Tone::kEvent:
       return "\x1b[36m";
@@ -40,7 +40,7 @@ std::string Cell(const std::vector<Field>& row, const std::string& name, bool sh
   return "";
 }
 
-// No blanks behind the last cell.
+// Trailing blanks would wrap in a window that is as wide as the table.
 std::string Line(const std::vector<std::string>& cells, const std::vector<size_t>& widths) {
   std::string line;
   for (size_t i = 0; i < cells.size(); ++i) line += PadTo(cells[i], widths[i]) + kColumnGap;
@@ -52,7 +52,7 @@ std::string Line(const std::vector<std::string>& cells, const std::vector<size_t
 
 std::string Paint(const std::string& text, Tone tone, bool color) {
   if (!color || tone == Tone::kPlain || text.empty()) return text;
-  return ColorOf(tone) + text + "\x1b[0m";
+  return ToneColor(tone) + text + "\x1b[0m";
 }
 
 std::string LayOut(const Record& record, bool show_secrets, bool color) {
@@ -93,7 +93,8 @@ size_t DisplayWidth(const std::string& text) {
   for (size_t at = 0; at < text.size();) {
     wchar_t character = 0;
     const size_t length = std::mbrtowc(&character, text.data() + at, text.size() - at, &state);
-    if (length == 0 || length > text.size()) {  // no character, or no whole one
+    // Neither a zero byte nor an incomplete or invalid character: each byte counts as one column.
+    if (length == 0 || length > text.size()) {
       state = std::mbstate_t{};
       ++width;
       ++at;
@@ -104,6 +105,24 @@ size_t DisplayWidth(const std::string& text) {
     at += length;
   }
   return width;
+}
+
+std::string Wrap(const std::string& text, size_t taken, size_t indent, size_t columns) {
+  if (columns == 0) return text;
+  std::string lines;
+  bool begins = true;
+  for (const std::string& word : SplitAtBlanks(text)) {
+    const size_t width = DisplayWidth(word);
+    if (!begins && taken + 1 + width > columns) {
+      lines += "\n" + std::string(indent, ' ');
+      taken = indent;
+      begins = true;
+    }
+    lines += (begins ? "" : " ") + word;
+    taken += (begins ? 0 : 1) + width;
+    begins = false;
+  }
+  return lines;
 }
 
 std::string PadTo(const std::string& text, size_t width) {

@@ -8,7 +8,7 @@
 
 namespace gateway {
 
-// What the terminal's colours are used for.
+// What a colour says; themes of terminals map them to colours of their own.
 enum class Tone { kPlain, kEvent, kError, kTitle, kQuiet };
 
 // The text in the tone's colour, or as it is when there is none.
@@ -27,6 +27,11 @@ size_t DisplayWidth(const std::string& text);
 
 // The text and as many blanks behind it as are missing to `width` columns.
 std::string PadTo(const std::string& text, size_t width);
+
+// The text broken at its blanks into lines of at most `columns`; 0 leaves it whole. The first line
+// has `taken` columns before it already, the others are indented by `indent`. A word that is longer
+// than a line stays whole.
+std::string Wrap(const std::string& text, size_t taken, size_t indent, size_t columns);
 
 }  // namespace gateway
 

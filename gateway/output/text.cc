@@ -36,7 +36,10 @@ bool IsNameStart(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z
 bool IsNamePart(char c) { return IsNameStart(c) || (c >= '0' && c <= '9'); }
 
 bool HasControlCharacter(const std::string& text) {
-  return std::any_of(text.begin(), text.end(), IsControl);
+  for (size_t at = 0; at < text.size(); ++at) {
+    if (IsControl(text[at]) || IsC1At(text, at)) return true;
+  }
+  return false;
 }
 
 std::string Visible(const std::string& text) {
@@ -81,6 +84,13 @@ std::vector<std::string> SplitAtBlanks(const std::string& text) {
     at = text.find_first_not_of(' ', end);
   }
   return words;
+}
+
+std::string LowerCase(std::string text) {
+  for (char& c : text) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return text;
 }
 
 std::string Clip(const std::string& text) {

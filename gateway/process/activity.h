@@ -1,4 +1,4 @@
-// What the gateway is busy with, for the line that says what a stop waits for.
+// What the gateway is doing right now, so that a request to stop can say what it waits for.
 #ifndef QORN_GATEWAY_PROCESS_ACTIVITY_H_
 #define QORN_GATEWAY_PROCESS_ACTIVITY_H_
 

@@ -1,4 +1,4 @@
-// What the gateway's own requests have in common.
+// What the gateway's own requests have in common. The component's requests are not made here.
 #ifndef QORN_GATEWAY_PROCESS_CURL_OPTIONS_H_
 #define QORN_GATEWAY_PROCESS_CURL_OPTIONS_H_
 

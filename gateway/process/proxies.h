@@ -1,4 +1,5 @@
-// The environment's proxy variables, which libcurl obeys. The cloud is talked to directly.
+// Proxy variables of the environment, which libcurl would obey. The gateway always connects to the
+// cloud directly.
 #ifndef QORN_GATEWAY_PROCESS_PROXIES_H_
 #define QORN_GATEWAY_PROCESS_PROXIES_H_
 
@@ -6,10 +7,11 @@
 
 namespace gateway {
 
-// The names of those that are set, with blanks between.
+// The names of those that are set, separated by blanks.
 std::string ProxyVariablesInUse();
 
-// Takes all of them out of this process's environment. Before other threads are made.
+// Removes them from this process's environment. Call it before other threads are started, since
+// another thread may read the environment at the same time.
 void ForgetProxies();
 
 }  // namespace gateway

@@ -21,6 +21,7 @@ void Notify(const std::string& lines) {
   std::memcpy(address.sun_path, name, length);
   // "@" stands for the zero byte that begins a name outside the file system.
   if (name[0] == '@') address.sun_path[0] = '\0';
+  // A failure is not reported: the manager has a timeout of its own, and nobody else would care.
   const base::ScopedFd socket_fd(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
   sendto(socket_fd.get(), lines.data(), lines.size(), MSG_NOSIGNAL,
          reinterpret_cast<const sockaddr*>(&address),

@@ -1,4 +1,4 @@
-// Tells the service manager how the program stands (the protocol of sd_notify(3)).
+// Reports the program's state to the service manager, by the protocol of sd_notify(3).
 #ifndef QORN_GATEWAY_PROCESS_SERVICE_MANAGER_H_
 #define QORN_GATEWAY_PROCESS_SERVICE_MANAGER_H_
 
@@ -6,8 +6,8 @@
 
 namespace gateway {
 
-// Sends the lines ("READY=1") to the datagram socket that NOTIFY_SOCKET names; does nothing without
-// one. Any thread; the environment must not change meanwhile.
+// Sends the lines, such as "READY=1", to the datagram socket that NOTIFY_SOCKET names; does nothing
+// without one. Any thread, as long as none changes the environment.
 void Notify(const std::string& lines);
 
 }  // namespace gateway

@@ -18,7 +18,8 @@ sigset_t StopSet() {
   return set;
 }
 
-// A shell starts a background program with SIGINT ignored; here both count again.
+// A shell starts a background program with SIGINT ignored, and a signal that is ignored is never
+// queued for signalfd. So the default actions are restored before the signals are blocked.
 base::ScopedFd BlockAndOpenSignals() {
   std::signal(SIGINT, SIG_DFL);
   std::signal(SIGTERM, SIG_DFL);
@@ -65,6 +66,7 @@ void StopSignals::Watch() {
   const sigset_t set = StopSet();
   pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
   on_first_();
+  // Never read, so it stays readable for everyone who polls it.
   eventfd_write(stop_.get(), 1);
   pollfd quit{quit_.get(), POLLIN, 0};
   while (poll(&quit, 1, -1) < 0) continue;

@@ -1,4 +1,7 @@
-// SIGINT and SIGTERM as a request to stop, SIGHUP as a request to open files anew.
+// What connects the process with the system around it: signals, service manager, environment, and
+// the options of its own HTTP requests.
+//
+// Here: SIGINT and SIGTERM as a request to stop, SIGHUP as a request to reopen files.
 #ifndef QORN_GATEWAY_PROCESS_SIGNALS_H_
 #define QORN_GATEWAY_PROCESS_SIGNALS_H_
 
@@ -25,12 +28,11 @@ class StopSignals {
   StopSignals(const StopSignals&) = delete;
   StopSignals& operator=(const StopSignals&) = delete;
 
-  // Readable from the first request to stop on, for poll(); never read from it. Any thread.
+  // For poll(): readable from the first request to stop on. Never read from it. Any thread.
   int stop_fd() const { return stop_.get(); }
 
-  // Waits until the time has passed (zero: looks only) or a request to stop came; true when it
-  // came.
-  // Any thread.
+  // Waits for a request to stop, at most for `time` (zero only checks); true when there is one. Any
+  // thread.
   bool WaitForStop(std::chrono::milliseconds time) const;
 
  private:

@@ -35,12 +35,13 @@ class Scene {
   }
 
  private:
-  void UseStyle(const PrinterStyle& style) {
+  void UseStyle(PrinterStyle style) {
     events_.reset();
+    style.columns = [this] { return columns_; };
     printer_ = std::make_unique<Printer>(out_, out_, style);
     events_.emplace([this](const SeenEvent& event) {
-      sightings_.NoteEvent(event);
-      printer_->Show(MakeRecord(event));
+      seen_ids_.NoteEvent(event);
+      printer_->Show(EventRecord(event));
     });
     ConsoleServices services;
     services.accounts = &accounts_;
@@ -56,7 +57,7 @@ class Scene {
     };
     services.pause = [this](std::chrono::milliseconds) { return stop_; };
     console_ = std::make_unique<Console>(
-        services, Console::Parts{printer_.get(), &activity_, &sightings_, &audit_});
+        services, Console::Parts{printer_.get(), &activity_, &seen_ids_, &audit_});
   }
 
   void ShowCalls() {
@@ -85,6 +86,7 @@ class Scene {
     if (what == "show-secrets") UseStyle({.show_secrets = true});
     if (what == "json") UseStyle({.json = true});
     if (what == "stop") stop_ = true;
+    if (what == "columns") words >> columns_;
     const std::string rest = line.substr(std::min(line.size(), what.size() + 1));
     if (what == "complete") {
       for (const std::string& word : console_->Complete(rest)) out_ << word << "\n";
@@ -99,9 +101,10 @@ class Scene {
 
   FakeAccountManager accounts_;
   bool stop_ = false;
+  size_t columns_ = 0;
   std::ostringstream out_;
   Activity activity_;
-  Sightings sightings_;
+  SeenIds seen_ids_;
   Audit audit_;
   std::unique_ptr<Printer> printer_;
   std::optional<EventListener> events_;
@@ -128,7 +131,7 @@ TEST(Console, AnswersAsInTheTranscript) {
       const std::string shown = scene->Play(step.substr(0, arrow));
       const std::string row = arrow == step.npos ? "" : step.substr(arrow);
       EXPECT_EQ(row.empty() ? shown : AsRow(shown), row + expected) << step;
-      played += step + " \n";
+      played += shown;
       step = expected = "";
     }
     if (begins) step = line;
@@ -137,7 +140,7 @@ TEST(Console, AnswersAsInTheTranscript) {
   }
   EXPECT_EQ(Operations().size(), 32U);
   for (const Operation& operation : Operations()) {
-    EXPECT_NE(played.find(std::string("\n> ") + operation.name + " "), played.npos)
+    EXPECT_NE(played.find(std::string("\n-> ") + operation.name + "("), played.npos)
         << operation.name;
   }
 }

@@ -56,6 +56,10 @@ class Script(GatewayTestCase):
                 ("a" * (9 << 20) + "\nsay next\n", (1, "next\n", place + "the line is too long\n"))):
             self.assertEqual(programs.run(*self.command, "--keep-going", text=text), expected)
 
+    def test_notes_a_line_that_is_no_command_in_the_audit_without_its_words(self):
+        programs.run(*self.command, "--keep-going", "--audit", self.folder / "audit", text="sing-in x y\nsay 'x\n")
+        self.assertEqual(self.audit(), 2 * '{"type":"command","command":"","message":"refused"}\n')
+
     def test_finds_help_about_each_command_and_alias_once(self):
         names = re.findall("^  ([a-z-]+)", programs.run(*self.command, text="help\n").output, re.M)
         helped = programs.run(*self.command, text="".join(f"help {name}\n" for name in names))
@@ -102,8 +106,20 @@ class Prompt(GatewayTestCase):
         self.enter("\x10\x10\x7f5\n", "check-session-validation answered 5")  # Two lines up, and another digit.
         self.assertEqual(self.console.finish("\x04")[0], 0)
 
+    def test_drops_the_line_at_ctrl_c_and_ends_at_a_second_one_on_an_empty_line(self):
+        self.enter("say never\x02\x02\x03", "say never^C")
+        self.enter("say on\n", "\non\r\n")
+        self.enter("\x03", '"quit" or Ctrl-D ends the gateway')
+        # Each pair of them may be over two seconds apart on a busy machine.
+        status, output = self.console.finish(20 * "\x03")
+        self.assertEqual(status, 0)
+        self.assertNotIn("\nnever", output)
+
     def test_stops_in_order_without_running_the_unfinished_line(self):
-        status, output = self.console.finish("say never\x03")
+        self.console.type("say never")
+        self.console.wait_for("say never")
+        self.console.send_signal(signal.SIGINT)
+        status, output = self.console.finish()
         self.assertEqual(status, 0)
         self.assertRegex(output, "(?s)qorn-gateway: stopping\r\n.*waiting for the components to finish")
         self.assertNotIn("\nnever", output)

@@ -21,6 +21,7 @@ class Start(programs.TestCase):
             self.write(name, text)
         (self.folder / "folder").mkdir()
         os.mkfifo(self.folder / "pipe")  # Nobody reads it.
+        (self.folder / "link").symlink_to("one")
         names = {"folder": self.folder, "library": programs.LIBRARIES, "good": f"--config {self.folder}/good.xml"}
         cases = pathlib.Path("start_cases.txt").read_text().split("\n\n")[part]
         return [case.split(" |") for case in string.Template(cases).substitute(names).splitlines() if " |" in case]

@@ -67,8 +67,8 @@ MemoryFaults::MemoryFaults(SweptOperation operation) : OperationSweep(std::move(
 bool MemoryFaults::ReadsXml() const {
   if (ticks_) return true;
   const std::string name = operation_.line.substr(0, operation_.line.find(' '));
-  const Rows codes = gateway::SplitAtBlanks(gateway::FindOperation(name)->results);
-  return std::find(codes.begin(), codes.end(), "16") != codes.end();
+  const std::vector<int>& codes = gateway::FindCommandOperation(name)->results;
+  return std::find(codes.begin(), codes.end(), kAccountUserPortalFailure) != codes.end();
 }
 
 bool MemoryFaults::HasLine() const {
@@ -105,15 +105,14 @@ void MemoryFaults::Perform(const gateway::Operation& operation, const Rows& word
   UseMemoryAs(Side::kCaller);
   if (nth_ > 0) StartMemoryFault(Side::kCaller, std::exchange(nth_, 0), lasting_);
   try {
-    operation.call(*service_, words, answer, &error);
+    operation.Call(*service_, words, answer, &error);
   } catch (const std::bad_alloc&) {  // Thrown outside the operation: no exception leaves it.
     answer->code = kUnknown;
   }
   met_ = EndMemoryFault();
   UseMemoryAs(Side::kNone);
   if (answer->code != kUnknown && answer->code != 19 && !answer->is_status) {
-    EXPECT_THAT(gateway::SplitAtBlanks(operation.results),
-                testing::Contains(std::to_string(answer->code)));
+    EXPECT_THAT(operation.results, testing::Contains(answer->code));
   }
 }
 

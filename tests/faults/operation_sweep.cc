@@ -43,7 +43,7 @@ gateway::Answer StoredUsersTest::Call(const std::string& line) {
   Rows words;
   std::string error;
   EXPECT_TRUE(gateway::SplitWords(line, variables_, &words, &error)) << line << error;
-  const gateway::Operation& operation = *gateway::FindOperation(words.at(0));
+  const gateway::Operation& operation = *gateway::FindCommandOperation(words.at(0));
   words.erase(words.begin());
   gateway::Answer answer;
   Perform(operation, words, &answer);
@@ -56,7 +56,7 @@ gateway::Answer StoredUsersTest::Call(const std::string& line) {
 void StoredUsersTest::Perform(const gateway::Operation& operation, const Rows& words,
                               gateway::Answer* answer) {
   std::string error;
-  EXPECT_TRUE(operation.call(*service_, words, answer, &error)) << error;
+  EXPECT_TRUE(operation.Call(*service_, words, answer, &error)) << error;
 }
 
 std::vector<SweptOperation> ReadSweptOperations() {

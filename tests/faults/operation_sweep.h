@@ -9,8 +9,8 @@
 
 #include "core_fw/account/src/account_manager_impl.h"
 #include "core_fw/account/tests/test_support.h"
+#include "gateway/console/commands.h"
 #include "gateway/console/variables.h"
-#include "gateway/operations/operations.h"
 
 namespace faults {
 
