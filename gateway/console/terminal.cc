@@ -51,8 +51,6 @@ TerminalLineSource::TerminalLineSource(const StopSignals& signals, Printer* prin
   el_set(editor_.get(), EL_EDITOR, "emacs");
   el_set(editor_.get(), EL_HIST, history, history_.get());
   el_set(editor_.get(), EL_GETCFN, ReadCharacter);
-  // At the prompt Ctrl-C reaches ReadCharacter instead of making SIGINT.
-  el_set(editor_.get(), EL_SETTY, "-d", "intr=", nullptr);
   // The narrow form of this one leaks copies of both texts.
   el_wset(editor_.get(), EL_ADDFN, L"qorn-complete", L"complete the word", Complete);
   el_set(editor_.get(), EL_BIND, "^I", "qorn-complete", nullptr);
@@ -84,6 +82,9 @@ const char* TerminalLineSource::Edit(int* count) {
   // el_gets would draw the prompt first and take the terminal over after it: keys that are typed
   // in between would be lost.
   el_set(editor_.get(), EL_PREP_TERM, 1);
+  // Ctrl-C is a key here and not SIGINT. Each time anew: taking the terminal over may copy its
+  // keys.
+  el_set(editor_.get(), EL_SETTY, "-d", "intr=", nullptr);
   printer_->PromptShown(redraw_.get());
   const char* const text = el_gets(editor_.get(), count);
   printer_->PromptHidden();
