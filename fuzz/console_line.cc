@@ -108,7 +108,7 @@ void CheckCompleted(const std::string& line, const Console& console) {
     fuzz::Require(word.rfind(beginning, 0) == 0, "a completion goes on as the word began");
     std::vector<std::string> words;
     std::string error;
-    fuzz::Require(word[0] == '$' || SplitWords(word, {}, &words, &error) && words.size() == 1,
+    fuzz::Require(word[0] == '$' || (SplitWords(word, {}, &words, &error) && words.size() == 1),
                   "a completion is one word");
   }
 }

@@ -91,13 +91,14 @@ std::optional<int> ParseOptions(int argc, const char* const* argv, std::ostream&
   DeclareDoctor(&app, options);
   try {
     app.parse(argc, argv);
-  } catch (const CLI::Success& wanted) {
+  } catch (const CLI::Success& wanted) {  // --help or --version
     app.exit(wanted, out, err);
     return kExitGood;
   } catch (const CLI::ParseError& wrong) {
     err << "qorn-gateway: " << wrong.what() << "; --help lists the options\n";
     return kExitCannotStart;
   }
+  // The doctor looks at the same files as the gateway would.
   FillDefaults(options);
   options->doctor.config_file = options->config_file;
   options->doctor.json = options->json;

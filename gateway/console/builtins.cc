@@ -1,5 +1,3 @@
-#include <limits>
-
 #include "gateway/console/console.h"
 #include "gateway/console/help.h"
 #include "gateway/console/status.h"
@@ -10,7 +8,6 @@
 namespace gateway {
 namespace {
 
-constexpr size_t kAnyNumber = std::numeric_limits<size_t>::max();
 constexpr std::chrono::milliseconds kNetworkPollPause{100};
 constexpr int kNetworkPolls = 100;
 
@@ -18,105 +15,73 @@ constexpr char kLooking[] = "Looking around";
 constexpr char kConsole[] = "The console";
 constexpr char kSecondsMeaning[] =
     "how long; without it until Enter or, in a script, until the gateway stops";
+constexpr char kResultMeaning[] = "a number, a constant's name such as kAccountNoUser, or success";
 
 }  // namespace
 
 const std::vector<Console::Builtin>& Console::Builtins() {
-  using Arguments = std::vector<CommandArgument>;
-  const CommandArgument user_uuid(parameter::kUserUuid);
+  using Argument = CommandArgument;
   static const std::vector<Builtin> builtins = {
-      {{"status", "", kLooking, {}, "show how the gateway stands, at a glance", {}},
-       0,
-       0,
-       false,
-       &Console::Status},
-      {{"users", "", kLooking, {}, "show all users in a table", {}}, 0, 0, false, &Console::Users},
-      {{"friends",
-        "",
-        kLooking,
-        Arguments{user_uuid.Optional()},
-        "show the friends of one user or of all",
-        {}},
-       0,
-       1,
-       false,
-       &Console::Friends},
-      {{"watch",
-        "",
-        kLooking,
-        Arguments{{"[SECONDS]", kSecondsMeaning, IdKind::kNone, Secrecy::kOpen}},
-        "follow events and log lines; Enter ends it at a terminal",
-        {}},
-       0,
-       1,
-       false,
-       &Console::Watch},
-      {{"request-code",
-        "code",
-        kConsole,
-        Arguments{CommandArgument(parameter::kUserId)},
-        "fetch an authorisation code from the account server into $code",
-        {1}},
-       1,
-       1,
-       true,
-       &Console::RequestCode},
-      {{"wait-network",
-        "",
-        kConsole,
-        {},
-        "wait, ten seconds at most, until the network setting status is 1",
-        {1}},
-       0,
-       0,
-       true,
-       &Console::WaitNetwork},
-      {{"expect",
-        "",
-        kConsole,
-        Arguments{{"RESULT", "a number, a constant's name such as kAccountNoUser, or success",
-                   IdKind::kNone, Secrecy::kOpen},
-                  {"COMMAND...", "a command with its arguments", IdKind::kNone, Secrecy::kOpen}},
-        "run a command and fail unless it answers RESULT: a number, a constant's name or success",
-        {}},
-       2,
-       kAnyNumber,
-       false,
-       &Console::Expect},
-      // What is set may be a code that was typed.
-      {{"set",
-        "",
-        kConsole,
-        Arguments{
-            {"NAME", "letters, digits and \"_\", no digit first", IdKind::kNone, Secrecy::kOpen},
-            {"TEXT", "the variable's value", IdKind::kNone, Secrecy::kSecret}},
-        "give a variable a value, used as $NAME or ${NAME}",
-        {}},
-       2,
-       2,
-       false,
-       &Console::Set},
-      {{"say",
-        "",
-        kConsole,
-        Arguments{{"TEXT...", "any words", IdKind::kNone, Secrecy::kOpen}},
-        "print a text",
-        {}},
-       1,
-       kAnyNumber,
-       false,
-       &Console::Say},
-      {{"help",
-        "?",
-        kConsole,
-        Arguments{{"[COMMAND]", "a command's name or alias", IdKind::kNone, Secrecy::kOpen}},
-        "list the commands, or explain one",
-        {}},
-       0,
-       1,
-       false,
-       &Console::Help},
-      {{"quit", "exit", kConsole, {}, "stop the gateway", {}}, 0, 0, false, &Console::Quit},
+      {.command = {.name = "status",
+                   .group = kLooking,
+                   .help = "show how the gateway stands, at a glance"},
+       .run = &Console::Status},
+      {.command = {.name = "users", .group = kLooking, .help = "show all users in a table"},
+       .run = &Console::Users},
+      {.command = {.name = "friends",
+                   .group = kLooking,
+                   .arguments = {Argument(parameter::kUserUuid).Optional()},
+                   .help = "show the friends of one user or of all"},
+       .run = &Console::Friends},
+      {.command = {.name = "watch",
+                   .group = kLooking,
+                   .arguments = {Argument("[SECONDS]", kSecondsMeaning, IdKind::kNone,
+                                          Secrecy::kOpen)},
+                   .help = "follow events and log lines; Enter ends it at a terminal"},
+       .run = &Console::Watch},
+      {.command = {.name = "request-code",
+                   .alias = "code",
+                   .group = kConsole,
+                   .arguments = {Argument(parameter::kUserId)},
+                   .help = "fetch an authorisation code from the account server into $code",
+                   .results = {kAccountSuccess}},
+       .run = &Console::RequestCode},
+      {.command = {.name = "wait-network",
+                   .group = kConsole,
+                   .help = "wait, ten seconds at most, until the network setting status is 1",
+                   .results = {kAccountSuccess}},
+       .run = &Console::WaitNetwork},
+      {.command = {.name = "expect",
+                   .group = kConsole,
+                   .arguments = {Argument("RESULT", kResultMeaning, IdKind::kNone, Secrecy::kOpen),
+                                 Argument("COMMAND...", "a command with its arguments",
+                                          IdKind::kNone, Secrecy::kOpen)},
+                   .help = "run a command and fail unless it answers RESULT: a number, a "
+                           "constant's name or success"},
+       .run = &Console::Expect},
+      // The text may be a code that was typed.
+      {.command = {.name = "set",
+                   .group = kConsole,
+                   .arguments = {Argument("NAME", "letters, digits and \"_\", no digit first",
+                                          IdKind::kNone, Secrecy::kOpen),
+                                 Argument("TEXT", "the variable's value", IdKind::kNone,
+                                          Secrecy::kSecret)},
+                   .help = "give a variable a value, used as $NAME or ${NAME}"},
+       .run = &Console::Set},
+      {.command = {.name = "say",
+                   .group = kConsole,
+                   .arguments = {Argument("TEXT...", "any words", IdKind::kNone, Secrecy::kOpen)},
+                   .help = "print a text"},
+       .run = &Console::Say},
+      {.command = {.name = "help",
+                   .alias = "?",
+                   .group = kConsole,
+                   .arguments = {Argument("[COMMAND]", "a command's name or alias", IdKind::kNone,
+                                          Secrecy::kOpen)},
+                   .help = "list the commands, or explain one"},
+       .run = &Console::Help},
+      {.command = {.name = "quit", .alias = "exit", .group = kConsole, .help = "stop the gateway"},
+       .run = &Console::Quit},
   };
   return builtins;
 }
@@ -129,9 +94,10 @@ Console::Step Console::Expect(const Words& words) {
                 {}};
   }
   const Builtin* builtin = FindBuiltin(words[2]);
-  if (builtin != nullptr && !builtin->answers) {
+  if (builtin != nullptr && builtin->command.results.empty()) {
     return Step{"expect: " + words[2] + " answers no result", {}};
   }
+  // Without an answer the command was not run, which no expected result makes good.
   Step step = Perform(Words(words.begin() + 2, words.end()));
   if (!step.answer || step.answer->code == expected) return Step{step.error, {}};
   return Step{words[2] + " answered " + std::to_string(step.answer->code) + ", expected " +
@@ -150,8 +116,8 @@ Console::Step Console::Help(const Words& words) {
     ShowCommands(Commands(), parts_.printer);
     return Step{};
   }
-  const std::optional<Command> command = FindCommand(words[1]);
-  if (!command) return Step{"help: " + UnknownCommand(words[1]), {}};
+  const Command* const command = FindCommand(words[1]);
+  if (command == nullptr) return Step{"help: " + UnknownCommand(words[1]), {}};
   ShowCommand(*command, parts_.printer);
   return Step{};
 }
@@ -199,6 +165,7 @@ Console::Step Console::Users(const Words&) {
 
 Console::Step Console::WaitNetwork(const Words& words) {
   Activity::Scope scope(*parts_.activity, words[0]);
+  // No event tells when the network setting arrives.
   for (int i = 0; i < kNetworkPolls; ++i) {
     if (services_.accounts->GetNetworkSettingStatus() == 1) return Step{"", Answer{}};
     if (services_.pause(kNetworkPollPause)) return Step{"wait-network: told to stop", {}};

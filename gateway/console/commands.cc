@@ -114,6 +114,17 @@ CommandArgument CommandArgument::Optional() const {
   return optional;
 }
 
+bool Command::IsCalled(const std::string& word) const {
+  return word == name || (word == alias && !alias.empty());
+}
+
+bool Command::Accepts(size_t argument_count) const {
+  if (arguments.empty()) return argument_count == 0;
+  const bool last_may_be_missing = arguments.back().is_optional();
+  if (argument_count + (last_may_be_missing ? 1 : 0) < arguments.size()) return false;
+  return argument_count <= arguments.size() || arguments.back().is_repeated();
+}
+
 std::string UsageOf(const Command& command) {
   std::string usage;
   for (const CommandArgument& argument : command.arguments) {

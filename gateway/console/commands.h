@@ -17,26 +17,27 @@ struct CommandArgument {
   explicit CommandArgument(const Parameter& parameter);
 
   CommandArgument Optional() const;
+  bool is_optional() const { return usage.starts_with('['); }
   bool is_repeated() const { return usage.ends_with("..."); }
 
-  std::string
-      usage;  // "USER_ID", "[USER_UUID]" if it may be left out, "TEXT..." if more may follow
+  // "USER_ID", "[USER_UUID]" if it may be left out, "TEXT..." if more may follow.
+  std::string usage;
   std::string meaning;
   IdKind kind;
   bool secret;
 };
 
 struct Command {
-  std::string name;   // in kebab case
-  std::string alias;  // a shorter name; "" for none
-  std::string group;  // the heading in the list of commands
-  std::vector<CommandArgument> arguments;
-  std::string help;          // one line
-  std::vector<int> results;  // the codes that it can answer; none when it answers none
+  // By its name or its alias.
+  bool IsCalled(const std::string& word) const;
+  bool Accepts(size_t argument_count) const;
 
-  bool IsCalled(const std::string& word) const {
-    return word == name || (word == alias && !alias.empty());
-  }
+  std::string name;        // in kebab case
+  std::string alias = "";  // a shorter name; "" for none
+  std::string group;       // the heading in the list of commands
+  std::vector<CommandArgument> arguments = {};
+  std::string help;               // one line
+  std::vector<int> results = {};  // the codes that it can answer; none when it answers none
 };
 
 // "USER_ID CODE"

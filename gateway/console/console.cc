@@ -63,22 +63,24 @@ std::string Console::HideSecrets(const std::string& text) const {
   return parts_.printer->style().show_secrets ? text : variables_.HideSecrets(text);
 }
 
-std::optional<Command> Console::FindCommand(const std::string& name) {
-  for (const Command& command : Commands()) {
-    if (command.IsCalled(name)) return command;
+const Command* Console::FindCommand(const std::string& name) {
+  if (const Builtin* builtin = FindBuiltin(name)) return &builtin->command;
+  for (const Command& command : OperationCommands()) {
+    if (command.IsCalled(name)) return &command;
   }
-  return std::nullopt;
+  return nullptr;
 }
 
 const Console::Builtin* Console::FindBuiltin(const std::string& name) {
   for (const Builtin& builtin : Builtins()) {
-    if (builtin.IsCalled(name)) return &builtin;
+    if (builtin.command.IsCalled(name)) return &builtin;
   }
   return nullptr;
 }
 
 std::vector<Command> Console::Commands() {
-  std::vector<Command> commands(Builtins().begin(), Builtins().end());
+  std::vector<Command> commands;
+  for (const Builtin& builtin : Builtins()) commands.push_back(builtin.command);
   commands.insert(commands.end(), OperationCommands().begin(), OperationCommands().end());
   return commands;
 }
@@ -99,9 +101,9 @@ Console::Step Console::Perform(const Words& words) {
   if (const Builtin* builtin = FindBuiltin(words[0])) {
     step = PerformBuiltin(*builtin, words);
     // What stands under expect is noted by itself.
-    if (builtin->run != &Console::Expect) NoteInAudit(*builtin, words, step);
+    if (builtin->run != &Console::Expect) NoteInAudit(builtin->command, words, step);
   } else if (const Operation* operation = FindCommandOperation(words[0])) {
-    const Command command = *FindCommand(words[0]);
+    const Command& command = *FindCommand(words[0]);
     step = PerformOperation(*operation, command, words);
     NoteInAudit(command, words, step);
   } else {
@@ -114,18 +116,16 @@ Console::Step Console::Perform(const Words& words) {
 
 Console::Step Console::PerformBuiltin(const Builtin& builtin, const Words& words) {
   const size_t given = words.size() - 1;
-  if (given < builtin.least || given > builtin.most) return Step{ArityError(builtin, given), {}};
+  if (!builtin.command.Accepts(given)) return Step{ArityError(builtin.command, given), {}};
   Step step = (this->*builtin.run)(words);
-  if (step.answer) ShowAndRemember(builtin.name, *step.answer);
+  if (step.answer) ShowAndRemember(builtin.command.name, *step.answer);
   return step;
 }
 
 Console::Step Console::PerformOperation(const Operation& operation, const Command& command,
                                         const Words& words) {
   const Words arguments(words.begin() + 1, words.end());
-  if (arguments.size() != operation.arguments.size()) {
-    return Step{ArityError(command, arguments.size()), {}};
-  }
+  if (!command.Accepts(arguments.size())) return Step{ArityError(command, arguments.size()), {}};
   Activity::Scope scope(*parts_.activity, command.name);
   Answer answer;
   std::string error;

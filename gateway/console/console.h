@@ -63,17 +63,16 @@ class Console {
     bool quit = false;
   };
 
-  // A command that is no operation. `least` and `most` count its arguments.
-  struct Builtin : Command {
-    size_t least;
-    size_t most;
-    bool answers;  // can stand under expect
+  // A command that is no operation. One without results cannot stand under expect.
+  struct Builtin {
+    Command command;
     Step (Console::*run)(const Words& words);
   };
 
   static const std::vector<Builtin>& Builtins();
   static const Builtin* FindBuiltin(const std::string& name);
-  static std::optional<Command> FindCommand(const std::string& name);
+  // Null for none.
+  static const Command* FindCommand(const std::string& name);
 
   // Says that there is no such command, and which one may have been meant.
   static std::string UnknownCommand(const std::string& word);

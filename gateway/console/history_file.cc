@@ -67,6 +67,7 @@ std::vector<std::string> HistoryFile::Load() {
   if (lines.size() > kKeptLines) {
     lines.erase(lines.begin(), lines.end() - static_cast<std::ptrdiff_t>(kKeptLines));
   }
+  // Not at every line above the limit: the file is rewritten once in a thousand lines.
   if (count > kMostLines) Replace(lines);
   return lines;
 }

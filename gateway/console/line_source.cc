@@ -18,6 +18,7 @@ LineSource::Result DescriptorLineSource::Next(std::string* line) {
     }
     if (ended_) return Result::kEnd;
     if (buffer_.size() > kMaxLineBytes) {
+      // Forget what came of the line, so that input without line breaks takes no more memory.
       buffer_.clear();
       searched_ = 0;
       skipping_ = true;

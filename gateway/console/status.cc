@@ -41,6 +41,7 @@ Snapshot TakeSnapshot(const ConsoleServices& services, SeenIds* seen_ids) {
       result == kAccountSuccess ? std::to_string(users.size()) : DescribeResult(result);
   accounts.GetSessionLifetime(&snapshot.lifetime);
   snapshot.network_status = accounts.GetNetworkSettingStatus();
+  // Before the status is 1 another thread may be writing these strings.
   std::string ignored;
   if (snapshot.network_status == 1) {
     accounts.GetNTSServerInfoAndPeerID(&ignored, &ignored, &ignored, &ignored, &ignored,

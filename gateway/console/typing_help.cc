@@ -44,16 +44,19 @@ bool Console::MayBeKept(const std::string& line) const {
       !SplitWords(line, variables_.Emptied(), &typed, &error)) {
     return false;
   }
+  // What stands under expect counts.
   while (words.size() > 2 && words[0] == "expect") {
     words.erase(words.begin(), words.begin() + 2);
     typed.erase(typed.begin(), typed.begin() + 2);
   }
-  const std::optional<Command> command = FindCommand(words[0]);
-  if (!command || variables_.HideSecrets(line) != line) return false;
+  const Command* const command = FindCommand(words[0]);
+  if (command == nullptr || variables_.HideSecrets(line) != line) return false;
   const std::vector<CommandArgument>& arguments = command->arguments;
+  // Too many words: which of them is a secret cannot be told.
+  const size_t given = words.size() - 1;
+  if (given > arguments.size() && !command->Accepts(given)) return false;
   for (size_t i = 1; i < words.size(); ++i) {
-    if (arguments.empty() || (i > arguments.size() && !arguments.back().is_repeated()))
-      return false;
+    // More words than arguments belong to the last one.
     if (arguments[std::min(i, arguments.size()) - 1].secret && !typed[i].empty()) return false;
   }
   return true;
@@ -75,8 +78,8 @@ std::vector<std::string> Console::Complete(const std::string& line) const {
     return Matching(names, beginning);
   }
   if (finished.size() == 1 && finished[0] == "expect") return Matching(Words{"success"}, beginning);
-  const std::optional<Command> command = FindCommand(finished[0]);
-  if (!command || finished.size() > command->arguments.size()) return {};
+  const Command* const command = FindCommand(finished[0]);
+  if (command == nullptr || finished.size() > command->arguments.size()) return {};
   Words ids;
   for (const std::string& id : parts_.seen_ids->Ids(command->arguments[finished.size() - 1].kind)) {
     ids.push_back(EscapeWord(id));

@@ -16,6 +16,8 @@ const std::string* Variables::Find(const std::string& name) const {
 std::string Variables::HideSecrets(std::string text) const {
   for (const auto& [name, entry] : entries_) {
     if (!entry.secret || entry.value.empty()) continue;
+    // The search goes on behind the replacement, so that a secret which occurs in its own short
+    // form does not keep it going for ever.
     const std::string shortened = ShortenSecret(entry.value);
     for (size_t at = text.find(entry.value); at != std::string::npos;
          at = text.find(entry.value, at + shortened.size())) {

@@ -20,6 +20,8 @@ class Splitter {
       if (AtEnd() || line_[at_] == '#') return true;
       std::string word;
       if (!ReadWord(&word)) return false;
+      // After variables were replaced, since their values come from a cloud: words become parts of
+      // HTTP headers, where a line break would begin another header.
       if (HasControlCharacter(word)) {
         return Fail("control characters are not taken in an argument: " + Clip(Visible(word)));
       }
@@ -98,6 +100,7 @@ class Splitter {
     } else if (!AtEnd() && IsNameStart(line_[at_])) {
       while (!AtEnd() && IsNamePart(line_[at_])) name += line_[at_++];
     } else {
+      // A price or a pattern: no name follows, so nothing is meant to be replaced.
       *word += '$';
       return true;
     }

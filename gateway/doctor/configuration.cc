@@ -121,6 +121,7 @@ Findings ExamineConfig(const std::string& file, std::optional<ConfigValues>* con
   std::string error;
   const bool read = runtime::ReadConfigEntries(file, &entries, &error);
   Findings findings = {ExamineFile(file, error)};
+  // A file that cannot be parsed has no keys to examine.
   if (!read) return findings;
   config->emplace();
   for (const runtime::ConfigEntry& entry : entries) (*config)->emplace(entry.key, entry.value);

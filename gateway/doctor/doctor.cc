@@ -39,6 +39,7 @@ std::optional<Severity> RunDoctor(const DoctorOptions& options, std::ostream& ou
   DoctorReport report(out, StyleOf(options));
   std::optional<ConfigValues> config;
   report.Add("Configuration", ExamineConfig(options.config_file, &config));
+  // Nothing else can be found without the configuration: it names the database and the servers.
   if (!config) return report.Finish();
   Stored stored;
   const Findings database =

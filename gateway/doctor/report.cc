@@ -40,6 +40,7 @@ void DoctorReport::Add(const std::string& title, const Findings& findings) {
     style_ == Style::kJson ? WriteJson(finding) : WriteText(finding, name_width);
   }
   if (style_ != Style::kJson) out_ << "\n";
+  // A person sees each part at once: the cloud's may take 40 seconds.
   out_.flush();
 }
 

@@ -8,6 +8,8 @@ namespace {
 Finding ExamineTokens(const StoredUser& user) {
   Finding finding{"users.tokens", user.id, "has a refresh token, an access token and a GUID"};
   if (user.id.empty()) finding.MarkWarning("a user without ID: remove it");
+  // Without it the component cannot renew the access token, and cloud operations end with a
+  // failure.
   if (!user.has_refresh_token) {
     finding.MarkWarning("has no refresh token: to use the cloud, sign in again with a new code");
   }

@@ -13,7 +13,10 @@ bool StorageLock::Take(const std::string& database, std::string* error) {
   const size_t slash = database.rfind('/');
   const std::string folder = slash == std::string::npos ? "." : database.substr(0, slash + 1);
   base::ScopedFd opened(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (opened.get() < 0) return true;
+  // The component will fail to open its database, and says so itself.
+  if (!opened.is_valid()) return true;
+  // The folder and not the database: closing another descriptor of a file drops the locks that
+  // SQLite holds on it, and a lock file would be left behind.
   if (flock(opened.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
     *error = "another gateway works in the storage folder " + folder;
     return false;

@@ -33,6 +33,7 @@ inline void Fill(const Unwritten& unwritten, std::vector<std::string>* texts) {
 inline void Fill(const Unwritten& /*unwritten*/, int* /*number*/) {}
 inline void Fill(const Unwritten& unwritten, bool* flag) { *flag = unwritten.flag; }
 
+// Collects the outputs that a call wrote: all of them on success, on failure those that changed.
 struct OutputCollector {
   bool success;
   const Unwritten& unwritten;

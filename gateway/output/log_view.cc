@@ -21,7 +21,9 @@ LogView::LogView(Printer* printer, bool always, bool also_written) {
   logging::SetLogMessageHandler([this, printer, always, also_written](int severity, const char*,
                                                                       int, size_t,
                                                                       const std::string& text) {
+    // False leaves the line to the log file or to standard error.
     if (!always && !following_) return false;
+    // The line comes with its line break, which the printer adds itself.
     printer->LogLine(SeverityName(severity), text.substr(0, text.find_last_not_of('\n') + 1));
     return !also_written;
   });

@@ -79,6 +79,7 @@ bool Printer::has_failed() {
 
 void Printer::Write(std::ostream& stream, const std::string& lines) {
   base::AutoLock hold(lock_);
+  // All under the lock: the prompt must not be drawn between the erasing and the text.
   if (wake_fd_ >= 0) stream << kWipeLine;
   stream << lines << std::flush;
   if (!stream) failed_ = true;
