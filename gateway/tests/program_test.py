@@ -107,7 +107,7 @@ class Prompt(GatewayTestCase):
         self.assertEqual(self.console.finish("\x04")[0], 0)
 
     def test_drops_the_line_at_ctrl_c_and_ends_at_a_second_one_on_an_empty_line(self):
-        self.enter("say never\x02\x02\x03", "say never^C")
+        self.enter("say never\x02\x02\x03", "er^C\r\n")
         self.enter("say on\n", "\non\r\n")
         self.enter("\x03", '"quit" or Ctrl-D ends the gateway')
         # Each pair of them may be over two seconds apart on a busy machine.
