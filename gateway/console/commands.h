@@ -33,7 +33,7 @@ struct Command {
   bool Accepts(size_t argument_count) const;
 
   std::string name;        // in kebab case
-  std::string alias = "";  // a shorter name; "" for none
+  std::string alias = {};  // a shorter name; "" for none
   std::string group;       // the heading in the list of commands
   std::vector<CommandArgument> arguments = {};
   std::string help;               // one line

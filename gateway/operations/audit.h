@@ -36,8 +36,8 @@ class Audit {
 
   struct CommandNote {
     std::string name;
-    std::string user_uuid = "";      // "" when the command named none
-    std::string user_id = "";        // likewise
+    std::string user_uuid = {};      // "" when the command named none
+    std::string user_id = {};        // likewise
     std::optional<int> result = {};  // none when the command answers no result or was not run
     std::string message;
   };

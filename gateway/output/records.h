@@ -31,9 +31,9 @@ inline Field ListField(std::string name, std::vector<std::string> values) {
 // in an object of their own named `nested`, or beside the attributes when `nested` is "".
 struct Record {
   std::string type;
-  std::string head = "";
+  std::string head = {};
   std::vector<Field> attributes = {};
-  std::string nested = "";
+  std::string nested = {};
   std::vector<Field> fields = {};
 };
 
@@ -47,7 +47,7 @@ struct Table {
   std::string type;
   std::vector<Column> columns;
   std::vector<std::vector<Field>> rows = {};
-  std::string empty = "";  // what people read instead of a table without rows
+  std::string empty = {};  // what people read instead of a table without rows
 };
 
 }  // namespace gateway
