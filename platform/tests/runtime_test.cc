@@ -2,6 +2,8 @@
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <unistd.h>
 
 #include <future>
 #include <tuple>
@@ -139,7 +141,10 @@ TEST_F(RuntimeTest, EndsComponentsInReverseOrder) {
   EXPECT_NE(out, this);
 
   evt::EventManager* const bus = evt::EventManager::GetInstance();
-  const int listener = bus->AddListener(1, [this](int, const Pickle&) { calls_ += "event\n"; });
+  const int listener = bus->AddListener(1, [this, ending = gettid()](int, const Pickle&) {
+    while (!IsAsleep(ending)) sched_yield();  // It waits for the bus before it ends anything.
+    calls_ += "event\n";
+  });
   evt::Event* const event = bus->CreateEvent(1);
   bus->Publish(event);
   bus->ReleaseEvent(event);
