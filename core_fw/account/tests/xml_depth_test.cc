@@ -1,5 +1,5 @@
-#include "core_fw/account/src/xml_depth.h"
-
+// What nests deeper than an answer may, and hides it, is among the seeds of the fuzz target
+// portal_answer.
 #include <gtest/gtest.h>
 #include <pthread.h>
 
@@ -17,35 +17,6 @@ std::string Times(int count, const std::string& text) {
   std::string all;
   for (int i = 0; i < count; ++i) all += text;
   return all;
-}
-
-// What nests deeper and hides it is among the seeds of the fuzz target portal_answer.
-TEST(XmlDepth, IsWhatTheLibraryWouldBuild) {
-  const struct {
-    const char* name;
-    std::string xml;
-    bool deeper;
-  } cases[] = {
-      {"few elements", kPlain + Times(10, "<a>"), false},
-      {"one level too many", kPlain + Times(11, "<a>"), true},
-      {"wide", kPlain + ("<a>" + Times(50, "<b>t</b><c/>")) + "</a>", false},
-      {"opened in comments only", kPlain + Times(30, "<!-- <a> -->"), false},
-      {"text that hides nothing", kPlain + Times(30, "<a>&#65;&#xe4;\xc3\xa4 &amp; '\"</a>"),
-       false},
-      {"processing instructions", kPlain + ("<?foo x?>" + Times(30, "<a/>")), false},
-      {"unfinished", kPlain + Times(11, "<a></a>") + "<a b='", false},
-      {"second declaration", kPlain + Times(11, "<?xml version='></a>'?><a></a>"), false},
-      {"odd declaration", "<?xml foo=\">" + Times(11, "<a></a>") + "?>", false},
-      {"quote without a name", "<?xml foo\" version=\"?>" + Times(11, "<a>"), false},
-      {"blanks around the equals sign", "<?xml version = '1.0' ?>" + Times(11, "<a></a>"), false},
-      {"a byte that is not UTF-8", kPlain + Times(11, "<a>B\xe4lle</a>"), false},
-      {"a byte that swallows markup", kPlain + Times(11, "<a>\xfc</a><a>\xe4</a>"), true},
-      {"Latin-1, which swallows nothing",
-       "<?xml version='1.0' encoding='ISO-8859-1'?>" + Times(11, "<a>\xe4</a>"), false},
-      {"a reference without its end", kPlain + Times(11, "<a>&#6</a>"), false},
-      {"a wrong end tag, where the library stops", kPlain + ("<a></b>" + Times(11, "<a>")), false},
-  };
-  for (const auto& c : cases) EXPECT_EQ(XmlNestsDeeperThan(c.xml, 10), c.deeper) << c.name;
 }
 
 // Says for an answer of so many levels whether its result was read.
