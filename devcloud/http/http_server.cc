@@ -202,8 +202,12 @@ class HttpServer::Impl {
   void StartSession(const Port& port, tcp::socket socket) {
     error_code ignored;
     const std::uint16_t number = socket.local_endpoint(ignored).port();
-    std::unique_ptr<Transport> transport = port.tls ? MakeTlsTransport(std::move(socket), tls_)
-                                                    : MakePlainTransport(std::move(socket));
+    std::unique_ptr<Transport> transport;
+    if (port.tls) {
+      transport = MakeTlsTransport(std::move(socket), tls_);
+    } else {
+      transport = MakePlainTransport(std::move(socket));
+    }
     const auto session =
         std::make_shared<HttpSession>(std::move(transport), number, port.tls, handler_,
                                       [this](const HttpSession* ended) { sessions_.erase(ended); });

@@ -11,7 +11,7 @@
 #include "evt/event_manager.h"
 
 #define FAKE(name, parameters, ...) \
-  AccountResult name parameters override { return Note(#name __VA_OPT__(, ) __VA_ARGS__); }
+  AccountResult name parameters override { return Note(#name, __VA_ARGS__); }
 
 namespace gateway {
 
@@ -49,7 +49,6 @@ class FakeAccountManager : public AccountManager {
   FAKE(GetAllFriendsUUID, (Text a, List x), a, x)
   FAKE(GetFriendInformation, (Text a, Out x, Out y, Out z, Out t, Out u, Out v), a, x, y, z, t, u,
        v)
-  FAKE(DoFactoryReset, ())
   FAKE(ResetCountForSessionMaintenance, (Text a), a)
   FAKE(GetSessionLifetime, (int* lifetime), lifetime)
   FAKE(SetSessionLifetime, (int lifetime), lifetime)
@@ -57,6 +56,7 @@ class FakeAccountManager : public AccountManager {
   FAKE(ParseAccountMessage, (Text a), a)
   FAKE(RefreshAccessToken, (Text a), a)
 
+  AccountResult DoFactoryReset() override { return Note("DoFactoryReset"); }
   AccountResult GetSessionInfo(Text a, Out x) override {
     const AccountResult answer = Note("GetSessionInfo", a, x);
     return a == "2" ? kAccountInvalidSessionId : answer;

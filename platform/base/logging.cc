@@ -107,7 +107,7 @@ class HandlerCall {
  private:
   static thread_local HandlerCall* innermost_;
 
-  HandlerCall* const outer_ = innermost_;
+  HandlerCall* const outer_ = std::exchange(innermost_, this);
   std::shared_ptr<const LogMessageHandler> handler_;
 };
 
@@ -117,7 +117,6 @@ HandlerCall::HandlerCall() {
   Sink& sink = GetSink();
   base::AutoLock hold(sink.lock);
   handler_ = sink.handler;
-  innermost_ = this;
 }
 
 HandlerCall::~HandlerCall() {

@@ -9,6 +9,7 @@
 #include "core_fw/account/src/account_result.h"
 
 namespace account {
+
 AccountChecker::AccountChecker()
     : controller(AccountController::GetInstance()),
       sessionTable(SessionTable::GetInstance()),
