@@ -81,7 +81,7 @@ class FakeAccountManager : public AccountManager {
     inputs_.clear();
     outputs_ = 0;
     (Take(parameters), ...);
-    calls.push_back(name + "(" + inputs_.substr(inputs_.empty() ? 0 : 1) + ")");
+    calls.push_back(name + "(" + (inputs_.empty() ? "" : inputs_.substr(1)) + ")");
     return result;
   }
   void Take(const std::string& input) { inputs_ += "," + input; }
