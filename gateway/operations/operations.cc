@@ -31,16 +31,16 @@ std::array<Parameter, sizeof...(Each)> Gives(const Each&... outputs) {
 // An operation whose arguments and outputs are as many as the member function has.
 template <auto kMethod, size_t kArguments, size_t kOutputs>
 Operation Describe(const char* name, const char* group, const char* help,
-                   const std::array<Parameter, kArguments>& arguments,
-                   const std::array<Parameter, kOutputs>& outputs, std::vector<int> results,
+                   const std::array<Parameter, kArguments>& takes,
+                   const std::array<Parameter, kOutputs>& gives, std::vector<int> results,
                    Operation::Invoker invoke = &internal::Caller<kMethod>::Call) {
   static_assert(kArguments == internal::Caller<kMethod>::kArguments, "each argument has a record");
   static_assert(kOutputs == internal::Caller<kMethod>::kOutputs, "each output has a record");
   return {.name = name,
           .group = group,
           .help = help,
-          .arguments = {arguments.begin(), arguments.end()},
-          .outputs = {outputs.begin(), outputs.end()},
+          .arguments = {takes.begin(), takes.end()},
+          .outputs = {gives.begin(), gives.end()},
           .results = std::move(results),
           .invoke = invoke};
 }
