@@ -15,7 +15,7 @@ namespace devcloud {
 struct Answer {
   int status = 200;
   std::string content_type = "text/plain";
-  std::string body = "";
+  std::string body = {};
   std::vector<std::string> header_lines =
       {};  // "Name: value", sent after the lines of every answer
 };
