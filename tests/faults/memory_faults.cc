@@ -118,7 +118,7 @@ void* operator new(size_t size) {
 void operator delete(void* memory) noexcept { faults::Release(memory); }
 void operator delete(void* memory, size_t /*size*/) noexcept { faults::Release(memory); }
 
-// The XML library loses the element that it reads when memory ends.
+// The XML library leaks the element it is reading if an allocation fails.
 extern "C" const char* __lsan_default_suppressions() { return "leak:libtinyxml\n"; }
 
 extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
