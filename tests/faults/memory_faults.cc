@@ -99,9 +99,9 @@ void StartMemoryFault(Side side, int nth, bool lasting) {
   g_side = side;
 }
 
-bool EndMemoryFault() {
+int EndMemoryFault() {
   g_side = Side::kNone;
-  return g_left <= 0;
+  return std::max(-g_left, -1);
 }
 
 int TakeHeldAllocations() { return g_held_count.exchange(0); }

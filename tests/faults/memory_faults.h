@@ -1,5 +1,5 @@
-// Memory and threads that end: in a program that links memory_faults.cc, C++, SQLite and libcurl
-// allocate through it.
+// Allocations and thread starts that fail: in a program that links memory_faults.cc, C++, SQLite
+// and libcurl allocate through it.
 #ifndef QORN_TESTS_FAULTS_MEMORY_FAULTS_H_
 #define QORN_TESTS_FAULTS_MEMORY_FAULTS_H_
 
@@ -14,18 +14,18 @@ void UseMemoryAs(Side side);
 void UseNamedZone();
 
 // Makes the Nth allocation of that side fail, or the start of a thread if that is what comes Nth;
-// `lasting`: and all after it. Until EndMemoryFault, which tells whether the Nth came. What is
-// allocated in between counts as held until it is freed.
+// `lasting`: and all after it. Until EndMemoryFault, which tells how many came after the Nth, or -1
+// if it did not come to that one. What is allocated in between counts as held until it is freed.
 void StartMemoryFault(Side side, int nth, bool lasting);
-bool EndMemoryFault();
+int EndMemoryFault();
 
 // How many allocations of faults so far are still held. Forgets them.
 int TakeHeldAllocations();
-// The XML library loses the document that it reads when memory ends, as far as it was read. This is
-// the most that the cloud's answers here come to.
+// The XML library leaks what it has read of a document when an allocation fails. This is the most
+// that the cloud's answers here come to.
 inline constexpr int kLostByXml = 14;
 
-// The test's own code on a thread whose memory ends.
+// For the test's own code on a thread whose allocations fail.
 class MemoryIsBack {
  public:
   MemoryIsBack();
