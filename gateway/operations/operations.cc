@@ -32,7 +32,7 @@ std::array<Parameter, sizeof...(Each)> Gives(const Each&... outputs) {
 template <auto kMethod, size_t kArguments, size_t kOutputs>
 Operation Describe(const char* name, const char* group, const char* help,
                    const std::array<Parameter, kArguments>& takes,
-                   const std::array<Parameter, kOutputs>& gives, std::vector<int> results,
+                   const std::array<Parameter, kOutputs>& gives, const std::vector<int>& results,
                    Operation::Invoker invoke = &internal::Caller<kMethod>::Call) {
   static_assert(kArguments == internal::Caller<kMethod>::kArguments, "each argument has a record");
   static_assert(kOutputs == internal::Caller<kMethod>::kOutputs, "each output has a record");
@@ -41,7 +41,7 @@ Operation Describe(const char* name, const char* group, const char* help,
           .help = help,
           .arguments = {takes.begin(), takes.end()},
           .outputs = {gives.begin(), gives.end()},
-          .results = std::move(results),
+          .results = results,
           .invoke = invoke};
 }
 

@@ -21,7 +21,7 @@ std::string PlainJson(const std::string& type, std::vector<Field> fields) {
 }  // namespace
 
 Printer::Printer(std::ostream& out, std::ostream& err, PrinterStyle style)
-    : out_(out), err_(err), style_(style) {}
+    : out_(out), err_(err), style_(std::move(style)) {}
 
 void Printer::Say(const std::string& text) {
   Write(out_, style_.json ? PlainJson("text", {{"text", {text}}}) : Visible(text) + "\n");

@@ -1,10 +1,8 @@
 // Every request of the component while the cloud answers badly: cut at every byte in both ways, and
-// with every other fault. QORN_CLOUD_FAULT_STEP=1 takes every byte and status; without it some are
+// with every other fault. QORN_FAULT_STEP=1 takes every byte and status; without it some are
 // left out.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <cstdlib>
 
 #include "base/test_clock.h"
 #include "tests/faults/operation_sweep.h"
@@ -37,7 +35,7 @@ const Case kCases[] = {
 class CloudFaults : public StoredUsersTest {
  protected:
   // Every case with the cloud at this URL, cut at every `step`th byte.
-  void Sweep(const std::string& url, std::size_t step);
+  void Sweep(const std::string& url, int step);
 
  private:
   void StartService() override;
@@ -45,8 +43,8 @@ class CloudFaults : public StoredUsersTest {
   // Calls the case's operation with the fault. Whether it gave the case's code and left the store.
   bool Fails(const Case& test, Fault fault);
   // The first cut that is none leaves the whole answer.
-  void CutUntilWhole(const Case& test, std::size_t step);
-  void MeetAll(const Case& test, std::size_t step);
+  void CutUntilWhole(const Case& test, int step);
+  void MeetAll(const Case& test, int step);
 
   base::TestClock clock_;
   std::string answer_;  // To the latest request that met a fault.
@@ -95,7 +93,7 @@ bool CloudFaults::Fails(const Case& test, Fault fault) {
   return code == test.code && rows() == before;
 }
 
-void CloudFaults::CutUntilWhole(const Case& test, std::size_t step) {
+void CloudFaults::CutUntilWhole(const Case& test, int step) {
   Fault fault;
   fault.kind = Fault::Kind::kTruncateAfter;
   while (Fails(test, fault) && fault.bytes < 10'000) fault.bytes += step;
@@ -105,7 +103,7 @@ void CloudFaults::CutUntilWhole(const Case& test, std::size_t step) {
   answer_size_ = answer_.size();
 }
 
-void CloudFaults::MeetAll(const Case& test, std::size_t step) {
+void CloudFaults::MeetAll(const Case& test, int step) {
   Fault fault;
   for (fault.status = 201; fault.status < 600; fault.status += step == 1 ? 1 : 9) {
     if (fault.status / 100 == 3) continue;
@@ -135,7 +133,7 @@ void CloudFaults::MeetAll(const Case& test, std::size_t step) {
   EXPECT_FALSE(Fails(test, fault)) << "a slow answer is a good one";
 }
 
-void CloudFaults::Sweep(const std::string& url, std::size_t step) {
+void CloudFaults::Sweep(const std::string& url, int step) {
   config_["account_zep_auth_url"] = config_["account_user_portal_url"] = url;
   config_["account_enable_MIRLO_network_setting"] = "on";
   cloud_->AddGateway(account::kGatewayAddress);
@@ -156,14 +154,9 @@ void CloudFaults::Sweep(const std::string& url, std::size_t step) {
   RecordProperty("faults", met_);
 }
 
-std::size_t Step(std::size_t usual) {
-  const char* const step = std::getenv("QORN_CLOUD_FAULT_STEP");
-  return step == nullptr ? usual : std::stoul(step);
-}
+TEST_F(CloudFaults, OverHttp) { Sweep(cloud_->http_url(), FaultStep(3)); }
 
-TEST_F(CloudFaults, OverHttp) { Sweep(cloud_->http_url(), Step(3)); }
-
-TEST_F(CloudFaults, OverHttps) { Sweep(cloud_->https_url(), Step(60)); }
+TEST_F(CloudFaults, OverHttps) { Sweep(cloud_->https_url(), FaultStep(60)); }
 
 }  // namespace
 }  // namespace faults

@@ -1,5 +1,5 @@
-// Every operation, and the worker's tick, while the Nth allocation fails, for every N, alone and
-// with all that follow it.
+// Every operation, and the worker's tick, while the Nth allocation fails, alone and with all that
+// follow it. QORN_FAULT_STEP=1 takes every N; without it every fifth.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -40,6 +40,7 @@ class MemoryFaults : public OperationSweep {
   bool HasLine() const;
 
   const bool ticks_ = operation_.line == "tick";
+  const int step_ = FaultStep(5);
   base::TestClock clock_;
   std::string lines_;
   int nth_ = 0;  // of the next fault; 0 for none
@@ -147,26 +148,29 @@ void MemoryFaults::TestBody() {
   // one piece or in two, and with two of them there are more allocations before the line.
   std::set<int> lost;
   for (const bool lasting : {false, true}) {
-    met += MeetAll(lasting ? "allocation and all after" : "allocation", [&](int nth, Left* left) {
-      bool has_line = true;
-      int followed_by = -1;
-      *left = Run([&] {
-        nth_ = nth;
-        lasting_ = lasting;
-        const gateway::Answer answer = Operate();
-        followed_by = followed_by_;
-        has_line = HasLine();
-        if (lines_.find("curl error code = 23") != std::string::npos) broke_off_ = true;
-        return answer;
-      });
-      if (!lasting && !has_line && left->code != kUnknown) lost.insert(followed_by);
-      return followed_by >= 0;
-    });
+    met += MeetAll(lasting ? "allocation and all after" : "allocation", FaultStep(5),
+                   [&](int nth, Left* left) {
+                     bool has_line = true;
+                     int followed_by = -1;
+                     *left = Run([&] {
+                       nth_ = nth;
+                       lasting_ = lasting;
+                       const gateway::Answer answer = Operate();
+                       followed_by = followed_by_;
+                       has_line = HasLine();
+                       if (lines_.find("curl error code = 23") != std::string::npos)
+                         broke_off_ = true;
+                       return answer;
+                     });
+                     if (!lasting && !has_line && left->code != kUnknown) lost.insert(followed_by);
+                     return followed_by >= 0;
+                   });
   }
   EXPECT_GT(met, 0);
   RecordProperty("faults", met);
   EXPECT_LE(std::ssize(lost), ticks_ ? met : kAllocationsOfALine);
-  EXPECT_TRUE(broke_off_ || !ReadsXml());
+  // One allocation in some operations.
+  EXPECT_TRUE(broke_off_ || !ReadsXml() || step_ > 1);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -75,6 +76,11 @@ std::vector<SweptOperation> ReadSweptOperations() {
   return operations;
 }
 
+int FaultStep(int usual) {
+  const char* const step = std::getenv("QORN_FAULT_STEP");
+  return step == nullptr ? usual : std::stoi(step);
+}
+
 void OperationSweep::LearnWithoutFaults(const std::function<gateway::Answer()>& operate) {
   before_ = Run([] { return gateway::Answer(); });
   const std::string outputs = Run(operate).outputs;
@@ -83,13 +89,13 @@ void OperationSweep::LearnWithoutFaults(const std::function<gateway::Answer()>& 
   EXPECT_EQ(std::to_string(after_.code), operation_.codes.at(0));
 }
 
-int OperationSweep::MeetAll(const std::string& fault,
+int OperationSweep::MeetAll(const std::string& fault, int step,
                             const std::function<bool(int nth, Left*)>& run) {
   int met = 0;
   Left left;
-  for (; !HasFailure(); ++met) {
-    SCOPED_TRACE(fault + " at " + std::to_string(met + 1));
-    if (!run(met + 1, &left)) break;
+  for (int nth = 1; !HasFailure(); nth += step, ++met) {
+    SCOPED_TRACE(fault + " at " + std::to_string(nth));
+    if (!run(nth, &left)) break;
     Judge(left);
   }
   return met;

@@ -44,6 +44,9 @@ struct SweptOperation {
 
 std::vector<SweptOperation> ReadSweptOperations();
 
+// How far apart the places are that get a fault: QORN_FAULT_STEP, or what is usual.
+int FaultStep(int usual);
+
 class OperationSweep : public StoredUsersTest {
  protected:
   // No operation gives it: the call did not come to it.
@@ -58,9 +61,9 @@ class OperationSweep : public StoredUsersTest {
 
   // What `operate` does without faults.
   void LearnWithoutFaults(const std::function<gateway::Answer()>& operate);
-  // `run` runs the operation with a fault at the nth place; false when it did not come to that one.
-  // Gives the number of those that it came to.
-  int MeetAll(const std::string& fault, const std::function<bool(int nth, Left*)>& run);
+  // `run` runs the operation with a fault at the nth place, each `step`th from the first on; false
+  // when it did not come to that one. Gives the number of those that it came to.
+  int MeetAll(const std::string& fault, int step, const std::function<bool(int nth, Left*)>& run);
   // Runs `operate` on a service with the users; then the next calls must work.
   Left Run(const std::function<gateway::Answer()>& operate);
   virtual void CallOn();

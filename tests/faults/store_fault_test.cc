@@ -127,7 +127,7 @@ void StoreFaults::TestBody() {
     met += MeetAll("call " + std::to_string(static_cast<int>(fault.call)) + ", kind " +
                        std::to_string(static_cast<int>(fault.kind)) +
                        (fault.lasting ? " and all after" : ""),
-                   [&](int nth, Left* left) {
+                   1, [&](int nth, Left* left) {
                      *left = Run([&] { return (this->*call)(fault, nth, &is_met); });
                      EXPECT_THAT(operation_.codes, testing::Contains(std::to_string(left->code)));
                      return is_met;
