@@ -5,6 +5,7 @@
 #include "base/json_reader.h"
 #include "fuzz/fuzz.h"
 #include "gateway/console/console.h"
+#include "gateway/console/views.h"
 #include "gateway/console/words.h"
 #include "gateway/output/text.h"
 #include "gateway/tests/fake_account_manager.h"
@@ -39,7 +40,7 @@ class Scene {
  public:
   explicit Scene(const PrinterStyle& style) : printer_(out_, out_, style) {
     ConsoleServices services;
-    services.accounts = &accounts;
+    UseAccounts(&accounts, &services);
     services.flush_events = [this] { accounts.calls.clear(); };
     services.request_code = [](const std::string& user, std::string* code, std::string* error) {
       (user == "nobody" ? *error : *code) = user == "nobody" ? "\x1b[2J" : kCode;

@@ -31,6 +31,9 @@ void Declare(CLI::App* app, Options* options) {
                             ->type_name("FILE");
   app->add_flag("--daemon", options->daemon, "Read no commands; run until a signal")
       ->excludes(script);
+  app->add_option("--bus", options->bus_address,
+                  "Offer the accounts to other processes on D-Bus: system, session or an address")
+      ->type_name("ADDRESS");
   app->add_flag("--json", options->json, "Write one JSON object a line");
   app->add_flag("--keep-going", options->keep_going,
                 "Go on after a command of a script or a pipe failed");

@@ -18,6 +18,7 @@ struct Options {
   std::string audit_file;   // "": no audit
   std::string script_file;  // "": lines come from standard input
   bool daemon = false;      // no lines are read
+  std::string bus_address;  // "system", "session" or a D-Bus address; "": no service on a bus
   bool json = false;
   bool keep_going = false;
   bool show_secrets = false;

@@ -1,16 +1,10 @@
 #include "gateway/program.h"
 
 #include <curl/curl.h>
-#include <fcntl.h>
-#include <poll.h>
-#include <sys/ioctl.h>
 #include <sys/stat.h>
 
-#include <algorithm>
+#include <atomic>
 #include <cerrno>
-#include <clocale>
-#include <csignal>
-#include <cstdlib>
 #include <cstring>
 #include <iostream>
 #include <memory>
@@ -21,55 +15,32 @@
 #include "base/logging.h"
 #include "evt/event_manager.h"
 #include "gateway/console/console.h"
-#include "gateway/console/line_source.h"
 #include "gateway/console/request_code.h"
-#include "gateway/console/runner.h"
-#include "gateway/console/terminal.h"
+#include "gateway/console/session.h"
 #include "gateway/console/views.h"
 #include "gateway/doctor/doctor.h"
 #include "gateway/exit_status.h"
 #include "gateway/host/host.h"
 #include "gateway/operations/audit.h"
-#include "gateway/operations/events.h"
+#include "gateway/operations/event_listener.h"
 #include "gateway/operations/seen_ids.h"
 #include "gateway/output/log_view.h"
 #include "gateway/output/printer.h"
+#include "gateway/output/style.h"
 #include "gateway/process/activity.h"
 #include "gateway/process/proxies.h"
 #include "gateway/process/service_manager.h"
 #include "gateway/process/signals.h"
+#include "gateway/process/standard_streams.h"
+#include "gateway/service/bus_keys.h"
+#include "gateway/service/bus_service.h"
 
 namespace gateway {
 namespace {
 
 constexpr std::chrono::milliseconds kNow{0};
 
-// If stdin, stdout or stderr is closed, the next open() would reuse its descriptor, and what is
-// printed would go into that file.
-void OpenStandardStreams() {
-  int fd = open("/dev/null", O_RDWR);
-  while (fd >= 0 && fd <= STDERR_FILENO) fd = open("/dev/null", O_RDWR);
-  // The last one is above the standard streams and not needed.
-  const base::ScopedFd spare(fd);
-}
-
-// Call it before any thread is started: locale and signal actions belong to the whole process.
-void PrepareProcess() {
-  OpenStandardStreams();
-  std::signal(SIGPIPE, SIG_IGN);
-  // libedit and tables measure characters by the locale; everything here is UTF-8.
-  std::setlocale(LC_CTYPE, "C.UTF-8");
-}
-
-bool OnTerminal(const Options& options) {
-  return !options.daemon && options.script_file.empty() && isatty(STDIN_FILENO) == 1 &&
-         isatty(STDOUT_FILENO) == 1;
-}
-
-size_t TerminalColumns() {
-  winsize size{};
-  return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
-}
+bool OnTerminal(const Options& options) { return !options.daemon && IsTyped(options.script_file); }
 
 // Whatever their paths look like: links and "..", too. Both files exist.
 bool IsOneFile(const std::string& a, const std::string& b) {
@@ -77,36 +48,6 @@ bool IsOneFile(const std::string& a, const std::string& b) {
   struct stat second {};
   return stat(a.c_str(), &first) == 0 && stat(b.c_str(), &second) == 0 &&
          first.st_dev == second.st_dev && first.st_ino == second.st_ino;
-}
-
-PrinterStyle MakeStyle(const Options& options) {
-  const char* no_color = std::getenv("NO_COLOR");
-  const char* terminal = std::getenv("TERM");
-  const bool wanted = !options.json && (no_color == nullptr || *no_color == '\0') &&
-                      terminal != nullptr && std::strcmp(terminal, "dumb") != 0;
-  PrinterStyle style;
-  style.json = options.json;
-  style.show_secrets = options.show_secrets;
-  style.color_out = wanted && isatty(STDOUT_FILENO) == 1;
-  style.color_errors = wanted && isatty(STDERR_FILENO) == 1;
-  if (isatty(STDOUT_FILENO) == 1) style.columns = TerminalColumns;
-  return style;
-}
-
-RunOptions MakeRunOptions(const Options& options) {
-  RunOptions run;
-  run.stop_at_failure = !options.keep_going;
-  if (!options.script_file.empty()) {
-    run.source_name = options.script_file;
-  } else if (!OnTerminal(options)) {
-    run.source_name = "standard input";
-  }
-  return run;
-}
-
-base::ScopedFd OpenInput(const Options& options) {
-  if (options.script_file.empty()) return base::ScopedFd(dup(STDIN_FILENO));
-  return base::ScopedFd(open(options.script_file.c_str(), O_RDONLY | O_CLOEXEC));
 }
 
 GatewayFacts MakeFacts(const Options& options, const Host& host) {
@@ -133,7 +74,7 @@ class Program {
  public:
   explicit Program(const Options& options)
       : options_(options),
-        printer_(std::cout, std::cerr, MakeStyle(options)),
+        printer_(std::cout, std::cerr, MakeStyle(options.json, options.show_secrets)),
         signals_([this] { SayStopping(); }, [this] { OpenFiles(); }),
         log_view_(&printer_, OnTerminal(options) && options.log_file.empty(),
                   !options.log_file.empty()) {}
@@ -144,8 +85,9 @@ class Program {
   void SayStopping();
   // Opens log and audit, or opens them anew. False after a line that says what cannot be opened.
   bool OpenFiles();
+  // Does nothing without an address. False after a line that says what is wrong.
+  bool StartService(const Host& host);
   bool RunConsole(const Host& host, base::ScopedFd input);
-  bool ReadLines(Console* console, base::ScopedFd input);
   void Watch(std::optional<std::chrono::seconds> time);
   ConsoleServices MakeServices(const Host& host);
 
@@ -156,6 +98,9 @@ class Program {
   Audit audit_;
   StopSignals signals_;
   LogView log_view_;
+  std::unique_ptr<BusService> service_;
+  // For the platform's bus, which may deliver events while the service is being made.
+  std::atomic<BusService*> listening_service_{nullptr};
 };
 
 void Program::SayStopping() {
@@ -184,9 +129,9 @@ bool Program::OpenFiles() {
 }
 
 int Program::Run() {
-  base::ScopedFd input = OpenInput(options_);
+  base::ScopedFd input = OpenInput(options_.script_file);
   if (input.get() < 0) {
-    printer_.Error(MakeRunOptions(options_).source_name +
+    printer_.Error(MakeRunOptions(options_.script_file, options_.keep_going).source_name +
                    ": cannot be opened: " + std::strerror(errno));
     return kExitCannotStart;
   }
@@ -199,6 +144,7 @@ int Program::Run() {
     seen_ids_.NoteEvent(event);
     audit_.NoteEvent(event);
     printer_.Show(EventRecord(event));
+    if (BusService* const service = listening_service_) service->NoteEvent(event);
     if (audit_.TakeFailure()) printer_.Error(kAuditFailure);
   });
   std::string error;
@@ -208,10 +154,12 @@ int Program::Run() {
     return kExitCannotStart;
   }
   for (const std::string& fault : host->storage_faults()) printer_.Error(fault);
+  if (!StartService(*host)) return kExitCannotStart;
   Notify("READY=1");
   const bool good = RunConsole(*host, std::move(input));
   Activity::Scope scope(activity_, "the components to finish");
   if (signals_.WaitForStop(kNow)) SayStopping();
+  if (service_ != nullptr) service_->Stop();
   host.reset();
   // Components publish until they are finalised; what they did must not be missing in the audit.
   evt::EventManager::GetInstance()->Flush();
@@ -223,51 +171,49 @@ int Program::Run() {
   return good ? kExitGood : kExitCommandFailed;
 }
 
+bool Program::StartService(const Host& host) {
+  if (options_.bus_address.empty()) return true;
+  BusService::Options options{.address = options_.bus_address};
+  std::string error;
+  if (ReadBusKeys([&](const std::string& key) { return host.ConfigOption(key); }, &options,
+                  &error)) {
+    service_ =
+        BusService::Start(options,
+                          {.accounts = host.accounts(),
+                           .audit = &audit_,
+                           .seen_ids = &seen_ids_,
+                           .flush_events = [] { evt::EventManager::GetInstance()->Flush(); },
+                           .report = [this](const std::string& line) { printer_.Error(line); }},
+                          &error);
+  }
+  if (service_ == nullptr) printer_.Error(error);
+  listening_service_ = service_.get();
+  return service_ != nullptr;
+}
+
 bool Program::RunConsole(const Host& host, base::ScopedFd input) {
   if (options_.daemon) {
     while (!signals_.WaitForStop(std::chrono::hours(1))) continue;
     return true;
   }
-  if (OnTerminal(options_)) NoteStoredIds(*host.accounts(), &seen_ids_);
-  Console console(MakeServices(host), {&printer_, &activity_, &seen_ids_, &audit_});
-  return ReadLines(&console, std::move(input));
-}
-
-bool Program::ReadLines(Console* console, base::ScopedFd input) {
-  std::unique_ptr<LineSource> source;
-  if (OnTerminal(options_)) {
-    TypingHelp help;
-    help.complete = [console](const std::string& line) { return console->Complete(line); };
-    help.may_be_kept = [console](const std::string& line) { return console->MayBeKept(line); };
-    source = std::make_unique<TerminalLineSource>(signals_, &printer_, std::move(help),
-                                                  HistoryFile(HistoryFile::DefaultPath()));
-  } else {
-    source = std::make_unique<DescriptorLineSource>(std::move(input), signals_);
-  }
-  return RunLines(MakeRunOptions(options_), source.get(), console, &printer_);
+  const ConsoleServices services = MakeServices(host);
+  if (OnTerminal(options_)) NoteStoredIds(services, &seen_ids_);
+  Console console(services, {&printer_, &activity_, &seen_ids_, &audit_});
+  return RunInput(MakeRunOptions(options_.script_file, options_.keep_going), std::move(input),
+                  signals_, &console, &printer_);
 }
 
 void Program::Watch(std::optional<std::chrono::seconds> time) {
   const bool by_key = OnTerminal(options_);
   if (by_key && !time) printer_.Say("Watching events and log lines; press Enter to end.");
   log_view_.Follow(true);
-  const auto end = std::chrono::steady_clock::now() + time.value_or(std::chrono::hours(24 * 365));
-  for (bool pressed = false; !pressed;) {
-    const auto left =
-        std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
-    if (left.count() <= 0) break;
-    pollfd fds[] = {{signals_.stop_fd(), POLLIN, 0}, {by_key ? STDIN_FILENO : -1, POLLIN, 0}};
-    const auto pause = std::min<std::chrono::milliseconds>(left, std::chrono::hours(1));
-    if (poll(fds, 2, static_cast<int>(pause.count())) <= 0) continue;
-    char line[4096];
-    pressed = fds[0].revents != 0 || read(STDIN_FILENO, line, sizeof(line)) >= 0 || errno != EINTR;
-  }
+  WaitForEnter(signals_, by_key, time);
   log_view_.Follow(false);
 }
 
 ConsoleServices Program::MakeServices(const Host& host) {
   ConsoleServices services;
-  services.accounts = host.accounts();
+  UseAccounts(host.accounts(), &services);
   services.facts = MakeFacts(options_, host);
   services.flush_events = [] { evt::EventManager::GetInstance()->Flush(); };
   services.pause = [this](std::chrono::milliseconds time) { return signals_.WaitForStop(time); };
@@ -287,7 +233,7 @@ int RunGateway(const Options& options) {
   PrepareProcess();
   if (options.doctor.wanted) {
     DoctorOptions doctor = options.doctor;
-    doctor.color = MakeStyle(options).color_out;
+    doctor.color = MakeStyle(options.json, false).color_out;
     // Before ForgetProxies: the doctor reports proxy variables.
     const std::optional<Severity> worst = RunDoctor(doctor, std::cout);
     if (!worst) std::cerr << "qorn-gateway: not all of the output could be written\n";

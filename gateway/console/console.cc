@@ -48,7 +48,7 @@ Console::Outcome Console::Execute(const std::string& line) {
     step = Perform(words);
   }
   if (step.answer && !step.answer->is_status && step.answer->code != kAccountSuccess) {
-    step.error = words[0] + " " + DescribeResult(step.answer->code);
+    step.error = words[0] + Describe(step.answer->code);
   }
   if (parts_.audit->TakeFailure()) parts_.printer->Error(kAuditFailure);
   return Outcome{ClipWords(HideSecrets(step.error), words), step.quit};
@@ -57,6 +57,11 @@ Console::Outcome Console::Execute(const std::string& line) {
 Console::Outcome Console::Refuse(const std::string& error) {
   parts_.audit->NoteRefusedLine();
   return Outcome{.error = error};
+}
+
+std::string Console::Describe(int code) const {
+  const std::string reason = services_.explain ? services_.explain() : "";
+  return reason.empty() ? " " + DescribeResult(code) : ": " + reason;
 }
 
 std::string Console::HideSecrets(const std::string& text) const {

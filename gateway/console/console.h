@@ -77,6 +77,9 @@ class Console {
   // Says that there is no such command, and which one may have been meant.
   static std::string UnknownCommand(const std::string& word);
 
+  // What to say behind the name of a command that failed.
+  std::string Describe(int code) const;
+
   // Shortens the secrets in a text, unless they are to be shown.
   std::string HideSecrets(const std::string& text) const;
 

@@ -9,11 +9,14 @@
 #include <vector>
 
 #include "core_fw/account/include/account_manager.h"
+#include "gateway/operations/lists.h"
 
 namespace gateway {
 
-// What the status shows of how the program was started.
+// What the status shows of how the program was started. Of a gateway in another process only
+// `remote` is known.
 struct GatewayFacts {
+  std::string remote = {};  // where it answers, and its version
   std::vector<std::string> components;
   std::string config_file;
   std::string database;  // the file's path; "" when the configuration names none
@@ -26,7 +29,7 @@ struct GatewayFacts {
 
 struct ConsoleServices {
   AccountManager* accounts;  // borrowed
-  GatewayFacts facts;
+  GatewayFacts facts = {};
   std::function<void()> flush_events;  // returns once all published events are shown
   // Fetches an authorisation code for the user; false with one line in `error`.
   std::function<bool(const std::string& user, std::string* code, std::string* error)> request_code;
@@ -35,6 +38,15 @@ struct ConsoleServices {
   // Shows the log's lines until the time has passed, a person pressed Enter or the program was told
   // to stop. Without a time and a person: until it was told to stop.
   std::function<void(std::optional<std::chrono::seconds>)> watch;
+
+  // Read all rows of a table, as in lists.h.
+  std::function<AccountResult(FieldRows* users)> list_users;
+  std::function<AccountResult(const std::string& user_uuid, FieldRows* friends)> list_friends;
+
+  // For a gateway in another process, and not needed for one in this process.
+  std::function<AccountResult(int* count)> count_sessions = {};
+  // What the code of the latest operation does not tell about its failure; "" for nothing.
+  std::function<std::string()> explain = {};
 };
 
 }  // namespace gateway

@@ -29,7 +29,8 @@ struct Snapshot {
   int network_status = 0;
   std::string peer_id;
   long long database_bytes = -1;
-  std::vector<SeenIds::Session> sessions;
+  int session_count = 0;
+  std::vector<SeenIds::Session> sessions;  // those that were opened before this program's eyes
 };
 
 Snapshot TakeSnapshot(const ConsoleServices& services, SeenIds* seen_ids) {
@@ -56,6 +57,8 @@ Snapshot TakeSnapshot(const ConsoleServices& services, SeenIds* seen_ids) {
       seen_ids->Forget(session.session_id);
     }
   }
+  snapshot.session_count = static_cast<int>(snapshot.sessions.size());
+  if (services.count_sessions) services.count_sessions(&snapshot.session_count);
   return snapshot;
 }
 
@@ -94,7 +97,19 @@ Field TextField(const char* name, const std::string& text) {
   return {.name = name, .values = {text}};
 }
 
+Record RemoteStatusRecord(const GatewayFacts& facts, const Snapshot& snapshot) {
+  return {
+      .type = "status",
+      .attributes = {TextField("gateway", facts.remote),
+                     {.name = "users", .values = {snapshot.users}, .shape = Field::Shape::kNumber},
+                     NumberField("open_sessions", snapshot.session_count),
+                     NumberField("session_lifetime_minutes", snapshot.lifetime),
+                     NumberField("network_setting_status", snapshot.network_status),
+                     TextField("peer_id", snapshot.peer_id)}};
+}
+
 Record StatusRecord(const GatewayFacts& facts, const Snapshot& snapshot) {
+  if (!facts.remote.empty()) return RemoteStatusRecord(facts, snapshot);
   // Without a value a number is null in JSON.
   const Field unknown_size{.name = "database_bytes", .shape = Field::Shape::kNumber};
   return {.type = "status",
@@ -106,7 +121,7 @@ Record StatusRecord(const GatewayFacts& facts, const Snapshot& snapshot) {
                                           : NumberField("database_bytes", snapshot.database_bytes),
               // A number, or the reason why there is none.
               {.name = "users", .values = {snapshot.users}, .shape = Field::Shape::kNumber},
-              NumberField("open_sessions", static_cast<long long>(snapshot.sessions.size())),
+              NumberField("open_sessions", snapshot.session_count),
               NumberField("session_lifetime_minutes", snapshot.lifetime),
               TextField("network_setting", facts.network_setting),
               NumberField("network_setting_status", snapshot.network_status),
@@ -125,11 +140,13 @@ std::string DescribeDatabase(const GatewayFacts& facts, const Snapshot& snapshot
 
 std::string DescribeNetwork(const GatewayFacts& facts, const Snapshot& snapshot) {
   if (snapshot.network_status == 1) return "fetched; this gateway's peer ID is " + snapshot.peer_id;
+  if (!facts.remote.empty()) return "not fetched";
   return facts.network_setting == "on" ? "not fetched yet" : "off";
 }
 
-std::string DescribeSessions(const Snapshot& snapshot) {
-  return std::to_string(snapshot.sessions.size()) + " open of those seen here; one lives " +
+std::string DescribeSessions(const GatewayFacts& facts, const Snapshot& snapshot) {
+  const char* const open = facts.remote.empty() ? " open of those seen here" : " open";
+  return std::to_string(snapshot.session_count) + open + "; one lives " +
          std::to_string(snapshot.lifetime) + " minutes without being kept";
 }
 
@@ -148,7 +165,13 @@ std::string Indented(const Table& table, const PrinterStyle& style) {
 }
 
 std::string Summary(const GatewayFacts& facts, const Snapshot& snapshot, bool color) {
-  const std::pair<const char*, std::string> lines[] = {
+  const std::vector<std::pair<const char*, std::string>> remote = {
+      {"Gateway", facts.remote},
+      {"Users", snapshot.users},
+      {"Network setting", DescribeNetwork(facts, snapshot)},
+      {"Sessions", DescribeSessions(facts, snapshot)},
+  };
+  const std::vector<std::pair<const char*, std::string>> local = {
       {"Component", JoinWords(facts.components)},
       {"Configuration", OrNone(facts.config_file)},
       {"Database", DescribeDatabase(facts, snapshot)},
@@ -158,10 +181,10 @@ std::string Summary(const GatewayFacts& facts, const Snapshot& snapshot, bool co
       {"User Portal", OrNone(facts.user_portal)},
       {"Log", facts.log_file.empty() ? "standard error" : facts.log_file},
       {"Audit", OrNone(facts.audit_file)},
-      {"Sessions", DescribeSessions(snapshot)},
+      {"Sessions", DescribeSessions(facts, snapshot)},
   };
   std::string text;
-  for (const auto& [label, value] : lines) {
+  for (const auto& [label, value] : facts.remote.empty() ? local : remote) {
     text += Paint(PadTo(label, kLabelWidth), Tone::kTitle, color) + Visible(value) + "\n";
   }
   return text;

@@ -1,40 +1,33 @@
 #include "gateway/console/views.h"
 
-#include <initializer_list>
 #include <utility>
-#include <vector>
 
 #include "gateway/operations/operations.h"
 
 namespace gateway {
 namespace {
 
-using Words = std::vector<std::string>;
-
-// Calls an operation by name, so that the cells get the names of its outputs.
-AccountResult Call(AccountManager& accounts, const char* name, const Words& words,
-                   std::vector<Field>* outputs) {
-  Answer answer;
-  std::string error;
-  FindOperation(name)->Call(accounts, words, &answer, &error);
-  *outputs = std::move(answer.outputs);
-  return answer.code;
-}
-
-// Adds the row of one user or friend: its UUIDs and what the operation reads of the last of them.
-AccountResult AddRow(AccountManager& accounts, const char* operation,
-                     const std::vector<Field>& uuids, int gone, Table* table) {
-  std::vector<Field> fields;
-  const AccountResult result = Call(accounts, operation, uuids.back().values, &fields);
-  if (result == gone) return kAccountSuccess;
-  std::vector<Field>& row = table->rows.emplace_back(uuids);
-  row.insert(row.end(), fields.begin(), fields.end());
-  return result;
+// Users' and friends' rows hold the outputs of these two and the UUIDs that they are found by.
+std::vector<Parameter> RowParameters() {
+  std::vector<Parameter> parameters = {parameter::kUserUuid, parameter::kFriendUuid};
+  for (const char* name : {"GetUserInformation", "GetFriendInformation"}) {
+    const std::vector<Parameter>& outputs = FindOperation(name)->outputs;
+    parameters.insert(parameters.end(), outputs.begin(), outputs.end());
+  }
+  return parameters;
 }
 
 }  // namespace
 
-AccountResult ShowUsers(AccountManager& accounts, Printer* printer) {
+void UseAccounts(AccountManager* accounts, ConsoleServices* services) {
+  services->accounts = accounts;
+  services->list_users = [accounts](FieldRows* users) { return ReadUsers(*accounts, users); };
+  services->list_friends = [accounts](const std::string& user_uuid, FieldRows* friends) {
+    return ReadFriends(*accounts, user_uuid, friends);
+  };
+}
+
+AccountResult ShowUsers(const ConsoleServices& services, Printer* printer) {
   Table table{.type = "user",
               .columns = {{"user_id", "USER"},
                           {"user_name", "NAME"},
@@ -42,17 +35,12 @@ AccountResult ShowUsers(AccountManager& accounts, Printer* printer) {
                           {"last_sign_in_date", "LAST SIGN-IN"},
                           {"user_uuid", "UUID"}},
               .empty = "no users"};
-  Words users;
-  AccountResult result = accounts.GetAllUsersUUID(&users);
-  for (size_t i = 0; i < users.size() && result == kAccountSuccess; ++i) {
-    result = AddRow(accounts, "GetUserInformation", {{"user_uuid", {users[i]}}},
-                    kAccountNoUserWithUserUuid, &table);
-  }
+  const AccountResult result = services.list_users(&table.rows);
   if (result == kAccountSuccess) printer->Show(table);
   return result;
 }
 
-AccountResult ShowFriends(AccountManager& accounts, const std::string& user_uuid,
+AccountResult ShowFriends(const ConsoleServices& services, const std::string& user_uuid,
                           Printer* printer) {
   Table table{.type = "friend",
               .columns = {{"user_id", "USER"},
@@ -61,42 +49,17 @@ AccountResult ShowFriends(AccountManager& accounts, const std::string& user_uuid
                           {"friend_peer_id", "PEER ID"},
                           {"friend_uuid", "UUID"}},
               .empty = "no friends"};
-  Words users = {user_uuid};
-  AccountResult result = kAccountSuccess;
-  if (user_uuid.empty()) {
-    users.clear();
-    result = accounts.GetAllUsersUUID(&users);
-  }
-  for (size_t i = 0; i < users.size() && result == kAccountSuccess; ++i) {
-    Words friends;
-    std::string user_id;
-    result = accounts.GetAllFriendsUUID(users[i], &friends);
-    if (!friends.empty()) accounts.GetUserInfoByType(users[i], kUserInfoGetUserId, &user_id);
-    for (size_t j = 0; j < friends.size() && result == kAccountSuccess; ++j) {
-      result =
-          AddRow(accounts, "GetFriendInformation",
-                 {{"user_uuid", {users[i]}}, {"user_id", {user_id}}, {"friend_uuid", {friends[j]}}},
-                 kAccountNoFriendWithFriendUuid, &table);
-    }
-  }
+  const AccountResult result = services.list_friends(user_uuid, &table.rows);
   if (result == kAccountSuccess) printer->Show(table);
   return result;
 }
 
-void NoteStoredIds(AccountManager& accounts, SeenIds* seen_ids) {
-  // The words that an operation answers, which name the next one's argument.
-  const auto note = [&](const char* name, const Words& words) {
-    std::vector<Field> outputs;
-    Call(accounts, name, words, &outputs);
-    seen_ids->NoteFields(FindOperation(name)->outputs, outputs);
-    return outputs.empty() ? Words() : outputs[0].values;
-  };
-  for (const std::string& user : note("GetAllUsersUUID", {})) {
-    note("GetUserInformation", {user});
-    for (const std::string& friend_uuid : note("GetAllFriendsUUID", {user})) {
-      note("GetFriendInformation", {friend_uuid});
-    }
-  }
+void NoteStoredIds(const ConsoleServices& services, SeenIds* seen_ids) {
+  const std::vector<Parameter> parameters = RowParameters();
+  FieldRows rows;
+  services.list_users(&rows);
+  services.list_friends("", &rows);
+  for (const std::vector<Field>& row : rows) seen_ids->NoteFields(parameters, row);
 }
 
 }  // namespace gateway

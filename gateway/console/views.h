@@ -4,21 +4,25 @@
 
 #include <string>
 
-#include "core_fw/account/include/account_manager.h"
+#include "gateway/console/services.h"
 #include "gateway/operations/seen_ids.h"
 #include "gateway/output/printer.h"
 
 namespace gateway {
 
+// Makes the services use these accounts, borrowed, for operations and tables.
+void UseAccounts(AccountManager* accounts, ConsoleServices* services);
+
 // Shows all users. The code of the operation that failed, if one did; then nothing is shown. A user
 // who was removed before it could be read is left out.
-AccountResult ShowUsers(AccountManager& accounts, Printer* printer);
+AccountResult ShowUsers(const ConsoleServices& services, Printer* printer);
 
 // Shows the friends of the user, or of all users for "". Fails as ShowUsers does.
-AccountResult ShowFriends(AccountManager& accounts, const std::string& user_uuid, Printer* printer);
+AccountResult ShowFriends(const ConsoleServices& services, const std::string& user_uuid,
+                          Printer* printer);
 
 // Notes the IDs of all stored users and friends.
-void NoteStoredIds(AccountManager& accounts, SeenIds* seen_ids);
+void NoteStoredIds(const ConsoleServices& services, SeenIds* seen_ids);
 
 }  // namespace gateway
 

@@ -47,14 +47,24 @@ void Audit::NoteEvent(const SeenEvent& event) {
 }
 
 void Audit::NoteCommand(const CommandNote& command) {
-  std::vector<Field> fields = {{"command", {command.name}}};
-  if (!command.user_uuid.empty()) fields.push_back({"user_uuid", {command.user_uuid}});
-  if (!command.user_id.empty()) fields.push_back({"user_id", {command.user_id}});
-  if (command.result) {
-    fields.push_back(NumberField("result", *command.result));
-  }
-  fields.push_back({"message", {command.message}});
-  Append("command", std::move(fields));
+  AppendDeed("command", {{"command", {command.name}}}, command.user_uuid, command.user_id,
+             command.result, command.message);
+}
+
+void Audit::NoteCall(const CallNote& call) {
+  std::vector<Field> fields = {{"method", {call.method}}, {"caller", {call.caller}}};
+  if (!call.program.empty()) fields.push_back({"program", {call.program}});
+  AppendDeed("call", std::move(fields), call.user_uuid, call.user_id, call.result, call.message);
+}
+
+void Audit::AppendDeed(const std::string& type, std::vector<Field> fields,
+                       const std::string& user_uuid, const std::string& user_id,
+                       std::optional<int> result, const std::string& message) {
+  if (!user_uuid.empty()) fields.push_back({"user_uuid", {user_uuid}});
+  if (!user_id.empty()) fields.push_back({"user_id", {user_id}});
+  if (result) fields.push_back(NumberField("result", *result));
+  fields.push_back({"message", {message}});
+  Append(type, std::move(fields));
 }
 
 void Audit::NoteRefusedLine() { NoteCommand({.name = "", .message = "refused"}); }

@@ -18,8 +18,8 @@ namespace gateway {
 constexpr char kAuditFailure[] =
     "the audit file cannot be written; its lines are lost until it can";
 
-// Appends one JSON object a line for each event and each console command; never a secret.
-// Thread-safe.
+// Appends one JSON object a line for each event, each console command and each call from the bus
+// that changes something; never a secret. Thread-safe.
 class Audit {
  public:
   // Keeps nothing until Open was called.
@@ -42,6 +42,18 @@ class Audit {
     std::string message;
   };
   void NoteCommand(const CommandNote& command);
+  // A call from outside the process that was refused, or may have changed something.
+  struct CallNote {
+    std::string method;
+    std::string caller;   // the user's name
+    std::string program;  // "" when it is not known
+    std::string user_uuid = {};
+    std::string user_id = {};
+    std::optional<int> result = {};  // none when it was refused
+    std::string message;
+  };
+  void NoteCall(const CallNote& call);
+
   // A line that is no command. Its words may be anything, a mistyped secret too, and are not kept.
   void NoteRefusedLine();
 
@@ -49,6 +61,10 @@ class Audit {
   bool TakeFailure();
 
  private:
+  // Appends what was done, to whom, and with which result.
+  void AppendDeed(const std::string& type, std::vector<Field> fields, const std::string& user_uuid,
+                  const std::string& user_id, std::optional<int> result,
+                  const std::string& message);
   void Append(const std::string& type, std::vector<Field> fields);
 
   base::Lock lock_;

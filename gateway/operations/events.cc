@@ -1,7 +1,6 @@
 #include "gateway/operations/events.h"
 
 #include "core_fw/account/include/account_manager.h"
-#include "evt/event_manager.h"
 
 namespace gateway {
 namespace {
@@ -12,18 +11,44 @@ std::vector<EventKind> MakeEventKinds() {
   return {
       {kEventAccountAddFriend,
        "kEventAccountAddFriend",
+       "Friends",
+       "FriendAdded",
        {kUserUuid, kFriendUuid, kFriendId, kFriendPeerId}},
-      {kEventAccountCreateUser, "kEventAccountCreateUser", {kUserUuid, kUserId, kEventCode}},
+      {kEventAccountCreateUser,
+       "kEventAccountCreateUser",
+       "Users",
+       "UserCreated",
+       {kUserUuid, kUserId, kEventCode}},
       {kEventAccountRemoveFriend,
        "kEventAccountRemoveFriend",
+       "Friends",
+       "FriendRemoved",
        {kUserUuid, kFriendId, kFriendPeerId}},
-      {kEventAccountRemoveUser, "kEventAccountRemoveUser", {kUserUuid, kUserId, kRequestingUserId}},
+      {kEventAccountRemoveUser,
+       "kEventAccountRemoveUser",
+       "Users",
+       "UserRemoved",
+       {kUserUuid, kUserId, kRequestingUserId}},
       {kEventAccountSetUserInformation,
        "kEventAccountSetUserInformation",
+       "Users",
+       "UserInformationChanged",
        {kUserUuid, kUserId, kUserName}},
-      {kEventAccountSignIn, "kEventAccountSignIn", {kUserUuid, kUserId, kEventCode, kSessionId}},
-      {kEventAccountSignInAlt, "kEventAccountSignInAlt", {kUserUuid, kUserId, kSessionId}},
-      {kEventAccountSignOut, "kEventAccountSignOut", {kUserUuid, kUserId, kSessionId}},
+      {kEventAccountSignIn,
+       "kEventAccountSignIn",
+       "Sessions",
+       "SignedIn",
+       {kUserUuid, kUserId, kEventCode, kSessionId}},
+      {kEventAccountSignInAlt,
+       "kEventAccountSignInAlt",
+       "Sessions",
+       "SignedInLocally",
+       {kUserUuid, kUserId, kSessionId}},
+      {kEventAccountSignOut,
+       "kEventAccountSignOut",
+       "Sessions",
+       "SignedOut",
+       {kUserUuid, kUserId, kSessionId}},
   };
 }
 
@@ -41,20 +66,12 @@ const EventKind* FindEventKind(int type) {
   return nullptr;
 }
 
-SeenEvent DecodeEvent(int type, const Pickle& data) {
-  SeenEvent event;
-  event.type = type;
-  const EventKind* const kind = FindEventKind(type);
-  if (kind == nullptr) return event;
-  event.name = kind->name;
-  PickleIterator strings(data);
-  for (const Parameter& parameter : kind->payload) {
-    std::string value;
-    // Whoever publishes may have cut the payload short: what came before still counts.
-    if (!strings.ReadString(&value)) break;
-    event.fields.push_back({.name = parameter.name, .values = {value}, .secret = parameter.secret});
+std::vector<Parameter> SharedPayload(const EventKind& kind) {
+  std::vector<Parameter> shared;
+  for (const Parameter& parameter : kind.payload) {
+    if (!parameter.secret && parameter.kind != IdKind::kSessionId) shared.push_back(parameter);
   }
-  return event;
+  return shared;
 }
 
 Record EventRecord(const SeenEvent& event) {
@@ -64,18 +81,6 @@ Record EventRecord(const SeenEvent& event) {
       .attributes = {{.name = "event", .values = {event.name}}, NumberField("number", event.type)},
       .nested = "fields",
       .fields = event.fields};
-}
-
-EventListener::EventListener(const std::function<void(const SeenEvent&)>& on_event) {
-  for (const EventKind& kind : EventKinds()) {
-    listeners_.push_back(evt::EventManager::GetInstance()->AddListener(
-        kind.type,
-        [on_event](int type, const Pickle& data) { on_event(DecodeEvent(type, data)); }));
-  }
-}
-
-EventListener::~EventListener() {
-  for (int listener : listeners_) evt::EventManager::GetInstance()->RemoveListener(listener);
 }
 
 }  // namespace gateway

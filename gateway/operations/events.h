@@ -1,12 +1,10 @@
-// The account component's events: what each carries, and a listener for all of them.
+// The account component's events: what each carries.
 #ifndef QORN_GATEWAY_OPERATIONS_EVENTS_H_
 #define QORN_GATEWAY_OPERATIONS_EVENTS_H_
 
-#include <functional>
 #include <string>
 #include <vector>
 
-#include "base/pickle.h"
 #include "gateway/operations/parameters.h"
 #include "gateway/output/records.h"
 
@@ -16,6 +14,8 @@ namespace gateway {
 struct EventKind {
   int type;
   const char* name;                // the constant's name
+  const char* group;               // as an operation's
+  const char* signal;              // its name on the bus
   std::vector<Parameter> payload;  // its strings, in their order
 };
 
@@ -32,22 +32,11 @@ struct SeenEvent {
   std::vector<Field> fields;  // fewer than the type has when the payload was cut short
 };
 
-SeenEvent DecodeEvent(int type, const Pickle& data);
+// What others may know of the payload: no authorisation code and no session ID, since both open
+// doors.
+std::vector<Parameter> SharedPayload(const EventKind& kind);
 
 Record EventRecord(const SeenEvent& event);
-
-// Listens to all of the account component's events while it lives.
-class EventListener {
- public:
-  // `on_event` runs on the bus's thread and must not throw.
-  explicit EventListener(const std::function<void(const SeenEvent&)>& on_event);
-  ~EventListener();
-  EventListener(const EventListener&) = delete;
-  EventListener& operator=(const EventListener&) = delete;
-
- private:
-  std::vector<int> listeners_;
-};
 
 }  // namespace gateway
 

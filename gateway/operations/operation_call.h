@@ -77,6 +77,14 @@ auto Pass(Slot<Parameter>& slot) {
   }
 }
 
+template <typename Value>
+constexpr Field::Shape ShapeOf() {
+  if constexpr (std::is_same_v<Value, bool>) return Field::Shape::kFlag;
+  if constexpr (std::is_same_v<Value, int>) return Field::Shape::kNumber;
+  if constexpr (std::is_same_v<Value, std::vector<std::string>>) return Field::Shape::kList;
+  return Field::Shape::kText;
+}
+
 template <auto kMethod>
 struct Caller;
 
@@ -85,6 +93,9 @@ template <typename... Parameters, AccountResult (AccountManager::*kMethod)(Param
 struct Caller<kMethod> {
   static constexpr size_t kOutputs = (size_t{0} + ... + (std::is_pointer_v<Parameters> ? 1 : 0));
   static constexpr size_t kArguments = sizeof...(Parameters) - kOutputs;
+
+  static std::vector<Field::Shape> ArgumentShapes() { return Shapes(false); }
+  static std::vector<Field::Shape> OutputShapes() { return Shapes(true); }
 
   // An Operation::Invoker.
   static bool Call(const Operation& operation, AccountManager& accounts,
@@ -114,6 +125,14 @@ struct Caller<kMethod> {
   }
 
  private:
+  static std::vector<Field::Shape> Shapes([[maybe_unused]] bool of_outputs) {
+    std::vector<Field::Shape> shapes;
+    ((std::is_pointer_v<Parameters> == of_outputs ? shapes.push_back(ShapeOf<Slot<Parameters>>())
+                                                  : void()),
+     ...);
+    return shapes;
+  }
+
   template <typename Visitor>
   static void Visit(std::tuple<Slot<Parameters>...>& slots, Visitor visitor) {
     std::apply([&visitor](auto&... slot) { (visitor.template operator()<Parameters>(slot), ...); },

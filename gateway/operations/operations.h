@@ -1,5 +1,5 @@
-// The operations of the account interface, described once: console, audit and documents take names,
-// arguments, outputs and results from this table. It knows none of them.
+// The operations of the account interface, described once: console, bus, audit and documents take
+// names, arguments, outputs, results and rights from this table. It knows none of them.
 #ifndef QORN_GATEWAY_OPERATIONS_OPERATIONS_H_
 #define QORN_GATEWAY_OPERATIONS_OPERATIONS_H_
 
@@ -8,6 +8,7 @@
 
 #include "core_fw/account/include/account_manager.h"
 #include "gateway/operations/parameters.h"
+#include "gateway/operations/rights.h"
 #include "gateway/output/records.h"
 
 namespace gateway {
@@ -28,6 +29,9 @@ struct Answer {
   std::vector<Field> outputs;
 };
 
+// The slowest thing that an operation waits for.
+enum class Backend { kMemory, kDatabase, kCloud };
+
 struct Operation {
   using Invoker = bool (*)(const Operation& operation, AccountManager& accounts,
                            const std::vector<std::string>& words, Answer* answer,
@@ -35,10 +39,15 @@ struct Operation {
 
   const char* name;   // as in account_manager.h
   const char* group;  // "Users", "Sessions", "Friends" or "Gateway"
-  const char* help;   // one line
-  // In the interface's order.
+  // Of a caller from outside; RightNeeded knows the one operation that may need another.
+  Right right;
+  Backend backend;
+  const char* help;  // one line
+  // In the interface's order, with the shape of each in the vector behind.
   std::vector<Parameter> arguments;
+  std::vector<Field::Shape> argument_shapes;
   std::vector<Parameter> outputs;
+  std::vector<Field::Shape> output_shapes;
   // The result codes that it can answer; none for an operation that answers a state.
   std::vector<int> results;
   Invoker invoke;  // call it through Call
@@ -54,6 +63,9 @@ const std::vector<Operation>& Operations();
 
 // Null when the interface has no operation of this name.
 const Operation* FindOperation(const std::string& name);
+
+// The right that a call with these words needs: two types of GetUserInfoByType read a token.
+Right RightNeeded(const Operation& operation, const std::vector<std::string>& words);
 
 }  // namespace gateway
 

@@ -57,6 +57,13 @@ const char* ResultMessage(int code) {
   return "Undefined Error code";
 }
 
+const char* ResultName(int code) {
+  for (const Result& result : kResults) {
+    if (result.code == code) return result.name;
+  }
+  return "";
+}
+
 std::string DescribeResult(int code) {
   return "answered " + std::to_string(code) + " (" + ResultMessage(code) + ")";
 }

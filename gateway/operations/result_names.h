@@ -9,6 +9,9 @@ namespace gateway {
 // "Undefined Error code" for a code that the interface does not have.
 const char* ResultMessage(int code);
 
+// The constant's name, "kAccountNoUser"; "" for a code that the interface does not have.
+const char* ResultName(int code);
+
 // "answered 3 (Failure to connect to the account DB)".
 std::string DescribeResult(int code);
 

@@ -15,6 +15,7 @@
 namespace gateway {
 
 struct PrinterStyle {
+  std::string program = "qorn-gateway";  // before each error
   bool json = false;
   bool show_secrets = false;
   bool color_out = false;

@@ -1,5 +1,6 @@
 // The console with an account manager that answers from memory, played through console.transcript.
 #include "gateway/console/console.h"
+#include "gateway/console/views.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +13,7 @@
 #include <regex>
 #include <sstream>
 
-#include "gateway/operations/events.h"
+#include "gateway/operations/event_listener.h"
 #include "gateway/tests/fake_account_manager.h"
 
 namespace gateway {
@@ -44,7 +45,7 @@ class Scene {
       printer_->Show(EventRecord(event));
     });
     ConsoleServices services;
-    services.accounts = &accounts_;
+    UseAccounts(&accounts_, &services);
     services.facts.components = {"libqorn_account.so"};
     services.facts.account_server = "https://auth.example";
     services.watch = [this](std::optional<std::chrono::seconds> time) {

@@ -1,0 +1,58 @@
+#include "ctl/options.h"
+
+#include <CLI/CLI.hpp>
+
+#include "gateway/exit_status.h"
+
+namespace ctl {
+namespace {
+
+constexpr int kMostSeconds = 24 * 60 * 60;
+
+void Declare(CLI::App* app, Options* options) {
+  app->add_option("--bus", options->address,
+                  "The bus that the gateway is on: system, session or an address")
+      ->type_name("ADDRESS")
+      ->capture_default_str();
+  app->add_option("--timeout", options->timeout_seconds, "How long a call may take")
+      ->type_name("SECONDS")
+      ->check(CLI::Range(1, kMostSeconds))
+      ->capture_default_str();
+  app->add_flag("--json", options->json, "Write one JSON object a line");
+  app->add_flag("--show-secrets", options->show_secrets,
+                "Show tokens and authorisation codes in full");
+  app->set_version_flag("--version", "qornctl " QORN_VERSION);
+  // From the first word on that is no option, all belongs to the command.
+  app->prefix_command();
+  app->footer(
+      "A command and its words may stand behind the options: qornctl users. Without one, commands\n"
+      "are read one a line.\n"
+      "\"qornctl help\" lists the commands: those of the gateway's own console.\n"
+      "Exit status: 0 good; 1 a command failed, or the output could not be written; 2 wrong "
+      "option,\n"
+      "or no gateway answers.");
+}
+
+}  // namespace
+
+std::optional<int> ParseOptions(int argc, const char* const* argv, std::ostream& out,
+                                std::ostream& err, Options* options) {
+  CLI::App app("Uses the accounts of a running gateway.", "qornctl");
+  Declare(&app, options);
+  try {
+    app.parse(argc, argv);
+    options->command = app.remaining();
+    if (!options->command.empty() && options->command[0].starts_with('-')) {
+      throw CLI::ExtrasError({options->command[0]});
+    }
+  } catch (const CLI::Success& wanted) {  // --help or --version
+    app.exit(wanted, out, err);
+    return gateway::kExitGood;
+  } catch (const CLI::ParseError& wrong) {
+    err << "qornctl: " << wrong.what() << "; --help lists the options\n";
+    return gateway::kExitCannotStart;
+  }
+  return std::nullopt;
+}
+
+}  // namespace ctl

@@ -1,0 +1,172 @@
+#include "gateway/service/bus_service.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <thread>
+#include <utility>
+
+#include "bus/connection.h"
+#include "bus/loop.h"
+#include "bus/names.h"
+#include "gateway/service/calls.h"
+#include "gateway/service/properties.h"
+#include "gateway/service/signals.h"
+#include "gateway/service/tables.h"
+
+namespace gateway {
+namespace {
+
+// Nobody tells of changes of the properties.
+constexpr std::chrono::seconds kBetweenLooks{5};
+constexpr std::chrono::seconds kFirstRetry{1};
+constexpr std::chrono::seconds kLongestRetry{60};
+
+}  // namespace
+
+class BusService::Impl {
+ public:
+  Impl(const Options& options, Parts parts);
+  ~Impl();
+
+  // Before the thread runs, and again on it when the bus has gone.
+  bool Connect(std::string* error);
+  void Run();
+  void Stop();
+  void NoteEvent(const SeenEvent& event);
+
+ private:
+  static int OnMethod(sd_bus_message* message, void* impl, sd_bus_error* error);
+  static int OnAnyMessage(sd_bus_message* message, void* impl, sd_bus_error* error);
+  static int OnProperty(sd_bus* connection, const char* path, const char* interface,
+                        const char* property, sd_bus_message* reply, void* impl,
+                        sd_bus_error* error);
+  void OnLost(int error);
+  void Reconnect(std::chrono::seconds pause);
+  void LookForChanges();
+
+  const Options options_;
+  const Parts parts_;
+  bus::Loop loop_;
+  Properties properties_;
+  Calls calls_;
+  bus::ConnectionPtr connection_;
+  std::thread thread_;
+};
+
+BusService::Impl::Impl(const Options& options, Parts parts)
+    : options_(options),
+      parts_(std::move(parts)),
+      properties_(parts_.accounts, parts_.seen_ids),
+      calls_({.loop = &loop_,
+              .accounts = parts_.accounts,
+              .audit = parts_.audit,
+              .flush_events = parts_.flush_events,
+              .on_change =
+                  [this] {
+                    if (connection_ != nullptr) properties_.AnnounceChanges(connection_.get());
+                  }},
+             options.limits, options.group) {}
+
+BusService::Impl::~Impl() { Stop(); }
+
+void BusService::Impl::Stop() {
+  if (!thread_.joinable()) return;
+  loop_.Post([this] { calls_.Stop([this] { loop_.Quit(); }); });
+  thread_.join();
+  // What is not written yet.
+  if (connection_ != nullptr) sd_bus_flush(connection_.get());
+}
+
+bool BusService::Impl::Connect(std::string* error) {
+  bus::ConnectionPtr connection = bus::Connect(options_.address, error);
+  if (connection == nullptr) return false;
+  int result =
+      AddInterfaces(connection.get(), {.method = &OnMethod, .property = &OnProperty}, this);
+  if (result >= 0) result = sd_bus_add_filter(connection.get(), nullptr, &OnAnyMessage, this);
+  if (result >= 0) result = sd_bus_request_name(connection.get(), bus::kService, 0);
+  if (result < 0) {
+    *error = "the name " + std::string(bus::kService) + " cannot be had on the bus " +
+             options_.address + ": " +
+             (result == -EEXIST ? "another program has it" : std::strerror(-result));
+    return false;
+  }
+  connection_ = std::move(connection);
+  loop_.Use(connection_.get(), [this](int lost) { OnLost(lost); });
+  return true;
+}
+
+void BusService::Impl::Run() {
+  LookForChanges();
+  thread_ = std::thread([this] { loop_.Run(); });
+}
+
+void BusService::Impl::NoteEvent(const SeenEvent& event) {
+  loop_.Post([this, event] {
+    if (connection_ != nullptr) EmitSignal(connection_.get(), event);
+  });
+}
+
+int BusService::Impl::OnMethod(sd_bus_message* message, void* impl, sd_bus_error* /*error*/) {
+  const char* const interface = sd_bus_message_get_interface(message);
+  const Method* const method = FindMethod(interface + std::strlen(bus::kInterfacePrefix),
+                                          sd_bus_message_get_member(message));
+  static_cast<Impl*>(impl)->calls_.Take(*method, message);
+  return 1;
+}
+
+int BusService::Impl::OnAnyMessage(sd_bus_message* message, void* impl, sd_bus_error* /*error*/) {
+  Impl& self = *static_cast<Impl*>(impl);
+  if (sd_bus_message_is_method_call(message, nullptr, nullptr) <= 0) return 0;
+  const char* const path = sd_bus_message_get_path(message);
+  if (path == nullptr || std::strcmp(path, bus::kObject) != 0) return 0;
+  const Method* const reader = self.properties_.FindReader(message);
+  if (reader == nullptr) return 0;
+  self.calls_.Take(*reader, message);
+  return 1;
+}
+
+int BusService::Impl::OnProperty(sd_bus* /*connection*/, const char* /*path*/,
+                                 const char* /*interface*/, const char* property,
+                                 sd_bus_message* reply, void* impl, sd_bus_error* /*error*/) {
+  return static_cast<Impl*>(impl)->properties_.Append(property, reply);
+}
+
+void BusService::Impl::OnLost(int error) {
+  parts_.report(std::string("the bus is gone (") + std::strerror(error) +
+                "); the gateway works on and looks for it");
+  connection_.reset();
+  calls_.ForgetCallers();
+  Reconnect(kFirstRetry);
+}
+
+void BusService::Impl::Reconnect(std::chrono::seconds pause) {
+  loop_.PostAt(bus::Loop::Clock::now() + pause, [this, pause] {
+    std::string error;
+    if (Connect(&error)) return parts_.report("the bus is back");
+    Reconnect(std::min(2 * pause, kLongestRetry));
+  });
+}
+
+void BusService::Impl::LookForChanges() {
+  if (connection_ != nullptr) properties_.AnnounceChanges(connection_.get());
+  loop_.PostAt(bus::Loop::Clock::now() + kBetweenLooks, [this] { LookForChanges(); });
+}
+
+BusService::BusService(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}
+BusService::~BusService() = default;
+
+std::unique_ptr<BusService> BusService::Start(const Options& options, Parts parts,
+                                              std::string* error) {
+  auto impl = std::make_unique<Impl>(options, std::move(parts));
+  if (!impl->Connect(error)) return nullptr;
+  impl->Run();
+  return std::unique_ptr<BusService>(new BusService(std::move(impl)));
+}
+
+void BusService::Stop() { impl_->Stop(); }
+
+void BusService::NoteEvent(const SeenEvent& event) { impl_->NoteEvent(event); }
+
+}  // namespace gateway

@@ -1,0 +1,21 @@
+// The service of a build without D-Bus.
+#include "gateway/service/bus_service.h"
+
+namespace gateway {
+
+class BusService::Impl {};
+
+BusService::BusService(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}
+BusService::~BusService() = default;
+
+std::unique_ptr<BusService> BusService::Start(const Options& /*options*/, Parts /*parts*/,
+                                              std::string* error) {
+  *error = "--bus: this program was built without D-Bus";
+  return nullptr;
+}
+
+void BusService::Stop() {}
+
+void BusService::NoteEvent(const SeenEvent& /*event*/) {}
+
+}  // namespace gateway

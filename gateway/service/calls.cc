@@ -1,0 +1,204 @@
+#include "gateway/service/calls.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "bus/names.h"
+#include "gateway/operations/result_names.h"
+#include "gateway/output/text.h"
+#include "gateway/service/authority.h"
+
+namespace gateway {
+namespace {
+
+// How long a refusal is held back, so that a caller that asks again at once is slowed down.
+constexpr std::chrono::milliseconds kHold{250};
+// Beyond this many, calls are refused before anybody is asked about their callers.
+constexpr size_t kMostOpenCalls = 4096;
+constexpr std::chrono::seconds kBetweenNotes{1};
+
+// Reads the arguments, whose types sd-bus has checked. False with a text in `error` for what goes
+// into no operation: values become parts of HTTP requests as they are.
+bool ReadWords(const Method& method, sd_bus_message* message, Words* words, std::string* error) {
+  size_t bytes = 0;
+  for (const Method::Value& value : method.takes) {
+    if (value.signature == "i") {
+      int number = 0;
+      if (sd_bus_message_read_basic(message, 'i', &number) <= 0) return false;
+      words->push_back(std::to_string(number));
+      continue;
+    }
+    const char* text = nullptr;
+    if (sd_bus_message_read_basic(message, 's', static_cast<void*>(&text)) <= 0) return false;
+    bytes += std::strlen(text);
+    if (bytes > bus::kMaxArgumentBytes) {
+      *error = "the arguments are longer than 64 KiB";
+      return false;
+    }
+    words->emplace_back(text);
+    if (HasControlCharacter(words->back())) {
+      *error = value.name + " holds a control character";
+      return false;
+    }
+  }
+  return true;
+}
+
+bool SignsIn(const Method& method) { return method.name == "SignIn" || method.name == "SignInAlt"; }
+
+std::string WaitText(int seconds) {
+  return "too many calls; try again in " + std::to_string(seconds) +
+         (seconds == 1 ? " second" : " seconds");
+}
+
+}  // namespace
+
+// Its end gives back what it took.
+struct Calls::Call {
+  Call(Calls* owner, const Method& called, sd_bus_message* taken)
+      : calls(owner), method(called), message(bus::Share(taken)) {
+    ++calls->open_;
+  }
+  ~Call() { calls->OnEnd(*this); }
+  Call(const Call&) = delete;
+  Call& operator=(const Call&) = delete;
+
+  Calls* const calls;
+  const Method& method;
+  const bus::MessagePtr message;
+  Words words;
+  Right right = Right::kLook;
+  CallerPtr caller;
+  bool entered = false;  // the guard let it in
+  Outcome outcome;
+};
+
+Calls::Calls(Parts parts, const GuardLimits& limits, const std::string& group)
+    : parts_(std::move(parts)), guard_(limits), callers_(group) {}
+
+Calls::~Calls() = default;
+
+void Calls::Take(const Method& method, sd_bus_message* message) {
+  const auto call = std::make_shared<Call>(this, method, message);
+  std::string error = "the arguments cannot be read";
+  if (on_all_ended_) return Refuse(call.get(), bus::kStopping, "the gateway is stopping");
+  if (open_ > kMostOpenCalls) return Refuse(call.get(), bus::kLimitsExceeded, WaitText(1));
+  if (!ReadWords(method, message, &call->words, &error)) {
+    return Refuse(call.get(), bus::kInvalidArgs, error);
+  }
+  call->right = method.RightFor(call->words);
+  callers_.Identify(sd_bus_message_get_bus(message), sd_bus_message_get_sender(message),
+                    [this, call](const CallerPtr& caller) {
+                      if (caller == nullptr) {
+                        return Refuse(call.get(), bus::kAccessDenied, "not allowed");
+                      }
+                      call->caller = caller;
+                      Admit(call);
+                    });
+}
+
+void Calls::Admit(const CallPtr& call) {
+  const auto now = Guard::Clock::now();
+  if (const auto seconds = guard_.Enter(call->caller->user, SignsIn(call->method), now)) {
+    auto& noted = noted_[call->caller->user];
+    if (noted + kBetweenNotes < now) {
+      Note(*call, std::nullopt, "refused: too many calls");
+      noted = now;
+    }
+    return parts_.loop->PostAt(now + kHold, [this, call, wait = *seconds] {
+      Refuse(call.get(), bus::kLimitsExceeded, WaitText(wait));
+    });
+  }
+  call->entered = true;
+  const bool interactive =
+      sd_bus_message_get_allow_interactive_authorization(call->message.get()) > 0;
+  Authorise(sd_bus_message_get_bus(call->message.get()), *call->caller, call->right, interactive,
+            [this, call](bool granted) {
+              if (granted) return Run(call);
+              Note(*call, std::nullopt,
+                   std::string("refused: no right to ") + RightName(call->right));
+              Refuse(call.get(), bus::kAccessDenied, "not allowed");
+            });
+}
+
+void Calls::Run(const CallPtr& call) {
+  switch (call->method.backend) {
+    case Backend::kMemory:
+      call->outcome = call->method.run(*parts_.accounts, call->words);
+      return Finish(call.get());
+    case Backend::kDatabase:
+      return RunOnWorker(&database_, call);
+    case Backend::kCloud:
+      return RunOnWorker(&cloud_, call);
+  }
+}
+
+void Calls::RunOnWorker(Workers* workers, const CallPtr& call) {
+  // The loop's thread keeps the call, since messages belong to it.
+  running_.emplace(call.get(), call);
+  workers->Post([this, running = call.get()] {
+    running->outcome = running->method.run(*parts_.accounts, running->words);
+    if (running->right != Right::kLook) parts_.flush_events();
+    parts_.loop->Post([this, running] {
+      Finish(running);
+      running_.erase(running);
+    });
+  });
+}
+
+void Calls::Finish(Call* call) {
+  if (call->right != Right::kLook) {
+    Note(*call, call->outcome.code, ResultMessage(call->outcome.code));
+    parts_.on_change();
+  }
+  if (call->outcome.code == kAccountSuccess) return SendOutcome(call);
+  const std::string error = ErrorName(call->outcome);
+  sd_bus_reply_method_errorf(call->message.get(), error.c_str(), "%s",
+                             ResultMessage(call->outcome.code));
+}
+
+void Calls::SendOutcome(Call* call) {
+  sd_bus_message* made = nullptr;
+  int result = sd_bus_message_new_method_return(call->message.get(), &made);
+  const bus::MessagePtr reply(made);
+  if (result >= 0) result = call->method.append(call->outcome, made);
+  if (result >= 0) {
+    result = sd_bus_send(sd_bus_message_get_bus(call->message.get()), made, nullptr);
+  }
+  if (result >= 0) return;
+  // A caller without a reply would wait until it gives up.
+  Refuse(call, SD_BUS_ERROR_FAILED,
+         std::string("the answer cannot be sent: ") + std::strerror(-result));
+}
+
+void Calls::Refuse(Call* call, const char* error, const std::string& text) {
+  sd_bus_reply_method_errorf(call->message.get(), error, "%s", text.c_str());
+}
+
+void Calls::Note(const Call& call, std::optional<int> result, const std::string& message) {
+  Audit::CallNote note{.method = call.method.name,
+                       .caller = call.caller->user_name,
+                       .program = call.caller->program,
+                       .result = result,
+                       .message = message};
+  const Operation* const operation = call.method.operation;
+  for (size_t i = 0; operation != nullptr && i < operation->arguments.size(); ++i) {
+    const Parameter& argument = operation->arguments[i];
+    if (argument.kind == IdKind::kUserUuid) note.user_uuid = call.words[i];
+    if (argument.kind == IdKind::kUserId && note.user_id.empty()) note.user_id = call.words[i];
+  }
+  parts_.audit->NoteCall(note);
+}
+
+void Calls::OnEnd(const Call& call) {
+  if (call.entered) guard_.Leave(call.caller->user);
+  if (--open_ == 0 && on_all_ended_) on_all_ended_();
+}
+
+void Calls::Stop(std::function<void()> then) {
+  on_all_ended_ = std::move(then);
+  if (open_ == 0) on_all_ended_();
+}
+
+}  // namespace gateway

@@ -1,0 +1,56 @@
+// The properties of the interface "org.qorn.Accounts1.Gateway".
+#ifndef QORN_GATEWAY_SERVICE_PROPERTIES_H_
+#define QORN_GATEWAY_SERVICE_PROPERTIES_H_
+
+#include <systemd/sd-bus.h>
+
+#include <string>
+#include <vector>
+
+#include "core_fw/account/include/account_manager.h"
+#include "gateway/operations/seen_ids.h"
+#include "gateway/service/methods.h"
+
+namespace gateway {
+
+struct Property {
+  const char* name;
+  const char* group;  // the interface's
+  const char* signature;
+  bool announced;  // its changes are signalled
+};
+
+// On the bus's thread.
+class Properties {
+ public:
+  static const std::vector<Property>& All();
+
+  // Borrows both.
+  Properties(AccountManager* accounts, SeenIds* seen_ids);
+  Properties(const Properties&) = delete;
+  Properties& operator=(const Properties&) = delete;
+
+  // Appends the value. A negative errno when that fails.
+  int Append(const std::string& name, sd_bus_message* reply) const;
+
+  // For a call of org.freedesktop.DBus.Properties that reads some of these: the method that answers
+  // it. Null for all other calls. sd-bus would answer without asking who calls.
+  const Method* FindReader(sd_bus_message* call) const;
+
+  // Signals what has changed since it last looked; nobody tells the gateway of these changes.
+  void AnnounceChanges(sd_bus* connection);
+
+ private:
+  Field Read(const std::string& name) const;
+
+  AccountManager* const accounts_;
+  SeenIds* const seen_ids_;
+  const Method get_;
+  const Method get_all_;
+  int network_status_ = 0;
+  int lifetime_ = 0;
+};
+
+}  // namespace gateway
+
+#endif  // QORN_GATEWAY_SERVICE_PROPERTIES_H_
