@@ -15,11 +15,12 @@ cpack --config "$build/CPackConfig.cmake" -B "$build" >"$build/cpack.log" 2>&1 |
 rm -rf "$build/_CPack_Packages"
 
 # CPack gives each package with a shared library scripts that call ldconfig. The trigger does that.
-platform=$(echo "$build"/libqorn-platform_*.deb)
-dpkg-deb -R "$platform" "$build/repacked"
-rm "$build/repacked/DEBIAN/postinst" "$build/repacked/DEBIAN/postrm"
-dpkg-deb --root-owner-group -b "$build/repacked" "$platform" >/dev/null
-rm -r "$build/repacked"
+for library in "$build"/libqorn-platform_*.deb "$build"/libqorn-client1_*.deb; do
+  dpkg-deb -R "$library" "$build/repacked"
+  rm "$build/repacked/DEBIAN/postinst" "$build/repacked/DEBIAN/postrm"
+  dpkg-deb --root-owner-group -b "$build/repacked" "$library" >/dev/null
+  rm -r "$build/repacked"
+done
 
 for package in "$build"/*.deb; do
   printf '%s: %s bytes\n' "$package" "$(stat -c %s "$package")"

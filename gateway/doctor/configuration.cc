@@ -54,25 +54,38 @@ class KeyExaminer {
  public:
   explicit KeyExaminer(const Entries& entries) : entries_(entries) {}
 
+  // Of the component's keys, each in its place.
   Finding Examine(const KeyRule& rule) {
-    Finding finding{std::string("config.") + rule.name, std::nullopt, rule.meaning};
     const runtime::ConfigEntry* first = nullptr;
+    Finding finding = ExamineEntries(rule, &first);
+    if (first == nullptr) finding.Mark(rule.absent_severity, rule.absent);
+    JudgeOrder(rule, first == nullptr || first->value.empty(), &finding);
+    return finding;
+  }
+
+  // None for a key that is absent.
+  std::optional<Finding> ExamineOptional(const KeyRule& rule) const {
+    const runtime::ConfigEntry* first = nullptr;
+    const Finding finding = ExamineEntries(rule, &first);
+    return first == nullptr ? std::nullopt : std::optional(finding);
+  }
+
+ private:
+  Finding ExamineEntries(const KeyRule& rule, const runtime::ConfigEntry** first) const {
+    Finding finding{std::string("config.") + rule.name, std::nullopt, rule.meaning};
     for (const runtime::ConfigEntry& entry : entries_) {
       if (entry.key != rule.name) continue;
-      if (first == nullptr) {
-        first = &entry;
+      if (*first == nullptr) {
+        *first = &entry;
         JudgeFirst(rule, entry, &finding);
       } else {
         finding.MarkWarning("stands again in line " + std::to_string(entry.line) +
                             ", where it is not read: the first counts");
       }
     }
-    if (first == nullptr) finding.Mark(rule.absent_severity, rule.absent);
-    JudgeOrder(rule, first == nullptr || first->value.empty(), &finding);
     return finding;
   }
 
- private:
   static void JudgeFirst(const KeyRule& rule, const runtime::ConfigEntry& entry, Finding* finding) {
     finding->value = rule.secret ? ShortenSecret(entry.value) : entry.value;
     if (entry.value.empty()) {
@@ -128,6 +141,9 @@ Findings ExamineConfig(const std::string& file, std::optional<ConfigValues>* con
   KeyExaminer examiner(entries);
   Findings keys;
   for (const KeyRule& rule : KeyRules()) keys.push_back(examiner.Examine(rule));
+  for (const KeyRule& rule : HostKeyRules()) {
+    if (const auto finding = examiner.ExamineOptional(rule)) keys.push_back(*finding);
+  }
   findings.insert(findings.end(), keys.begin(), keys.end());
   AddUnknownKeys(entries, keys, &findings);
   return findings;

@@ -5,6 +5,7 @@
 #include "gateway/doctor/url.h"
 #include "gateway/output/nearest_word.h"
 #include "gateway/output/text.h"
+#include "gateway/service/bus_keys.h"
 
 namespace gateway {
 namespace {
@@ -144,7 +145,39 @@ std::vector<KeyRule> MakeRules() {
   };
 }
 
+void JudgeBusLimit(const std::string& value, Finding* finding) {
+  int limit = 0;
+  if (ParseBusLimit(value, &limit)) return;
+  finding->MarkBad("is no number from 1 to 1000000: with --bus the gateway does not start");
+}
+
+KeyRule HostKey(const char* name, const char* meaning, decltype(KeyRule::judge) judge) {
+  return {.name = name,
+          .meaning = meaning,
+          .absent_severity = Severity::kGood,
+          .absent = "",
+          .empty_severity = Severity::kWarning,
+          .empty = "is empty: the usual value counts",
+          .in_order = false,
+          .secret = false,
+          .judge = judge};
+}
+
+std::vector<KeyRule> MakeHostRules() {
+  std::vector<KeyRule> rules = {HostKey(
+      kBusGroupKey, "the group whose members may look and sign in on the bus", JudgeNothing)};
+  for (const BusLimitKey& key : kBusLimitKeys) {
+    rules.push_back(HostKey(key.name, key.meaning, JudgeBusLimit));
+  }
+  return rules;
+}
+
 }  // namespace
+
+const std::vector<KeyRule>& HostKeyRules() {
+  static const std::vector<KeyRule> rules = MakeHostRules();
+  return rules;
+}
 
 const std::vector<KeyRule>& KeyRules() {
   static const std::vector<KeyRule> rules = MakeRules();
@@ -153,7 +186,9 @@ const std::vector<KeyRule>& KeyRules() {
 
 std::string NearestKey(const std::string& name) {
   std::vector<std::string> names;
-  for (const KeyRule& rule : KeyRules()) names.emplace_back(rule.name);
+  for (const auto* rules : {&KeyRules(), &HostKeyRules()}) {
+    for (const KeyRule& rule : *rules) names.emplace_back(rule.name);
+  }
   return NearestWord(name, names);
 }
 

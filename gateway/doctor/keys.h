@@ -25,7 +25,10 @@ struct KeyRule {
   void (*judge)(const std::string& value, Finding* finding);
 };
 
+// The component's.
 const std::vector<KeyRule>& KeyRules();
+// The host's own, none of which has to be there.
+const std::vector<KeyRule>& HostKeyRules();
 
 // The known key that `name` was most likely meant to be; "" for none that is near.
 std::string NearestKey(const std::string& name);

@@ -1,6 +1,5 @@
 // The console with an account manager that answers from memory, played through console.transcript.
 #include "gateway/console/console.h"
-#include "gateway/console/views.h"
 
 #include <gtest/gtest.h>
 
@@ -13,6 +12,7 @@
 #include <regex>
 #include <sstream>
 
+#include "gateway/console/views.h"
 #include "gateway/operations/event_listener.h"
 #include "gateway/tests/fake_account_manager.h"
 
