@@ -1,31 +1,12 @@
 """Scripts, pipes, terminals and signals, with a component that needs no cloud."""
 
-import os
 import pathlib
 import re
 import signal
 import socket
 
 import programs
-
-
-class GatewayTestCase(programs.TestCase):
-    def setUp(self):
-        super().setUp()
-        # The component's long operation lasts until the test closes it.
-        self.pipe = self.folder / "pipe"
-        os.mkfifo(self.pipe)
-        self.command = ("qorn-gateway", "--config", self.write("config.xml", "<config></config>"), "--component",
-                        programs.LIBRARIES / "libqorn_gateway_fake_component.so", "--log", self.folder / "log")
-
-    def audit(self):
-        """The audit file without its times."""
-        return re.sub('"time":"20[0-9-]{8}T[0-9:.]{12}Z",', "", (self.folder / "audit").read_text())
-
-    def start(self, *arguments, **environment):
-        """Starts it at a terminal, where it keeps the history in the test's folder."""
-        return self.enterContext(programs.Terminal(*self.command, *arguments, XDG_STATE_HOME=str(self.folder),
-                                                   **environment))
+from gateway_test_case import GatewayTestCase
 
 
 class Script(GatewayTestCase):
@@ -147,9 +128,6 @@ class Prompt(GatewayTestCase):
         self.enter("check-s\t1\n", "check-session-validation: 1 Success")
         self.enter("info l\t", "  l1\r\n  l2\r\n")  # It asked for them at its start.
         self.enter("1\n", "get-user-information: 1 Success")
-        self.enter("sign-in\t", "  sign-in\r\n  sign-in-alt\r\n")
-        self.enter("-alt alice x\n", "session_id: o2")
-        self.enter("get-session-info o\t\n", "get-session-info: 1 Success")
 
     def test_watches_until_enter(self):
         self.console.type("watch\n")
@@ -167,8 +145,7 @@ class Prompt(GatewayTestCase):
 
 class Service(GatewayTestCase):
     def test_leaves_a_storage_folder_to_the_gateway_that_works_in_it(self):
-        self.write("config.xml", f"<config><qorn_storage_path>{self.folder}/</qorn_storage_path>"
-                   "<account_db_path>a.db</account_db_path></config>")
+        self.configure(f"<qorn_storage_path>{self.folder}/</qorn_storage_path><account_db_path>a.db</account_db_path>")
         first = self.start()
         first.wait_for("qorn> ")
         self.assertEqual(programs.run(*self.command), (
@@ -185,18 +162,3 @@ class Service(GatewayTestCase):
                 self.assertEqual(manager.recv(64), b"READY=1")
                 gateway.send_signal(signal.SIGTERM)
                 self.assertEqual(gateway.finish()[0], 0)
-
-    def test_waits_for_the_workers_request(self):
-        cloud = self.enterContext(programs.Cloud("--gateway", "AABBCC"))
-        cloud.ask("/api/faults", {"kind": "stall"})
-        config = programs.write_config(self.folder, cloud, (">off<", ">on<"))
-        gateway = self.enterContext(programs.Terminal("qorn-gateway", "--config", config, "--log",
-                                                      self.folder / "log"))
-        programs.wait_until(cloud.exchanges)
-        gateway.send_signal(signal.SIGTERM)
-        gateway.wait_for("qorn-gateway: stopping: waiting for the components to finish\r\n")
-        cloud.ask("/api/faults", method="DELETE")
-        self.assertEqual(gateway.finish()[0], 0)
-        # The worker went on with the answer.
-        _, (request, _) = cloud.exchanges()
-        self.assertIn(b" /device/getntsserverinfo ", request)
