@@ -1,6 +1,6 @@
-"""What tests of whole programs share. CTest names the build's folder in QORN_BUILD.
+"""Helpers for tests of whole programs. CTest passes the build folder in QORN_BUILD.
 
-Waiting is for a condition, and fails after PATIENCE seconds without it.
+Tests wait for conditions, never for a time; a condition that does not hold after PATIENCE seconds fails.
 """
 
 import base64
@@ -43,7 +43,7 @@ def run(program, *arguments, text="", stdout=subprocess.PIPE, **options):
 
 
 def show_death(status, text):
-    """Gives the text; shows it in the test's output if it tells of the program's death."""
+    """Returns the text; prints it too if the program crashed."""
     if -status in DEADLY or "Sanitizer" in text:
         print(f"status {status}:\n{text}", file=sys.stderr)
     return text
@@ -61,7 +61,7 @@ def mode(path):
 
 
 def write_config(folder, cloud, *changes):
-    """Writes config.xml for a gateway whose storage folder is "data" beside it; changes are pairs of texts."""
+    """Writes config.xml for a gateway whose storage folder is "data" beside it; changes are (old, new) texts."""
     (folder / "data").mkdir(parents=True, exist_ok=True)
     text = (SOURCE / "tests/config.xml").read_text()
     for old, new in (("$data", f"{folder}/data"), ("$cloud", cloud.urls["http"]), *changes):
@@ -101,7 +101,7 @@ class Cloud(Program):
         return self.ask("/api/codes", {"user": user})["code"]
 
     def exchanges(self):
-        """The bytes of each request that has come, and of its answer."""
+        """The bytes of each request so far, and of its answer."""
         return [[base64.b64decode(request[part] or "") for part in ("raw_base64", "answer_base64")]
                 for request in self.ask("/api/requests")]
 
@@ -124,19 +124,20 @@ class Terminal(Program):
         os.write(self.terminal, keys.encode())
 
     def wait_for(self, text):
-        """Reads to the end of the text and gives what came before it."""
+        """Reads up to and including the text; returns what came before it."""
         while text.encode() not in self.unread:
             assert self._read(), f"ended without {text!r}: {self.unread.decode()!r}"
         before, _, self.unread = self.unread.partition(text.encode())
         return before.decode()
 
-    def finish(self, keys=""):
-        """Types the keys and gives the status and what is left of the output."""
+    def finish(self, keys="", status=0):
+        """Types the keys, expects the program to exit with the status, and returns the rest of its output."""
         self.type(keys)
         while self._read():
             pass
-        status = self.wait(PATIENCE)
-        return status, show_death(status, self.unread.decode())
+        output = show_death(self.wait(PATIENCE), self.unread.decode())
+        assert self.returncode == status, f"ended with status {self.returncode}: {output!r}"
+        return output
 
     def _read(self):
         assert select.select([self.terminal], [], [], PATIENCE)[0], f"nothing comes after {self.unread}"

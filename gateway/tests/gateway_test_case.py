@@ -1,4 +1,4 @@
-"""A gateway whose component answers from memory, without a cloud."""
+"""A gateway with a component that answers from memory, so that tests need no cloud."""
 
 import os
 import re
@@ -11,7 +11,7 @@ FAKE = ("--component", programs.LIBRARIES / "libqorn_gateway_fake_component.so")
 class GatewayTestCase(programs.TestCase):
     def setUp(self):
         super().setUp()
-        # The component's long operation lasts until the test closes it.
+        # The component's long operation lasts until the test closes this pipe.
         self.pipe = self.folder / "pipe"
         os.mkfifo(self.pipe)
         self.configure("")
@@ -25,6 +25,6 @@ class GatewayTestCase(programs.TestCase):
         return re.sub('"time":"20[0-9-]{8}T[0-9:.]{12}Z",', "", (self.folder / "audit").read_text())
 
     def start(self, *arguments, **environment):
-        """Starts it at a terminal, where it keeps the history in the test's folder."""
+        """Starts it at a terminal, with its history in the test's folder."""
         return self.enterContext(programs.Terminal(*self.command, *arguments, XDG_STATE_HOME=str(self.folder),
                                                    **environment))

@@ -1,4 +1,4 @@
-"""How the gateway starts, and how it refuses to."""
+"""How the gateway starts, and when it refuses to."""
 
 import pathlib
 import string

@@ -1,9 +1,9 @@
 """Kills a gateway at random moments: death_test.py COUNT FOLDER SEED
 
 FOLDER gets the gateway's configuration and its storage folder. After each death a copy of the database
-must be whole, hold every change that the gateway had answered, and of the command that was running a whole
-number of its statements, in their order. The gateway that starts next must read the same and work on. Ends
-with status 1 at the first moment where one of these does not hold.
+must be sound, contain every change that the gateway had confirmed, and the first so many statements of the
+command that was running. The next gateway must read the same and go on from there. Exits with status 1 at the
+first death after which one of these does not hold.
 """
 
 import collections
@@ -26,7 +26,7 @@ FOLDER = pathlib.Path(sys.argv[2]).resolve()
 CLOUD_COMMANDS = ("create-user", "refresh-access-token", "sign-in", "remove-user")
 ACCOUNTS = [f"user{number}" for number in range(6)]
 chance = random.Random(int(SEED))
-seen = collections.Counter()  # What the deaths met, for the end of the output.
+seen = collections.Counter()  # What happened how often, printed at the end.
 cloud = programs.Cloud()
 config = programs.write_config(FOLDER, cloud, (">off<", ">on<"))
 
@@ -36,7 +36,7 @@ def get_code(account):
 
 
 class Gateway(programs.Program):
-    """A gateway that dies some time after arm(); ask() gives None once it is dead."""
+    """A gateway that is killed at a random moment after arm(); ask() then returns None."""
 
     def __init__(self):
         super().__init__("./qorn-gateway", "--config", config, "--log", "/dev/null", "--json", "--keep-going",
@@ -130,7 +130,7 @@ class State:
 
 
 def work(gateway, state, todo):
-    """Gives commands until the gateway is dead; gives back the one that was not answered."""
+    """Runs commands until the gateway is dead; returns the one that got no answer."""
     if chance.random() < 0.1:
         gateway.arm(0.06)  # while it starts
     known = gateway.ask(["get-all-users-uuid"])
@@ -162,7 +162,7 @@ def work(gateway, state, todo):
 
 
 def copy_and_look():
-    """Users and friends in a copy of the database, which must be whole and have no empty column."""
+    """Reads users and friends from a copy of the database, which must be sound and have no empty column."""
     copy = FOLDER / "copy"
     shutil.rmtree(copy, ignore_errors=True)
     shutil.copytree(FOLDER / "data", copy)
@@ -178,7 +178,7 @@ def copy_and_look():
 
 
 def tokens_so_far():
-    """The refresh tokens that the cloud gave, by the code or the refresh token that was sent."""
+    """The refresh tokens that the cloud issued, by the code or refresh token that was sent for them."""
     tokens = {}
     for request, answer in cloud.exchanges():
         asked = re.search(rb"\b(?:code|refresh_token)=([^&]+)", request)
@@ -189,7 +189,7 @@ def tokens_so_far():
 
 
 def compare(state, statements, tables, tokens):
-    """How many of the command's statements are in the tables; the state goes along."""
+    """Applies the statements to the state until the tables match; returns how many it took."""
     known = {row[0] for row in state.users.values()} | set(state.friends)
     found = tuple({(row[0] if row[0] in known else "?", *row[1:]) for row in rows} for rows in tables)
     for done in range(len(statements) + 1):
