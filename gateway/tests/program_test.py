@@ -77,7 +77,7 @@ class Prompt(GatewayTestCase):
     def test_edits_lines_keeps_history_and_goes_on_after_a_failure(self):
         self.enter("check-session-validation 22\b\n", "answered 2 (Invalid Session ID)")  # Backspace deletes a digit.
         self.enter("say é한\n", "\né한\r\n")
-        self.enter("\x10\x10\x7f5\n", "check-session-validation answered 5")  # The line before the last, with another digit.
+        self.enter("\x10\x10\x7f5\n", "check-session-validation answered 5")  # Two lines up, with another digit.
         self.console.finish("\x04")
 
     def test_drops_the_line_at_ctrl_c_and_ends_at_a_second_one_on_an_empty_line(self):
