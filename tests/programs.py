@@ -23,8 +23,7 @@ LIBRARIES = BUILD / "lib"
 SOURCE = pathlib.Path(__file__).resolve().parent.parent
 PATIENCE = 90
 # A program that dies prints the stacks of its threads to its standard error.
-STACKS = {"LD_PRELOAD": str(LIBRARIES / "libqorn_crash_report.so"), "ASAN_OPTIONS": "verify_asan_link_order=0"}
-os.environ.update(STACKS)
+os.environ.update(LD_PRELOAD=str(LIBRARIES / "libqorn_crash_report.so"), ASAN_OPTIONS="verify_asan_link_order=0")
 DEADLY = {signal.SIGSEGV, signal.SIGABRT, signal.SIGBUS, signal.SIGFPE, signal.SIGILL}
 Ended = collections.namedtuple("Ended", "status output errors")  # status: minus the signal that ended it
 open_url = urllib.request.build_opener(urllib.request.ProxyHandler({})).open

@@ -86,11 +86,6 @@ def expect_result(command, is_good):
     assert result.endswith(": 1 Success") == is_good, result
 
 
-def switch_fault_off():
-    find("#faults button").click()
-    wait_for("#faults-title + ul + p", "None")
-
-
 def test():
     browser.get(url + "/")
     wait_for("#connection", "live")
@@ -119,13 +114,15 @@ def test():
     wait_for("#requests", "503 Service Unavailable")
     take_screenshots("devcloud")
     take_screenshots("devcloud-dark", "dark")
-    switch_fault_off()
+    find("#faults button").click()
+    wait_for("#faults-title + ul + p", "None")
     expect_result(f"refresh-access-token {USER}", True)
     Select(find("#kind")).select_by_value("refuse")
     find("#fault button.main").click()
     wait_for("#faults", "Connections are refused")
     expect_result(f"sign-in {USER} {get_code()}", False)
-    switch_fault_off()
+    find("#faults button").click()
+    wait_for("#faults-title + ul + p", "None")
     print("The gateway has failed while faults were on, and worked when they were off", flush=True)
 
     browser.get(url + "/authorize")
