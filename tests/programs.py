@@ -1,6 +1,6 @@
-"""What tests of whole programs share. CTest names the build's folder in QORN_BUILD.
+"""Helpers for tests of whole programs. CTest passes the build folder in QORN_BUILD.
 
-Waiting is for a condition, and fails after PATIENCE seconds without it.
+Tests wait for conditions, never for a time; a condition that does not hold after PATIENCE seconds fails.
 """
 
 import base64
@@ -11,7 +11,6 @@ import pathlib
 import re
 import select
 import signal
-import ssl
 import subprocess
 import sys
 import tempfile
@@ -24,12 +23,10 @@ LIBRARIES = BUILD / "lib"
 SOURCE = pathlib.Path(__file__).resolve().parent.parent
 PATIENCE = 90
 # A program that dies prints the stacks of its threads to its standard error.
-STACKS = {"LD_PRELOAD": str(LIBRARIES / "libqorn_crash_report.so"), "ASAN_OPTIONS": "verify_asan_link_order=0"}
-os.environ.update(STACKS)
+os.environ.update(LD_PRELOAD=str(LIBRARIES / "libqorn_crash_report.so"), ASAN_OPTIONS="verify_asan_link_order=0")
 DEADLY = {signal.SIGSEGV, signal.SIGABRT, signal.SIGBUS, signal.SIGFPE, signal.SIGILL}
 Ended = collections.namedtuple("Ended", "status output errors")  # status: minus the signal that ended it
-open_url = urllib.request.build_opener(
-    urllib.request.ProxyHandler({}), urllib.request.HTTPSHandler(context=ssl._create_unverified_context())).open
+open_url = urllib.request.build_opener(urllib.request.ProxyHandler({})).open
 
 
 def run(program, *arguments, text="", stdout=subprocess.PIPE, **options):
@@ -45,7 +42,7 @@ def run(program, *arguments, text="", stdout=subprocess.PIPE, **options):
 
 
 def show_death(status, text):
-    """Gives the text; shows it in the test's output if it tells of the program's death."""
+    """Returns the text; prints it too if the program crashed."""
     if -status in DEADLY or "Sanitizer" in text:
         print(f"status {status}:\n{text}", file=sys.stderr)
     return text
@@ -63,7 +60,7 @@ def mode(path):
 
 
 def write_config(folder, cloud, *changes):
-    """Writes config.xml for a gateway whose storage folder is "data" beside it; changes are pairs of texts."""
+    """Writes config.xml for a gateway whose storage folder is "data" beside it; changes are (old, new) texts."""
     (folder / "data").mkdir(parents=True, exist_ok=True)
     text = (SOURCE / "tests/config.xml").read_text()
     for old, new in (("$data", f"{folder}/data"), ("$cloud", cloud.urls["http"]), *changes):
@@ -71,13 +68,6 @@ def write_config(folder, cloud, *changes):
         text = text.replace(old, new)
     (folder / "config.xml").write_text(text)
     return folder / "config.xml"
-
-
-def ask(url, body=None, method=None):
-    """What a server answers, to a POST if there is a body; without proxies or a look at certificates."""
-    data = None if body is None else json.dumps(body).encode()
-    with open_url(urllib.request.Request(url, data, method=method), timeout=PATIENCE) as answer:
-        return answer.read().decode()
 
 
 class Program(subprocess.Popen):
@@ -100,13 +90,17 @@ class Cloud(Program):
         self.urls = dict(self.stdout.readline().decode().split() for _ in range(3))
 
     def ask(self, path, body=None, method=None):
-        return json.loads(ask(self.urls["api"] + path, body, method))
+        """What its API answers, to a POST if there is a body."""
+        data = None if body is None else json.dumps(body).encode()
+        request = urllib.request.Request(self.urls["api"] + path, data, method=method)
+        with open_url(request, timeout=PATIENCE) as answer:
+            return json.load(answer)
 
     def issue_code(self, user):
         return self.ask("/api/codes", {"user": user})["code"]
 
     def exchanges(self):
-        """The bytes of each request that has come, and of its answer."""
+        """The bytes of each request so far, and of its answer."""
         return [[base64.b64decode(request[part] or "") for part in ("raw_base64", "answer_base64")]
                 for request in self.ask("/api/requests")]
 
@@ -129,19 +123,20 @@ class Terminal(Program):
         os.write(self.terminal, keys.encode())
 
     def wait_for(self, text):
-        """Reads to the end of the text and gives what came before it."""
+        """Reads up to and including the text; returns what came before it."""
         while text.encode() not in self.unread:
             assert self._read(), f"ended without {text!r}: {self.unread.decode()!r}"
         before, _, self.unread = self.unread.partition(text.encode())
         return before.decode()
 
-    def finish(self, keys=""):
-        """Types the keys and gives the status and what is left of the output."""
+    def finish(self, keys="", status=0):
+        """Types the keys, expects the program to exit with the status, and returns the rest of its output."""
         self.type(keys)
         while self._read():
             pass
-        status = self.wait(PATIENCE)
-        return status, show_death(status, self.unread.decode())
+        output = show_death(self.wait(PATIENCE), self.unread.decode())
+        assert self.returncode == status, f"ended with status {self.returncode}: {output!r}"
+        return output
 
     def _read(self):
         assert select.select([self.terminal], [], [], PATIENCE)[0], f"nothing comes after {self.unread}"

@@ -92,8 +92,8 @@ class Connections(CloudTest):
 
 
 class Faults(CloudTest):
-    # A fault, and what a client then sees: how the answer ends, its status, its first and last text. Without a
-    # fault the form "x=y" gets 400.
+    # A fault and what a client then sees: how the answer ends, its status, how its text begins and ends. Without
+    # a fault the form "x=y" is answered 400.
     CASES = (
         ({"kind": "status"}, "whole", 500, "HTTP/1.1 500 Internal Server Error\r\n", "made this answer.\n"),
         ({"kind": "status", "status": 204}, "whole", 204, "HTTP/1.1 204 No Content\r\n", "\r\n\r\n"),

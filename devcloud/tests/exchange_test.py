@@ -1,4 +1,4 @@
-"""What the cloud answers, played through exchanges.txt, which tells how it is written."""
+"""Plays exchanges.txt, which describes its own format."""
 
 import re
 
@@ -16,7 +16,7 @@ class Player:
         self.common_text = ""
 
     def fill(self, text):
-        """The longest name that stands there counts; a value may hold other names."""
+        """Replaces $NAME, the longest name that matches; a value may contain other names."""
         names = "|".join(sorted(map(re.escape, self.values), reverse=True))
         while (filled := re.sub(rf"\$({names})", lambda name: self.values[name[1]], text)) != text:
             text = filled

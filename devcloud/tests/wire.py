@@ -1,4 +1,4 @@
-"""A client that shows what comes over the wire, and reads no more into it than it must."""
+"""An HTTP client that returns answers as they came over the wire."""
 
 import collections
 import re
@@ -7,8 +7,8 @@ import ssl
 
 import programs
 
-# status: 0 for none. end: "whole", "reset" or "cut". largest: the most bytes that came in one piece, over
-# TLS in one record.
+# status: 0 if there is none. end: "whole", "reset" or "cut". largest: the most bytes of one read, over TLS of
+# one record.
 Seen = collections.namedtuple("Seen", "text status end largest")
 
 
@@ -30,17 +30,17 @@ class Connection:
         try:
             self.socket.sendall(text.encode(errors="surrogateescape"))
         except ConnectionError:
-            pass  # What is left of the answer tells.
+            pass  # The caller sees it in the answer.
 
     def read_until(self, end=""):
-        """All up to the text, or to the end of the connection."""
+        """Reads up to and including the text, or to the end of the connection."""
         read = b""
         while (not end or not read.endswith(end.encode())) and (byte := self.socket.recv(1)):
             read += byte
         return read.decode()
 
     def read_answer(self):
-        """A whole answer, or what comes of it, and how that ended."""
+        """Reads one answer, or as much as arrives of it; returns it and how it ended."""
         read = b""
         try:
             while not is_whole(text := read.decode(errors="surrogateescape")):
@@ -55,7 +55,7 @@ class Connection:
 
 
 def is_whole(text):
-    """Whether an answer has all that its head tells; one without a length ends with the connection."""
+    """Whether all of the answer is there; one without a length ends with the connection."""
     head, _, body = text.partition("\r\n\r\n")
     if head.endswith("100 Continue"):
         return is_whole(body)

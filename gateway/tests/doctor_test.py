@@ -1,4 +1,4 @@
-"""The doctor at a gateway in order, spoilt as doctor_cases.txt says."""
+"""The doctor's findings on a sound gateway after each of the changes in doctor_cases.txt."""
 
 import collections
 import email.utils
@@ -51,7 +51,7 @@ class Patient:
                 for path in self.folder.rglob("*") for found in [path.stat()]}
 
     def examine(self):
-        """The doctor's findings by their lines, STATE NAME VALUE | ADVICE, and its last line."""
+        """The doctor's findings as lines, STATE NAME VALUE | ADVICE. Checks its summary and exit status."""
         before = self.files()
         ended = programs.run("qorn-gateway", "doctor", "--config", self.config, *self.options, env=self.environment)
         assert "--try-refresh" in self.options or self.files() == before, self.files()
@@ -62,7 +62,7 @@ class Patient:
             text += f"{finding['state']} {finding['name']} {value} | {finding['advice']}\n"
         for name, real in self.names.items():
             text = text.replace(real, name)
-        text = re.sub("-10[0-9]0 s", "-1000 s", text)  # $past is older by what a busy machine takes.
+        text = re.sub("-10[0-9]0 s", "-1000 s", text)  # On a busy machine $past is a little older.
         count = collections.Counter(finding["state"] for finding in findings)
         assert summary == {"type": "summary", **{state: count[state] for state in STATES}}, summary
         assert ended.status == (3 if count["bad"] else 1 if count["warning"] else 0), ended

@@ -1,22 +1,19 @@
-"""The console's way to an authorisation code."""
+"""The console command that gets an authorisation code from the account server."""
 
 import signal
 
 import programs
+from gateway_test_case import GatewayTestCase
 
 
-class RequestCode(programs.TestCase):
+class RequestCode(GatewayTestCase):
     def setUp(self):
         super().setUp()
         self.cloud = self.enterContext(programs.Cloud())
 
-    def gateway(self, url):
-        config = self.write("config.xml", f"<config><account_zep_auth_url>{url}</account_zep_auth_url></config>")
-        return ("qorn-gateway", "--config", config, "--component",
-                programs.LIBRARIES / "libqorn_gateway_fake_component.so", "--log", self.folder / "log")
-
     def request(self, url, user="alice"):
-        return programs.run(*self.gateway(url), "--show-secrets", text=f"request-code {user}\n")
+        self.configure(f"<account_zep_auth_url>{url}</account_zep_auth_url>")
+        return programs.run(*self.command, "--show-secrets", text=f"request-code {user}\n")
 
     def assert_failure(self, url, error):
         self.assertEqual(self.request(url).errors,
@@ -44,10 +41,10 @@ class RequestCode(programs.TestCase):
 
     def test_ends_at_a_signal(self):
         self.cloud.ask("/api/faults", {"kind": "stall"})
-        gateway = self.enterContext(programs.Terminal(*self.gateway(self.cloud.urls["http"]),
-                                                      XDG_STATE_HOME=str(self.folder)))
+        self.configure(f"<account_zep_auth_url>{self.cloud.urls['http']}</account_zep_auth_url>")
+        gateway = self.start()
         gateway.type("request-code alice\n")
         programs.wait_until(self.cloud.exchanges)
         gateway.send_signal(signal.SIGTERM)
         gateway.wait_for("/authorize: told to stop")
-        self.assertEqual(gateway.finish()[0], 0)
+        gateway.finish()

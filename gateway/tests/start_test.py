@@ -1,28 +1,26 @@
-"""How the gateway starts, and how it refuses to."""
+"""How the gateway starts, and when it refuses to."""
 
-import os
 import pathlib
 import string
 
 import programs
+from gateway_test_case import FAKE, GatewayTestCase
 
-FAKE = ("--component", programs.LIBRARIES / "libqorn_gateway_fake_component.so")
-CONFIG = "<config><qorn_storage_path>{}</qorn_storage_path><account_db_path>{}</account_db_path></config>"
+CONFIG = "<qorn_storage_path>{}</qorn_storage_path><account_db_path>{}</account_db_path>"
 
 
 def run(*arguments, **options):
     return programs.run("qorn-gateway", *arguments, **options)
 
 
-class Start(programs.TestCase):
+class Start(GatewayTestCase):
     def read_cases(self, part):
-        for name, text in {"good.xml": "<config></config>", "broken.xml": "<config>\n<a>1</b>\n</config>", "empty": "",
+        for name, text in {"broken.xml": "<config>\n<a>1</b>\n</config>", "empty": "",
                            "root.xml": "<settings/>", "text": "no library and no database" + 100 * " "}.items():
             self.write(name, text)
         (self.folder / "folder").mkdir()
-        os.mkfifo(self.folder / "pipe")  # Nobody reads it.
         (self.folder / "link").symlink_to("one")
-        names = {"folder": self.folder, "library": programs.LIBRARIES, "good": f"--config {self.folder}/good.xml"}
+        names = {"folder": self.folder, "library": programs.LIBRARIES, "good": f"--config {self.folder}/config.xml"}
         cases = pathlib.Path("start_cases.txt").read_text().split("\n\n")[part]
         return [case.split(" |") for case in string.Template(cases).substitute(names).splitlines() if " |" in case]
 
@@ -40,8 +38,8 @@ class Start(programs.TestCase):
     def test_says_what_is_wrong_with_the_database_and_runs(self):
         for places, finding in self.read_cases(2):
             with self.subTest(places):
-                config = self.write("config.xml", CONFIG.format(*places.split()))
-                ended = run("--config", config, "--log", self.folder / "log", *FAKE)
+                self.configure(CONFIG.format(*places.split()))
+                ended = programs.run(*self.command)
                 self.assertEqual((ended.status, ended.output), (0, ""))
                 self.assertRegex(ended.errors, f"^qorn-gateway:{finding}.*\n$" if finding else "^$")
 
@@ -58,9 +56,9 @@ class Start(programs.TestCase):
         for levels, lines in (("LOG_VERBOSE LOG_INTERNAL_DETAILED_INFO LOG_INTERNAL_INFO LOG_INFO log_error", 2),
                               ("LOG_WARNING LOG_ERROR", 1), ("LOG_ERROR_REPORT LOG_FATAL", 0)):
             for level in levels.split():
-                config = self.write("config.xml", f"<config><account_log_level>{level}</account_log_level></config>")
+                self.configure(f"<account_log_level>{level}</account_log_level>")
                 log = self.folder / level
-                programs.run("qorn-gateway", "--config", config, "--log", log, "--keep-going", text="sign-out x\n")
+                run("--config", self.folder / "config.xml", "--log", log, "--keep-going", text="sign-out x\n")
                 found = [line for line in ("#account#SignOut#  SignOutStart", "#account#SignOut#  SignOutEndInvalid")
                          if line in log.read_text()]
                 self.assertEqual(len(found), lines, level)

@@ -26,15 +26,13 @@ apt_get() {
   inside DEBIAN_FRONTEND=noninteractive apt-get --yes --quiet --no-install-recommends "$@" 2>&1
 }
 mode() { inside stat -c '%a %U:%G' "$1"; }
-# The records of the package manager are its own, and so are the backups of the user database.
+# All files but the package manager's own and the backups of the user database.
 files() {
-  (cd "$root" && find . -xdev \( -path ./proc -o -path ./run -o -path ./root/packages -o -path ./var/lib/dpkg -o \
-    -path ./var/lib/apt -o -path ./var/cache -o -path ./var/log/apt -o -path ./var/log/dpkg.log \
-    -o -path "./etc/*-" \) \
-    -prune -o -printf '%p %y %m %u:%g\n' | sort)
+  find "$root" -xdev -printf '/%P %y %m %u:%g\n' | sort |
+    grep -vE '^/((proc|run|root/packages|var/lib/(dpkg|apt)|var/cache|var/log/(apt|dpkg\.log))[/ ]|etc/[^/]*- )'
 }
 
-# What the packages need comes first, so that what is left at the end is theirs alone.
+# Installs what the packages need first, so that whatever is left at the end is theirs.
 install_dependencies() {
   local needed
   needed=$(apt_get install --simulate "${packages[@]}" |
@@ -45,12 +43,8 @@ install_dependencies() {
 
 # Starts the development cloud; sets $http and $https. It ends with this script.
 start_cloud() {
-  local kind url
   coproc CLOUD { as qorn qorn-devcloud --port 0 --https-port 0 --print-urls; }
-  http='' https=''
-  while [ -z "$https" ] && read -r kind url <&"${CLOUD[0]}"; do
-    case "$kind" in http) http=$url ;; https) https=$url ;; esac
-  done
+  { read -r _ http && read -r _ https; } <&"${CLOUD[0]}" || true
 }
 fill_in_config() {
   sed -i -E "s#(<account_zep_auth_url>)[^<]*#\1$http#; s#(<account_user_portal_url>)[^<]*#\1$https#
@@ -58,14 +52,10 @@ fill_in_config() {
 }
 gateway() { as qorn qorn-gateway --log /var/log/qorn/gateway.log --audit /var/log/qorn/audit.log; }
 
-# Warnings are in order: that certificates are not checked is one.
-doctor() {
-  local status=0
-  as qorn qorn-gateway doctor || status=$?
-  [ "$status" -le 1 ]
-}
+# Exits with 1 if there are warnings, and that certificates are not checked is one.
+doctor() { as qorn qorn-gateway doctor || [ $? -eq 1 ]; }
 
-# The same packages under a higher version and with another configuration.
+# Makes the same packages with a higher version and another configuration.
 make_next_version() {
   local package folder=$root/root/next
   for package in "$build"/*.deb; do
@@ -77,13 +67,14 @@ make_next_version() {
   done
   rm -r "$folder"
 }
-# Starts the service as its unit does and waits until it says that it is ready; sets $service.
+# Starts the service with the command of its unit and waits until it reports that it is ready; sets
+# $service and $ready.
 start_service() {
-  local line command unit=$root/lib/systemd/system/qorn-gateway.service
+  local command unit=$root/lib/systemd/system/qorn-gateway.service
   exec {notify}< <(perl -MIO::Socket::UNIX -e '$| = 1; umask 0;
     my $socket = IO::Socket::UNIX->new(Type => SOCK_DGRAM, Local => $ARGV[0]) or die $!;
     print "listening\n"; $socket->recv(my $text, 4096); print "$text\n"' "$root/run/notify")
-  read -r line <&"$notify"
+  read -r _ <&"$notify"
   command=$(sed -nE '/^ExecStart=/,/[^\\]$/ { s/^ExecStart=//; s/\\$//; p }' "$unit" | tr '\n' ' ')
   # shellcheck disable=SC2086
   as qorn env NOTIFY_SOCKET=/run/notify $command >"$root/root/packages/service" 2>&1 &
@@ -125,19 +116,18 @@ check '/var/log/qorn is the gateway'"'"'s alone' equal '700 qorn:qorn' mode /var
 check 'config.xml is read by the gateway and written by root' equal '640 root:qorn' mode /etc/qorn/config.xml
 check 'nobody else reads config.xml' as nobody sh -c '! test -r /etc/qorn/config.xml'
 check 'the user qorn cannot log in' equal /usr/sbin/nologin inside sh -c 'getent passwd qorn | cut -d: -f7'
-# 15 stands for 1.5.
+# --threshold takes tenths.
 check 'the service is exposed by 1.5 at most' inside systemd-analyze security --offline=true \
   --threshold=15 /lib/systemd/system/qorn-gateway.service
 check 'systemd reads the unit without a complaint' equal '' \
   inside sh -c 'systemd-analyze verify --man=no qorn-gateway.service 2>&1'
-check 'qorn-gateway --help' as nobody qorn-gateway --help
-check 'qorn-devcloud --help' as nobody qorn-devcloud --help
-for page in qorn-gateway qorn-devcloud; do
-  check "the manual has $page(1)" inside gzip -t "/usr/share/man/man1/$page.1.gz"
+for program in qorn-gateway qorn-devcloud; do
+  check "$program --help" as nobody "$program" --help
+  check "the manual has $program(1)" inside gzip -t "/usr/share/man/man1/$program.1.gz"
 done
 
 start_cloud
-check 'the cloud starts as qorn' [ -n "$https" ]
+check 'the cloud starts as qorn' [ -n "${https:-}" ]
 fill_in_config
 check 'the gateway creates a user and signs in, with the installed configuration' \
   gateway <tests/install/commands.qorn

@@ -29,7 +29,7 @@ def start_browser():
 
 
 def run(command):
-    """Types the command at the gateway's console and gives the line with its result."""
+    """Runs the command at the gateway's console; returns the line with its result."""
     gateway.stdin.write(command + "\n")
     gateway.stdin.flush()
     for line in gateway.stdout:
@@ -43,7 +43,7 @@ def find(selector):
 
 
 def wait(condition, problem):
-    # An element that the page replaces while it is read is read again.
+    # The page may replace an element while it is being read: read again.
     return WebDriverWait(browser, 10, 0.05, [StaleElementReferenceException]).until(lambda _: condition(), problem)
 
 
