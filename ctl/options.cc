@@ -19,6 +19,7 @@ void Declare(CLI::App* app, Options* options) {
       ->check(CLI::Range(1, kMostSeconds))
       ->capture_default_str();
   app->add_flag("--json", options->json, "Write one JSON object a line");
+  app->add_flag("--keep-going", options->keep_going, "Go on after a command of a pipe failed");
   app->add_flag("--show-secrets", options->show_secrets,
                 "Show tokens and authorisation codes in full");
   app->set_version_flag("--version", "qornctl " QORN_VERSION);

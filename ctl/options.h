@@ -13,6 +13,7 @@ struct Options {
   std::string address = "system";
   int timeout_seconds = 120;
   bool json = false;
+  bool keep_going = false;
   bool show_secrets = false;
   std::vector<std::string> command;  // empty: commands are read
 };

@@ -138,7 +138,7 @@ int Program::Run() {
 
 bool Program::RunCommands(gateway::Console* console) {
   if (options_.command.empty()) {
-    return gateway::RunInput(gateway::MakeRunOptions("", false), gateway::OpenInput(""), signals_,
+    return gateway::RunInput(gateway::MakeRunOptions("", options_.keep_going), gateway::OpenInput(""), signals_,
                              console, &printer_);
   }
   std::string line;

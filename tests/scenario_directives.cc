@@ -40,10 +40,11 @@ void ScenarioRunner::AddChecks() {
     written_.erase(w[0]);
   });
   Check("log", kText, [this](W w) {
-    TakeNext(&lines_, LogLine(w[0]));
+    if (connect_ == nullptr) TakeNext(&lines_, LogLine(w[0]));
     told_lines_ = true;
   });
   Check("trace", 2, [this](W w) {
+    if (connect_ != nullptr) return;
     const auto [start, end] = StartAndEnd(w[0], std::stoi(w[1]));
     TakeNext(&lines_, start);
     TakeNext(&lines_, end);
@@ -80,11 +81,13 @@ void ScenarioRunner::AddLife() {
   Step("start", 0, [this](W) {
     StartRuntime();
     if (!service_.Init()) Fail("Init answered false");
+    if (connect_ != nullptr) access_ = connect_(&service_);
     running_ = true;
     MoveClock("0");  // Waits until the worker has armed its timer.
   });
   Step("stop", 0, [this](W) {
     running_ = false;
+    access_.reset();
     if (!service_.Shutdown() || !service_.Shutdown()) Fail("Shutdown answered false");
     runtime::Runtime::Destroy();
     Collect();
@@ -110,7 +113,7 @@ void ScenarioRunner::AddLife() {
       log_.OnLine(nullptr);
       gateway::Answer answer;
       std::string error;
-      gateway::FindCommandOperation(w[2])->Call(service_, {w.begin() + 3, w.end()}, &answer,
+      gateway::FindCommandOperation(w[2])->Call(accounts(), {w.begin() + 3, w.end()}, &answer,
                                                 &error);
       EXPECT_EQ(std::to_string(answer.code), w[1]) << error;
     });

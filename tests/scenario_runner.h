@@ -19,6 +19,7 @@
 #include "devcloud/http/recorded_request.h"
 #include "gateway/console/commands.h"
 #include "gateway/console/variables.h"
+#include "tests/bus_access.h"
 
 namespace scenarios {
 
@@ -51,7 +52,10 @@ void TakeNext(std::deque<std::string>* found, const std::string& expected);
 // the lines. The first line that fails ends it.
 class ScenarioRunner : public account::AccountTest {
  public:
-  explicit ScenarioRunner(Scenario scenario);
+  // How a started service is called; directly if there is none.
+  using Connect = std::shared_ptr<BusAccess> (*)(AccountManager*);
+
+  explicit ScenarioRunner(Scenario scenario, Connect connect = nullptr);
   ~ScenarioRunner() override;
 
  private:
@@ -89,6 +93,7 @@ class ScenarioRunner : public account::AccountTest {
   void TakeTrace(const std::string& operation, int code);
   // Takes what a step wrote and published.
   void Collect();
+  AccountManager& accounts() { return access_ == nullptr ? service_ : *access_->accounts(); }
   // Ends a step: nothing may be left that no line has told.
   void Settle();
   void MoveClock(const std::string& seconds);
@@ -104,6 +109,9 @@ class ScenarioRunner : public account::AccountTest {
   base::TestClock clock_;
   account::EventCapture bus_;
   account::AccountManagerImpl service_;
+  // From outside the log's lines are not a caller's to look at: whoever calls may cause some.
+  const Connect connect_;
+  std::shared_ptr<BusAccess> access_;
   bool running_ = false;
   bool flag_ = false;  // What the flag of a sign-in holds before the call.
   std::unique_ptr<sqlite3, int (*)(sqlite3*)> lock_{nullptr, sqlite3_close};

@@ -121,7 +121,7 @@ check 'the service is exposed by 1.5 at most' inside systemd-analyze security --
   --threshold=15 /lib/systemd/system/qorn-gateway.service
 check 'systemd reads the unit without a complaint' equal '' \
   inside sh -c 'systemd-analyze verify --man=no qorn-gateway.service 2>&1'
-for program in qorn-gateway qorn-devcloud; do
+for program in qorn-gateway qorn-devcloud qornctl; do
   check "$program --help" as nobody "$program" --help
   check "the manual has $program(1)" inside gzip -t "/usr/share/man/man1/$program.1.gz"
 done
