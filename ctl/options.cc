@@ -1,6 +1,7 @@
 #include "ctl/options.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 
 #include "gateway/exit_status.h"
 
@@ -23,8 +24,6 @@ void Declare(CLI::App* app, Options* options) {
   app->add_flag("--show-secrets", options->show_secrets,
                 "Show tokens and authorisation codes in full");
   app->set_version_flag("--version", "qornctl " QORN_VERSION);
-  // From the first word on that is no option, all belongs to the command.
-  app->prefix_command();
   app->footer(
       "A command and its words may stand behind the options: qornctl users. Without one, commands\n"
       "are read one a line.\n"
@@ -34,6 +33,17 @@ void Declare(CLI::App* app, Options* options) {
       "or no gateway answers.");
 }
 
+// From the first word on that is no option nor an option's value, all belongs to the command, empty
+// words too, which the parser would drop.
+int CommandStart(int argc, const char* const* argv) {
+  int at = 1;
+  while (at < argc && argv[at][0] == '-') {
+    const std::string option = argv[at];
+    at += option == "--bus" || option == "--timeout" ? 2 : 1;
+  }
+  return std::min(at, argc);
+}
+
 }  // namespace
 
 std::optional<int> ParseOptions(int argc, const char* const* argv, std::ostream& out,
@@ -41,11 +51,9 @@ std::optional<int> ParseOptions(int argc, const char* const* argv, std::ostream&
   CLI::App app("Uses the accounts of a running gateway.", "qornctl");
   Declare(&app, options);
   try {
-    app.parse(argc, argv);
-    options->command = app.remaining();
-    if (!options->command.empty() && options->command[0].starts_with('-')) {
-      throw CLI::ExtrasError({options->command[0]});
-    }
+    const int start = CommandStart(argc, argv);
+    app.parse(start, argv);
+    options->command.assign(argv + start, argv + argc);
   } catch (const CLI::Success& wanted) {  // --help or --version
     app.exit(wanted, out, err);
     return gateway::kExitGood;

@@ -143,6 +143,7 @@ size_t LastWordStart(const std::string& line) {
 }
 
 std::string EscapeWord(const std::string& text) {
+  if (text.empty()) return "''";
   std::string escaped;
   for (const char c : text) {
     const bool begins_comment = c == '#' && escaped.empty();

@@ -50,7 +50,8 @@ class Bus(programs.TestCase):
         self.address = f"unix:path={self.folder}/bus"
         config = self.write("bus.conf", BUS.format(self.folder))
         bus = self.enterContext(programs.Program("dbus-daemon", "--nofork", "--nopidfile", "--print-address",
-                                                 f"--config-file={config}", stdout=subprocess.PIPE))
+                                                 f"--config-file={config}", stdout=subprocess.PIPE,
+                                                 stderr=subprocess.DEVNULL))
         bus.stdout.readline()
         self.cloud = self.enterContext(programs.Cloud())
 
@@ -61,7 +62,7 @@ class Bus(programs.TestCase):
             <gateway_bus_group>games</gateway_bus_group></config>"""))
         gateway = self.enterContext(programs.Program(
             "./qorn-gateway", "--config", config, "--log", self.folder / "log", "--audit", self.folder / "audit",
-            "--daemon", "--bus", self.address, stderr=subprocess.PIPE))
+            "--daemon", "--bus", self.address, stdout=subprocess.DEVNULL))
         programs.wait_until(lambda: gateway.poll() is not None or self.ctl("get-session-lifetime").status == 0)
         return gateway
 
@@ -81,11 +82,12 @@ class Bus(programs.TestCase):
         self.assertEqual((failed.status, failed.errors.count("\n")), (1, 1))
         shown = self.ctl(text="in-alt ann ''\nstatus\nget-user-info-by-type $user_uuid 104\n")
         self.assertRegex(shown.output, r"Users +2\n(.*\n)*Sessions +1 open; (.*\n)*  value: [0-9a-f]{4}…")
-        with programs.Program("./qornctl", "--bus", self.address, "watch", "60", stdout=subprocess.PIPE) as watch:
-            # The watch hears from some moment on.
-            def hears():
+        with programs.Program("./qornctl", "--bus", self.address, "watch", "60", stdout=subprocess.PIPE, bufsize=0) as watch:
+            os.set_blocking(watch.stdout.fileno(), False)
+
+            def hears():  # From some moment on.
                 self.ctl("in-alt", "ann", "")
-                return b"SignInAlt" in os.read(watch.stdout.fileno(), 4096)
+                return b"SignInAlt" in (watch.stdout.read() or b"")
             programs.wait_until(hears)
         taken = programs.run("qorn-gateway", "--config", self.write("other.xml", "<config></config>"), "--component",
                              programs.LIBRARIES / "libqorn_gateway_fake_component.so", "--bus", self.address,
