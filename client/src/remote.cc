@@ -13,6 +13,8 @@ namespace qorn {
 namespace {
 
 constexpr int kLongestWait = 60;
+constexpr std::chrono::seconds kFirstRetry{1};
+constexpr std::chrono::seconds kLongestRetry{60};
 constexpr char kWaitText[] = "try again in ";
 
 // The seconds in the text of a refusal; 0 when there are none.
@@ -45,6 +47,7 @@ Result Failure(const std::string& what, int error) {
 }
 
 Result ReadReply(sd_bus_message* reply, const Call& call) {
+  if (reply == nullptr) return {.error = SD_BUS_ERROR_DISCONNECTED, .text = "the bus is gone"};
   const sd_bus_error* const error = sd_bus_message_get_error(reply);
   if (error != nullptr) {
     return {.error = error->name, .text = error->message == nullptr ? "" : error->message};
@@ -77,9 +80,24 @@ bool Remote::Connect(std::string* error) {
     return false;
   }
   connection_ = std::move(connection);
-  // The next call connects again.
-  loop_.Use(connection_.get(), [this](int) { connection_.reset(); });
+  loop_.Use(connection_.get(), [this](int) { OnLost(); });
   return true;
+}
+
+// Listeners want to hear again without a call.
+void Remote::OnLost() {
+  pending_.Fail();
+  connection_.reset();
+  Reconnect(kFirstRetry);
+}
+
+void Remote::Reconnect(std::chrono::seconds pause) {
+  loop_.PostAt(bus::Loop::Clock::now() + pause, [this, pause] {
+    std::string error;
+    // A call may have connected meanwhile.
+    if (connection_ != nullptr || Connect(&error)) return;
+    Reconnect(std::min(2 * pause, kLongestRetry));
+  });
 }
 
 Result Remote::Send(const Call& call) {
@@ -95,6 +113,10 @@ Result Remote::Send(const Call& call) {
 }
 
 Result Remote::SendOnce(const Call& call) {
+  // Its own thread would wait for itself.
+  if (std::this_thread::get_id() == thread_.get_id()) {
+    return {.error = SD_BUS_ERROR_FAILED, .text = "listeners must not call the gateway"};
+  }
   std::promise<Result> promise;
   loop_.Post(
       [&] { SendNow(call, [&promise](const Result& result) { promise.set_value(result); }); });
@@ -115,15 +137,18 @@ void Remote::SendNow(const Call& call, const Then& then) {
     return then({.error = bus::kInvalidArgs,
                  .text = "an argument of " + call.member + " is not UTF-8 or holds a zero byte"});
   }
-  if (result >= 0) result = sd_bus_message_set_allow_interactive_authorization(made, 1);
+  if (result >= 0)
+    result = sd_bus_message_set_allow_interactive_authorization(made, call.interactive);
   if (result >= 0) {
-    result = bus::CallAsync(connection_.get(), made, options_.timeout,
-                            [&call, then](sd_bus_message* reply) { then(ReadReply(reply, call)); });
+    result = pending_.Send(connection_.get(), made, options_.timeout,
+                           [&call, then](sd_bus_message* reply) { then(ReadReply(reply, call)); });
   }
   if (result < 0) then(Failure(call.member + " cannot be sent", result));
 }
 
 int Remote::OnSignal(sd_bus_message* signal, void* remote, sd_bus_error* /*error*/) {
+  // The bus hands out broadcasts of the gateway alone; anybody may send a signal to one connection.
+  if (sd_bus_message_get_destination(signal) != nullptr) return 0;
   const char* const member = sd_bus_message_get_member(signal);
   for (const gateway::EventKind& kind : gateway::EventKinds()) {
     if (std::strcmp(kind.signal, member) != 0) continue;

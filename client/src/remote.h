@@ -32,6 +32,8 @@ struct Call {
   std::vector<Argument> arguments;
   // Reads the reply. False when it is not what was expected.
   std::function<bool(sd_bus_message* reply)> read;
+  // Whether a person may be asked to allow it.
+  bool interactive = true;
 };
 
 struct Result {
@@ -59,6 +61,8 @@ class Remote {
 
   static int OnSignal(sd_bus_message* signal, void* remote, sd_bus_error* error);
   bool Connect(std::string* error);
+  void OnLost();
+  void Reconnect(std::chrono::seconds pause);
   // On the loop's thread.
   void SendNow(const Call& call, const Then& then);
   void Deliver(const ClientEvent& event);
@@ -66,6 +70,7 @@ class Remote {
 
   const ClientOptions options_;
   bus::Loop loop_;
+  bus::PendingCalls pending_;
   bus::ConnectionPtr connection_;
   std::thread thread_;
   base::Lock lock_;

@@ -94,7 +94,10 @@ AccountResult RemoteAccounts::GetUserInformation(const std::string& user_uuid, s
 void RemoteAccounts::ReadToken(const std::string& user_uuid, int type, std::string* token) {
   if (!may_read_tokens_) return;
   const std::vector<Output> outputs = {token};
-  const Result result = remote_->Send(MakeCall("GetUserInfoByType", {user_uuid, type}, outputs));
+  Call call = MakeCall("GetUserInfoByType", {user_uuid, type}, outputs);
+  // Nobody is asked for a password because of what the caller did not ask for.
+  call.interactive = false;
+  const Result result = remote_->Send(call);
   if (result.error == bus::kAccessDenied) may_read_tokens_ = false;
 }
 

@@ -17,7 +17,8 @@ constexpr char kPolkitInterface[] = "org.freedesktop.PolicyKit1.Authority";
 constexpr char kActionPrefix[] = "org.qorn.accounts1.";
 constexpr uint32_t kAllowInteraction = 1;
 constexpr std::chrono::seconds kPatience{5};
-constexpr std::chrono::seconds kPatienceWithPeople{120};
+// Less than a service manager waits for a stop.
+constexpr std::chrono::seconds kPatienceWithPeople{60};
 
 bool HasWithoutAsking(const Caller& caller, Right right) {
   if (caller.user == 0 || caller.user == geteuid()) return true;
@@ -41,6 +42,7 @@ bus::MessagePtr Question(sd_bus* bus, const Caller& caller, Right right, bool in
 
 bool IsGranted(sd_bus_message* reply) {
   int granted = 0;
+  if (reply == nullptr) return false;
   if (sd_bus_message_is_method_error(reply, nullptr) != 0) return false;
   if (sd_bus_message_enter_container(reply, 'r', "bba{ss}") < 0) return false;
   return sd_bus_message_read(reply, "b", &granted) > 0 && granted != 0;
@@ -48,14 +50,14 @@ bool IsGranted(sd_bus_message* reply) {
 
 }  // namespace
 
-void Authorise(sd_bus* bus, const Caller& caller, Right right, bool interactive,
-               std::function<void(bool)> then) {
+void Authorise(sd_bus* bus, bus::PendingCalls* pending, const Caller& caller, Right right,
+               bool interactive, std::function<void(bool)> then) {
   if (HasWithoutAsking(caller, right)) return then(true);
   const bus::MessagePtr question = Question(bus, caller, right, interactive);
   const auto answer = std::make_shared<std::function<void(bool)>>(std::move(then));
   if (question == nullptr ||
-      bus::CallAsync(bus, question.get(), interactive ? kPatienceWithPeople : kPatience,
-                     [answer](sd_bus_message* reply) { (*answer)(IsGranted(reply)); }) < 0) {
+      pending->Send(bus, question.get(), interactive ? kPatienceWithPeople : kPatience,
+                    [answer](sd_bus_message* reply) { (*answer)(IsGranted(reply)); }) < 0) {
     (*answer)(false);
   }
 }

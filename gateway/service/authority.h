@@ -14,8 +14,8 @@ namespace gateway {
 // `then` is told whether the caller has the right: at once for root, for the user whom this process
 // runs as, who could read the database, and for a group member's looks and sign-ins. For all others
 // polkit is asked, which may ask the person when `interactive`; without polkit they have no right.
-void Authorise(sd_bus* bus, const Caller& caller, Right right, bool interactive,
-               std::function<void(bool)> then);
+void Authorise(sd_bus* bus, bus::PendingCalls* pending, const Caller& caller, Right right,
+               bool interactive, std::function<void(bool)> then);
 
 }  // namespace gateway
 

@@ -21,6 +21,8 @@ namespace {
 // Nobody tells of changes of the properties.
 constexpr std::chrono::seconds kBetweenLooks{5};
 constexpr std::chrono::seconds kFirstRetry{1};
+constexpr std::chrono::seconds kFlushTime{5};
+constexpr uint64_t kFlushPause = 100'000;  // microseconds
 constexpr std::chrono::seconds kLongestRetry{60};
 
 }  // namespace
@@ -45,6 +47,8 @@ class BusService::Impl {
   void OnLost(int error);
   void Reconnect(std::chrono::seconds pause);
   void LookForChanges();
+  // Writes what is not written yet, as far as the bus takes it in time.
+  void Flush();
 
   const Options options_;
   const Parts parts_;
@@ -52,6 +56,7 @@ class BusService::Impl {
   Properties properties_;
   Calls calls_;
   bus::ConnectionPtr connection_;
+  std::string retry_error_;  // the latest that was reported
   std::thread thread_;
 };
 
@@ -75,8 +80,7 @@ void BusService::Impl::Stop() {
   if (!thread_.joinable()) return;
   loop_.Post([this] { calls_.Stop([this] { loop_.Quit(); }); });
   thread_.join();
-  // What is not written yet.
-  if (connection_ != nullptr) sd_bus_flush(connection_.get());
+  Flush();
 }
 
 bool BusService::Impl::Connect(std::string* error) {
@@ -85,6 +89,7 @@ bool BusService::Impl::Connect(std::string* error) {
   int result =
       AddInterfaces(connection.get(), {.method = &OnMethod, .property = &OnProperty}, this);
   if (result >= 0) result = sd_bus_add_filter(connection.get(), nullptr, &OnAnyMessage, this);
+  if (result >= 0) result = calls_.Use(connection.get());
   if (result >= 0) result = sd_bus_request_name(connection.get(), bus::kService, 0);
   if (result < 0) {
     *error = "the name " + std::string(bus::kService) + " cannot be had on the bus " +
@@ -136,8 +141,9 @@ int BusService::Impl::OnProperty(sd_bus* /*connection*/, const char* /*path*/,
 void BusService::Impl::OnLost(int error) {
   parts_.report(std::string("the bus is gone (") + std::strerror(error) +
                 "); the gateway works on and looks for it");
+  retry_error_.clear();
+  calls_.Lose();
   connection_.reset();
-  calls_.ForgetCallers();
   Reconnect(kFirstRetry);
 }
 
@@ -145,8 +151,20 @@ void BusService::Impl::Reconnect(std::chrono::seconds pause) {
   loop_.PostAt(bus::Loop::Clock::now() + pause, [this, pause] {
     std::string error;
     if (Connect(&error)) return parts_.report("the bus is back");
+    if (std::exchange(retry_error_, error) != error) parts_.report(error);
     Reconnect(std::min(2 * pause, kLongestRetry));
   });
+}
+
+void BusService::Impl::Flush() {
+  const auto end = bus::Loop::Clock::now() + kFlushTime;
+  uint64_t left = 0;
+  while (connection_ != nullptr && bus::Loop::Clock::now() < end &&
+         sd_bus_get_n_queued_write(connection_.get(), &left) >= 0 && left > 0) {
+    const int result = sd_bus_process(connection_.get(), nullptr);
+    if (result < 0) return;
+    if (result == 0) sd_bus_wait(connection_.get(), kFlushPause);
+  }
 }
 
 void BusService::Impl::LookForChanges() {

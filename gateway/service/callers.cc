@@ -4,13 +4,11 @@
 #include <pwd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstring>
 #include <fstream>
-#include <optional>
 #include <utility>
-
-#include "bus/connection.h"
 
 namespace gateway {
 namespace {
@@ -24,7 +22,10 @@ std::optional<gid_t> FindGroup(const std::string& name) {
   group entry{};
   group* found = nullptr;
   std::vector<char> buffer(kLookUpBytes);
-  getgrnam_r(name.c_str(), &entry, buffer.data(), buffer.size(), &found);
+  // A group may have any number of members.
+  while (getgrnam_r(name.c_str(), &entry, buffer.data(), buffer.size(), &found) == ERANGE) {
+    buffer.resize(2 * buffer.size());
+  }
   return found == nullptr ? std::nullopt : std::optional(entry.gr_gid);
 }
 
@@ -91,6 +92,7 @@ int ReadCredential(sd_bus_message* reply, Credentials* credentials) {
 // Without a user when the reply is an error or cannot be read.
 Credentials ReadCredentials(sd_bus_message* reply) {
   Credentials credentials;
+  if (reply == nullptr) return {};
   if (sd_bus_message_is_method_error(reply, nullptr) != 0) return {};
   int result = sd_bus_message_enter_container(reply, 'a', "{sv}");
   while (result >= 0 && (result = sd_bus_message_enter_container(reply, 'e', "sv")) > 0) {
@@ -102,47 +104,43 @@ Credentials ReadCredentials(sd_bus_message* reply) {
 
 }  // namespace
 
-Callers::Callers(const std::string& group) : group_(group) {}
+Callers::Callers(const std::string& group, bus::PendingCalls* pending)
+    : group_(FindGroup(group)), pending_(pending) {}
+
+int Callers::WatchDepartures(sd_bus* bus) {
+  // One rule for all connections: a bus allows each of its clients only some hundreds.
+  return sd_bus_add_match(bus, nullptr,
+                          "type='signal',sender='org.freedesktop.DBus',"
+                          "interface='org.freedesktop.DBus',member='NameOwnerChanged',arg2=''",
+                          &OnDeparture, this);
+}
 
 void Callers::Identify(sd_bus* bus, const std::string& connection, Then then) {
   const auto [found, is_new] = entries_.try_emplace(connection);
   Entry& entry = found->second;
   if (entry.caller != nullptr) return then(entry.caller);
   entry.waiting.push_back(std::move(then));
-  if (!is_new) return;
-  entry.callers = this;
-  entry.connection = connection;
-  if (!Ask(bus, &entry)) Settle(connection, nullptr);
+  if (is_new && !Ask(bus, connection)) Settle(connection, nullptr);
 }
 
-bool Callers::Ask(sd_bus* bus, Entry* entry) {
-  const std::string rule =
-      "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
-      "member='NameOwnerChanged',arg0='" +
-      entry->connection + "'";
-  sd_bus_slot* slot = nullptr;
-  // Before the question, so that a connection that leaves in between is not kept for ever.
-  int result = sd_bus_add_match_async(bus, &slot, rule.c_str(), &OnDeparture, nullptr, entry);
-  entry->departure.reset(slot);
+bool Callers::Ask(sd_bus* bus, const std::string& connection) {
   sd_bus_message* call = nullptr;
-  if (result >= 0) {
-    result = sd_bus_message_new_method_call(bus, &call, kBusName, kBusObject, kBusName,
-                                            "GetConnectionCredentials");
-  }
+  int result = sd_bus_message_new_method_call(bus, &call, kBusName, kBusObject, kBusName,
+                                              "GetConnectionCredentials");
   const bus::MessagePtr owner(call);
-  if (result >= 0) result = sd_bus_message_append(call, "s", entry->connection.c_str());
+  if (result >= 0) result = sd_bus_message_append(call, "s", connection.c_str());
   if (result < 0) return false;
-  return bus::CallAsync(bus, call, kPatience,
-                        [this, connection = entry->connection](sd_bus_message* reply) {
-                          OnCredentials(connection, reply);
-                        }) >= 0;
+  return pending_->Send(bus, call, kPatience, [this, connection](sd_bus_message* reply) {
+    OnCredentials(connection, reply);
+  }) >= 0;
 }
 
-int Callers::OnDeparture(sd_bus_message* /*message*/, void* entry, sd_bus_error* /*error*/) {
-  const Entry* const left = static_cast<Entry*>(entry);
-  // A copy, since the entry goes.
-  const std::string connection = left->connection;
-  left->callers->Settle(connection, nullptr);
+int Callers::OnDeparture(sd_bus_message* message, void* callers, sd_bus_error* /*error*/) {
+  Callers& self = *static_cast<Callers*>(callers);
+  const char* name = nullptr;
+  if (sd_bus_message_read(message, "s", &name) > 0 && self.entries_.contains(name)) {
+    self.Settle(name, nullptr);
+  }
   return 0;
 }
 
@@ -154,15 +152,14 @@ CallerPtr Callers::ReadCaller(const std::string& connection, sd_bus_message* rep
   const Credentials credentials = ReadCredentials(reply);
   if (!credentials.user) return nullptr;
   const Account account = FindAccount(*credentials.user);
-  const std::optional<gid_t> group = FindGroup(group_);
   auto caller = std::make_shared<Caller>();
   caller->connection = connection;
   caller->user = *credentials.user;
   caller->user_name = account.name;
   if (credentials.process) caller->program = ProgramOf(*credentials.process);
-  if (group) {
+  if (group_) {
     const auto groups = credentials.groups ? *credentials.groups : GroupsOf(account);
-    caller->is_member = std::find(groups.begin(), groups.end(), *group) != groups.end();
+    caller->is_member = std::find(groups.begin(), groups.end(), *group_) != groups.end();
   }
   return caller;
 }

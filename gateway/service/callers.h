@@ -7,10 +7,11 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "bus/handles.h"
+#include "bus/connection.h"
 
 namespace gateway {
 
@@ -31,8 +32,11 @@ class Callers {
   // Null for a connection that has left before it could be asked about.
   using Then = std::function<void(const CallerPtr& caller)>;
 
-  // Members of this group are marked.
-  explicit Callers(const std::string& group);
+  // Members of this group are marked. Borrows `pending`.
+  Callers(const std::string& group, bus::PendingCalls* pending);
+
+  // Hears of those who leave this bus. A negative errno when that cannot be.
+  int WatchDepartures(sd_bus* bus);
 
   // At once when the connection is known.
   void Identify(sd_bus* bus, const std::string& connection, Then then);
@@ -44,19 +48,17 @@ class Callers {
   struct Entry {
     CallerPtr caller;
     std::vector<Then> waiting;
-    bus::SlotPtr departure;
-    Callers* callers = nullptr;
-    std::string connection;
   };
 
-  static int OnDeparture(sd_bus_message* message, void* entry, sd_bus_error* error);
-  bool Ask(sd_bus* bus, Entry* entry);
+  static int OnDeparture(sd_bus_message* message, void* callers, sd_bus_error* error);
+  bool Ask(sd_bus* bus, const std::string& connection);
   void OnCredentials(const std::string& connection, sd_bus_message* reply);
   CallerPtr ReadCaller(const std::string& connection, sd_bus_message* reply) const;
   // Answers those who wait; forgets the connection when it is not known.
   void Settle(const std::string& connection, const CallerPtr& caller);
 
-  const std::string group_;
+  const std::optional<gid_t> group_;
+  bus::PendingCalls* const pending_;
   std::map<std::string, Entry, std::less<>> entries_;
 };
 

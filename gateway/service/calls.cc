@@ -4,6 +4,7 @@
 #include <cstring>
 #include <utility>
 
+#include "bus/connection.h"
 #include "bus/names.h"
 #include "gateway/operations/result_names.h"
 #include "gateway/output/text.h"
@@ -17,6 +18,10 @@ constexpr std::chrono::milliseconds kHold{250};
 // Beyond this many, calls are refused before anybody is asked about their callers.
 constexpr size_t kMostOpenCalls = 4096;
 constexpr std::chrono::seconds kBetweenNotes{1};
+constexpr int kMostHeldOfAUser = 64;
+// The bus drops whoever sends more than 32 MiB at once.
+constexpr size_t kMostReplyBytes = size_t{31} << 20;
+constexpr size_t kBytesAroundAText = 16;
 
 // Reads the arguments, whose types sd-bus has checked. False with a text in `error` for what goes
 // into no operation: values become parts of HTTP requests as they are.
@@ -47,6 +52,18 @@ bool ReadWords(const Method& method, sd_bus_message* message, Words* words, std:
 
 bool SignsIn(const Method& method) { return method.name == "SignIn" || method.name == "SignInAlt"; }
 
+// No less than the outcome takes in a message.
+size_t ReplyBytes(const Outcome& outcome) {
+  size_t bytes = 0;
+  const auto add = [&bytes](const Words& texts) {
+    // Each byte that is no UTF-8 becomes three.
+    for (const std::string& text : texts) bytes += bus::ToUtf8(text).size() + kBytesAroundAText;
+  };
+  for (const Field& output : outcome.outputs) add(output.values);
+  for (const Words& row : outcome.rows) add(row);
+  return bytes;
+}
+
 std::string WaitText(int seconds) {
   return "too many calls; try again in " + std::to_string(seconds) +
          (seconds == 1 ? " second" : " seconds");
@@ -68,6 +85,7 @@ struct Calls::Call {
   const Method& method;
   const bus::MessagePtr message;
   Words words;
+  std::string fault;  // of its arguments
   Right right = Right::kLook;
   CallerPtr caller;
   bool entered = false;  // the guard let it in
@@ -75,19 +93,20 @@ struct Calls::Call {
 };
 
 Calls::Calls(Parts parts, const GuardLimits& limits, const std::string& group)
-    : parts_(std::move(parts)), guard_(limits), callers_(group) {}
+    : parts_(std::move(parts)), guard_(limits), callers_(group, &pending_) {}
 
 Calls::~Calls() = default;
 
 void Calls::Take(const Method& method, sd_bus_message* message) {
   const auto call = std::make_shared<Call>(this, method, message);
-  std::string error = "the arguments cannot be read";
-  if (on_all_ended_) return Refuse(call.get(), bus::kStopping, "the gateway is stopping");
+  if (on_all_ended_) return RefuseStopping(call.get());
   if (open_ > kMostOpenCalls) return Refuse(call.get(), bus::kLimitsExceeded, WaitText(1));
-  if (!ReadWords(method, message, &call->words, &error)) {
-    return Refuse(call.get(), bus::kInvalidArgs, error);
+  std::string fault = "the arguments cannot be read";
+  if (ReadWords(method, message, &call->words, &fault)) {
+    call->right = method.RightFor(call->words);
+  } else {
+    call->fault = fault;
   }
-  call->right = method.RightFor(call->words);
   callers_.Identify(sd_bus_message_get_bus(message), sd_bus_message_get_sender(message),
                     [this, call](const CallerPtr& caller) {
                       if (caller == nullptr) {
@@ -106,15 +125,18 @@ void Calls::Admit(const CallPtr& call) {
       Note(*call, std::nullopt, "refused: too many calls");
       noted = now;
     }
-    return parts_.loop->PostAt(now + kHold, [this, call, wait = *seconds] {
-      Refuse(call.get(), bus::kLimitsExceeded, WaitText(wait));
-    });
+    return RefuseLater(call, *seconds);
   }
   call->entered = true;
+  if (!call->fault.empty()) {
+    Note(*call, std::nullopt, "refused: " + call->fault);
+    return Refuse(call.get(), bus::kInvalidArgs, call->fault);
+  }
   const bool interactive =
       sd_bus_message_get_allow_interactive_authorization(call->message.get()) > 0;
-  Authorise(sd_bus_message_get_bus(call->message.get()), *call->caller, call->right, interactive,
-            [this, call](bool granted) {
+  Authorise(sd_bus_message_get_bus(call->message.get()), &pending_, *call->caller, call->right,
+            interactive, [this, call](bool granted) {
+              if (on_all_ended_) return RefuseStopping(call.get());
               if (granted) return Run(call);
               Note(*call, std::nullopt,
                    std::string("refused: no right to ") + RightName(call->right));
@@ -162,6 +184,7 @@ void Calls::SendOutcome(Call* call) {
   sd_bus_message* made = nullptr;
   int result = sd_bus_message_new_method_return(call->message.get(), &made);
   const bus::MessagePtr reply(made);
+  if (result >= 0 && ReplyBytes(call->outcome) > kMostReplyBytes) result = -EMSGSIZE;
   if (result >= 0) result = call->method.append(call->outcome, made);
   if (result >= 0) {
     result = sd_bus_send(sd_bus_message_get_bus(call->message.get()), made, nullptr);
@@ -170,6 +193,27 @@ void Calls::SendOutcome(Call* call) {
   // A caller without a reply would wait until it gives up.
   Refuse(call, SD_BUS_ERROR_FAILED,
          std::string("the answer cannot be sent: ") + std::strerror(-result));
+}
+
+void Calls::RefuseStopping(Call* call) { Refuse(call, bus::kStopping, "the gateway is stopping"); }
+
+void Calls::RefuseLater(const CallPtr& call, int seconds) {
+  // Who waits for no answer cannot be slowed down by one.
+  if (sd_bus_message_get_expect_reply(call->message.get()) <= 0) return;
+  const uid_t user = call->caller->user;
+  if (held_[user] >= kMostHeldOfAUser) {
+    return Refuse(call.get(), bus::kLimitsExceeded, WaitText(seconds));
+  }
+  ++held_[user];
+  parts_.loop->PostAt(Guard::Clock::now() + kHold, [this, call, user, seconds] {
+    if (--held_[user] == 0) held_.erase(user);
+    Refuse(call.get(), bus::kLimitsExceeded, WaitText(seconds));
+  });
+}
+
+void Calls::Lose() {
+  pending_.Fail();
+  callers_.Clear();
 }
 
 void Calls::Refuse(Call* call, const char* error, const std::string& text) {
@@ -182,7 +226,8 @@ void Calls::Note(const Call& call, std::optional<int> result, const std::string&
                        .program = call.caller->program,
                        .result = result,
                        .message = message};
-  const Operation* const operation = call.method.operation;
+  // Words of a call that cannot be read may stand in each other's places.
+  const Operation* const operation = call.fault.empty() ? call.method.operation : nullptr;
   for (size_t i = 0; operation != nullptr && i < operation->arguments.size(); ++i) {
     const Parameter& argument = operation->arguments[i];
     if (argument.kind == IdKind::kUserUuid) note.user_uuid = call.words[i];

@@ -45,8 +45,10 @@ class Calls {
   // Refuses new calls; `then` runs once all that were taken are answered.
   void Stop(std::function<void()> then);
 
-  // The connection was closed.
-  void ForgetCallers() { callers_.Clear(); }
+  // A new connection is there. A negative errno when it is of no use.
+  int Use(sd_bus* connection) { return callers_.WatchDepartures(connection); }
+  // The connection was lost.
+  void Lose();
 
  private:
   struct Call;
@@ -58,14 +60,19 @@ class Calls {
   void Finish(Call* call);
   void SendOutcome(Call* call);
   void Refuse(Call* call, const char* error, const std::string& text);
+  void RefuseStopping(Call* call);
+  // Lets a user wait for the refusal of a call too many.
+  void RefuseLater(const CallPtr& call, int seconds);
   void Note(const Call& call, std::optional<int> result, const std::string& message);
   void OnEnd(const Call& call);
 
   const Parts parts_;
+  bus::PendingCalls pending_;
   Guard guard_;
   Callers callers_;
   std::unordered_map<Call*, CallPtr> running_;
   std::map<uid_t, Guard::Clock::time_point> noted_;  // when a user's latest excess was audited
+  std::map<uid_t, int> held_;                        // refusals that are held back
   size_t open_ = 0;
   std::function<void()> on_all_ended_;
   // Last, so that they have ended before the rest goes.

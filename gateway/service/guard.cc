@@ -35,7 +35,7 @@ std::optional<int> Guard::Enter(uid_t user, bool signs_in, Clock::time_point now
   known.calls.Refill(per_second, factor * limits_.burst, now);
   known.sign_ins.Refill(sign_ins / 60, sign_ins, now);
   if (known.in_flight >= factor * limits_.calls_in_flight ||
-      in_flight_ >= factor * limits_.all_calls_in_flight) {
+      (user != 0 && in_flight_ >= limits_.all_calls_in_flight)) {
     return 1;
   }
   if (known.calls.left < 1) return SecondsUntilOne(known.calls.left, per_second);
@@ -45,13 +45,13 @@ std::optional<int> Guard::Enter(uid_t user, bool signs_in, Clock::time_point now
   known.calls.left -= 1;
   if (signs_in) known.sign_ins.left -= 1;
   ++known.in_flight;
-  ++in_flight_;
+  if (user != 0) ++in_flight_;
   return std::nullopt;
 }
 
 void Guard::Leave(uid_t user) {
   --users_.at(user).in_flight;
-  --in_flight_;
+  if (user != 0) --in_flight_;
 }
 
 void Guard::ForgetIdle(Clock::time_point now) {

@@ -15,7 +15,7 @@ struct GuardLimits {
   int calls_per_second = 20;
   int burst = 40;  // calls at once after a pause
   int calls_in_flight = 8;
-  int all_calls_in_flight = 32;  // of all users together
+  int all_calls_in_flight = 32;  // of all users but root together
   int sign_ins_per_minute = 10;
 };
 
@@ -48,7 +48,7 @@ class Guard {
 
   const GuardLimits limits_;
   std::unordered_map<uid_t, User> users_;
-  int in_flight_ = 0;
+  int in_flight_ = 0;  // of all users but root
 };
 
 }  // namespace gateway

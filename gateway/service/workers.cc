@@ -1,5 +1,6 @@
 #include "gateway/service/workers.h"
 
+#include <system_error>
 #include <utility>
 
 namespace gateway {
@@ -20,8 +21,24 @@ void Workers::Post(Task task) {
     tasks_.push_back(std::move(task));
     more = idle_ < tasks_.size() && threads_.size() < most_;
   }
-  if (more) threads_.emplace_back([this] { Run(); });
+  if (more) StartThread();
   changed_.NotifyOne();
+}
+
+void Workers::StartThread() {
+  try {
+    threads_.emplace_back([this] { Run(); });
+  } catch (const std::system_error&) {
+    // The system gives no more: those that there are do the work, or else the caller.
+    if (!threads_.empty()) return;
+    Task task;
+    {
+      base::AutoLock hold(lock_);
+      task = std::move(tasks_.front());
+      tasks_.pop_front();
+    }
+    task();
+  }
 }
 
 void Workers::Run() {

@@ -28,6 +28,7 @@ class Workers {
   void Post(Task task);
 
  private:
+  void StartThread();
   void Run();
 
   const size_t most_;

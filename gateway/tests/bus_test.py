@@ -109,6 +109,10 @@ class Bus(programs.TestCase):
             refused = [lines[int(line.split(":")[2]) - 1] for line in ended.stderr.splitlines() if "not allowed" in line]
             # A state has no code that could tell.
             self.assertEqual(refused, [line for line in denied if line != "get-network-setting-status"])
+            status = subprocess.run(
+                ["setpriv", "--reuid", user, "--regid", groups, "--clear-groups", programs.BUILD / "bin/qornctl",
+                 "--bus", self.address, "status"], capture_output=True, text=True, timeout=programs.PATIENCE)
+            self.assertEqual("version" in status.stdout, LOOKS[0] not in denied)  # A property.
         audit = (self.folder / "audit").read_text()
         self.assertIn('"method":"DoFactoryReset","caller":"root","program":"qornctl","result":1', audit)
         self.assertIn('"method":"DoFactoryReset","caller":"nobody","program":"qornctl","message":"refused: no right', audit)
