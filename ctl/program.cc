@@ -138,8 +138,8 @@ int Program::Run() {
 
 bool Program::RunCommands(gateway::Console* console) {
   if (options_.command.empty()) {
-    return gateway::RunInput(gateway::MakeRunOptions("", options_.keep_going), gateway::OpenInput(""), signals_,
-                             console, &printer_);
+    return gateway::RunInput(gateway::MakeRunOptions("", options_.keep_going),
+                             gateway::OpenInput(""), signals_, console, &printer_);
   }
   std::string line;
   for (const std::string& word : options_.command) {

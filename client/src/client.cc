@@ -49,7 +49,7 @@ class Client::Impl {
          .read = [&](sd_bus_message* reply) { return ReadRows(reply, columns, rows); }}));
   }
 
-  AccountResult GetProperty(const char* name, const char* signature, Output value) {
+  AccountResult GetProperty(const char* name, const char* signature, const Output& value) {
     const std::string interface = std::string(bus::kInterfacePrefix) + "Gateway";
     const std::string property = name;
     return CodeOf(remote.Send({.interface = kProperties,

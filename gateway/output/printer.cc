@@ -39,7 +39,8 @@ void Printer::Error(const std::string& text, const std::string& source, int line
   }
   const std::string place = source.empty() ? "" : source + ":" + std::to_string(line) + ": ";
   Write(err_,
-        Paint(style_.program + ": " + Visible(place + text), Tone::kError, style_.color_errors) + "\n");
+        Paint(style_.program + ": " + Visible(place + text), Tone::kError, style_.color_errors) +
+            "\n");
 }
 
 void Printer::LogLine(const std::string& severity, const std::string& text) {
