@@ -41,11 +41,9 @@ void CheckDate(const std::string& text) {
 
 }  // namespace
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void fuzz::Run(const std::string& input) {
   static const int zone = setenv("TZ", "UTC0", 1);
   fuzz::Require(zone == 0, "the time zone can be set");
-  const std::string text = fuzz::Text(data, size);
-  CheckInteger(text);
-  CheckDate(text);
-  return 0;
+  CheckInteger(input);
+  CheckDate(input);
 }

@@ -4,6 +4,8 @@
 
 #include <future>
 
+#include "tests/test_support.h"
+
 namespace {
 
 // Listeners write to a text without a lock: they share the bus's thread, and the test reads after
@@ -24,14 +26,6 @@ class EventManagerTest : public testing::Test {
       PickleIterator(data).ReadString(&text);
       heard_ += name + std::to_string(heard) + text + " ";
     });
-  }
-  void Publish(int type, const std::string& text) {
-    evt::Event* const event = bus_->CreateEvent(type);
-    Pickle data;
-    data.WriteString(text);
-    event->SetData(data);
-    bus_->Publish(event);
-    bus_->ReleaseEvent(event);
   }
 
   evt::EventManager* const bus_ = evt::EventManager::GetInstance();

@@ -47,14 +47,7 @@ TEST(EventPayload, IsDroppedBeforeFlushReturns) {
   std::promise<void> released;
   const int listener =
       bus->AddListener(1, [&](int, const Pickle&) { released.get_future().wait(); });
-  evt::Event* const event = bus->CreateEvent(1);
-  {
-    Pickle data;
-    data.WriteString(std::string(kPayloadSize, 'x'));
-    event->SetData(data);
-  }
-  bus->Publish(event);
-  bus->ReleaseEvent(event);
+  Publish(1, std::string(kPayloadSize, 'x'));
   g_armed = true;
   released.set_value();
   bus->Flush();

@@ -90,7 +90,7 @@ TEST_F(RuntimeTest, ReadsTheConfiguration) {
 }
 
 TEST_F(RuntimeTest, RefusesABadConfigurationWithItsPlace) {
-  auto cases = ReadCases("bad_config_cases.txt");
+  auto cases = ReadCases(TEST_DATA "bad_config_cases.txt");
   cases.emplace_back("<config>\n<a>\0</a></config>"s, "2:4: a zero byte");
   std::string deep = "<config>\n";
   while (deep.size() < 300000) deep += "<a>";
@@ -145,9 +145,7 @@ TEST_F(RuntimeTest, EndsComponentsInReverseOrder) {
     while (!IsAsleep(ending)) sched_yield();  // It waits for the bus before it ends anything.
     calls_ += "event\n";
   });
-  evt::Event* const event = bus->CreateEvent(1);
-  bus->Publish(event);
-  bus->ReleaseEvent(event);
+  Publish(1, "");
   Runtime::Destroy();
   bus->RemoveListener(listener);
   EXPECT_EQ(calls_, "event\nbeta Finalize\nalpha Finalize\nbeta destructor\nalpha destructor\n");
@@ -190,10 +188,6 @@ TEST_F(RuntimeTest, TheBusOutlivesTheComponentThatPublished) {
   Runtime::Destroy();
   EXPECT_EQ(dlopen(TEST_COMPONENT_BETA, RTLD_LAZY | RTLD_NOLOAD) == nullptr, kUnmaps);
   unmapped.set_value();
-  // By its delivery, the component's event before it has gone.
-  evt::Event* const later = bus->CreateEvent(1);
-  bus->Publish(later);
-  bus->ReleaseEvent(later);
   bus->Flush();
   bus->RemoveListener(listener);
   EXPECT_EQ(heard, "last words");

@@ -3,8 +3,8 @@
 // an event of type 1.
 #include "base/logging.h"
 #include "core_fw/runtime/component.h"
-#include "evt/event_manager.h"
 #include "runtime/runtime.h"
+#include "tests/test_support.h"
 
 extern "C" Component* GetComponent();
 
@@ -17,18 +17,6 @@ bool Succeeds(const std::string& step) {
   std::string failing;
   runtime::Runtime::GetInstance()->GetConfigOption(TEST_COMPONENT_NAME, &failing);
   return failing != step;
-}
-
-void PublishIfConfigured() {
-  std::string value;
-  if (!runtime::Runtime::GetInstance()->GetConfigOption("publishes", &value)) return;
-  evt::EventManager* const bus = evt::EventManager::GetInstance();
-  evt::Event* const event = bus->CreateEvent(1);
-  Pickle data;
-  data.WriteString(value);
-  event->SetData(data);
-  bus->Publish(event);
-  bus->ReleaseEvent(event);
 }
 
 class TestComponent : public Component {
@@ -48,7 +36,8 @@ class TestComponent : public Component {
   }
   bool Start() override { return Succeeds("Start"); }
   bool Finalize() override {
-    PublishIfConfigured();
+    std::string text;
+    if (runtime::Runtime::GetInstance()->GetConfigOption("publishes", &text)) Publish(1, text);
     return Succeeds("Finalize");
   }
 };

@@ -4,8 +4,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
 #include "base/logging.h"
 #include "core_fw/account/include/account_manager.h"
 #include "core_fw/account/tests/test_support.h"
@@ -15,8 +13,6 @@
 
 namespace faults {
 namespace {
-
-const std::string kName = "account_interface";
 
 class ComponentMemory : public account::AccountTest {
  protected:
@@ -36,7 +32,7 @@ class ComponentMemory : public account::AccountTest {
     if (component == nullptr) return false;
     EXPECT_TRUE(component->Init(runtime::Runtime::GetInstance()));
     void* found = nullptr;
-    const bool there = component->QueryInterface(kName, &found);
+    const bool there = component->QueryInterface("account_interface", &found);
     EXPECT_EQ(there, found != nullptr);
     if (users != nullptr) {
       EXPECT_EQ(static_cast<AccountManager*>(found)->GetAllUsersUUID(users), 1);
@@ -48,8 +44,7 @@ class ComponentMemory : public account::AccountTest {
 };
 
 TEST_F(ComponentMemory, TheNextComponentWorks) {
-  const auto program = std::filesystem::read_symlink("/proc/self/exe");
-  const std::string path = program.parent_path().parent_path() / "lib" / QORN_ACCOUNT_LIBRARY;
+  const std::string path = account::LibraryPath();
   int met = 0, failed = 0;
   for (const Side side : {Side::kCaller, Side::kStarted}) {
     for (const bool lasting : {false, true}) {

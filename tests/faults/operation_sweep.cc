@@ -89,26 +89,20 @@ void OperationSweep::LearnWithoutFaults(const std::function<gateway::Answer()>& 
   EXPECT_EQ(std::to_string(after_.code), operation_.codes.at(0));
 }
 
-int OperationSweep::MeetAll(const std::string& fault, int step,
-                            const std::function<bool(int nth, Left*)>& run) {
-  int met = 0;
-  Left left;
-  for (int nth = 1; !HasFailure(); nth += step, ++met) {
+void OperationSweep::MeetAll(const std::string& fault, int step,
+                             const std::function<gateway::Answer(int nth, bool* met)>& operate) {
+  bool met = true;
+  for (int nth = 1; !HasFailure(); nth += step, ++met_) {
     SCOPED_TRACE(fault + " at " + std::to_string(nth));
-    if (!run(nth, &left)) break;
+    const Left left = Run([&] { return operate(nth, &met); });
+    if (!met) break;
     Judge(left);
   }
-  return met;
 }
 
-OperationSweep::Left OperationSweep::Reduce(const gateway::Answer& answer) {
-  Left left;
-  left.code = answer.code;
-  for (const gateway::Field& output : answer.outputs) {
-    if (output.shape == gateway::Field::Shape::kFlag) continue;
-    left.outputs += gateway::JoinWords(output.values);
-  }
-  return left;
+void OperationSweep::TearDown() {
+  EXPECT_GT(met_, 0);
+  RecordProperty("faults", met_);
 }
 
 OperationSweep::Left OperationSweep::Run(const std::function<gateway::Answer()>& operate) {
@@ -122,7 +116,12 @@ OperationSweep::Left OperationSweep::Run(const std::function<gateway::Answer()>&
   for (std::string line; std::getline(before, line, ';');) EXPECT_EQ(Call(line).code, 1) << line;
   EXPECT_EQ(Call("add-friend-to-db $ann last g d a p").code, 1);
   log_.Take();
-  Left left = Reduce(operate());
+  const gateway::Answer answer = operate();
+  Left left{.code = answer.code};
+  for (const gateway::Field& output : answer.outputs) {
+    if (output.shape == gateway::Field::Shape::kFlag) continue;
+    left.outputs += gateway::JoinWords(output.values);
+  }
   CallOn();
   service_->Shutdown();
   CheckAfterShutdown();

@@ -62,20 +62,18 @@ TEST_F(ServiceTest, ASessionThatEndsWhileTheStateIsReadCutsTheAnswerShort) {
     }
   });
   std::array<std::string, 9> v;
-  AccountResult result = 1;
-  while (result != 2) {
-    v.fill("untouched");
-    result = service.GetUserInformation("qornsystem", &v[0], &v[1], &v[2], &v[3], &v[4], &v[5],
-                                        &v[6], &v[7], &v[8]);
-  }
   const std::string u = "untouched";
+  do {
+    v.fill(u);
+  } while (service.GetUserInformation("qornsystem", &v[0], &v[1], &v[2], &v[3], &v[4], &v[5], &v[6],
+                                      &v[7], &v[8]) != 2);
   EXPECT_THAT(v, testing::ElementsAre("qornsystem", "qornsystem", "Off", u, u, u, u, u, u));
-  for (result = 1; result != 2;) {
+  do {
     v[0] = u;
-    result = service.GetUserInfoByType("qornsystem", 102, &v[0]);
-  }
+  } while (service.GetUserInfoByType("qornsystem", 102, &v[0]) != 2);
   EXPECT_EQ(v[0], u);
-  for (result = 1; result != 2;) result = service.SetUserInfoByType("qornsystem", 200, "y");
+  while (service.SetUserInfoByType("qornsystem", 200, "y") != 2) {
+  }
   stop = true;
   opens_and_ends.join();
   EXPECT_TRUE(service.Shutdown());
