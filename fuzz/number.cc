@@ -37,6 +37,9 @@ void CheckDate(const std::string& text) {
   parts.tm_year -= 1900;
   parts.tm_mon -= 1;
   fuzz::Require(read == 7 && timegm(&parts) == seconds, "a date shows its second");
+  char expected[16];
+  std::strftime(expected, sizeof(expected), "%A", &parts);
+  fuzz::Require(std::strcmp(weekday, expected) == 0, "a date has its day of the week");
 }
 
 }  // namespace

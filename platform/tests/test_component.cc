@@ -1,10 +1,8 @@
 // A component for tests of the runtime. It logs every call, and the configuration's key of its
-// name, "alpha" or "beta", names the step that goes wrong. With the key "publishes" its last act is
-// an event of type 1.
+// name, "alpha" or "beta", names the step that goes wrong.
 #include "base/logging.h"
 #include "core_fw/runtime/component.h"
 #include "runtime/runtime.h"
-#include "tests/test_support.h"
 
 extern "C" Component* GetComponent();
 
@@ -35,11 +33,7 @@ class TestComponent : public Component {
     return Component::Init(runtime_object) && Succeeds("Init");
   }
   bool Start() override { return Succeeds("Start"); }
-  bool Finalize() override {
-    std::string text;
-    if (runtime::Runtime::GetInstance()->GetConfigOption("publishes", &text)) Publish(1, text);
-    return Succeeds("Finalize");
-  }
+  bool Finalize() override { return Succeeds("Finalize"); }
 };
 
 }  // namespace

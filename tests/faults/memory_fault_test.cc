@@ -9,7 +9,6 @@
 
 #include "base/logging.h"
 #include "base/test_clock.h"
-#include "core_fw/account/src/account_records.h"
 #include "evt/event_manager.h"
 #include "gateway/output/text.h"
 #include "tests/faults/memory_faults.h"
@@ -28,7 +27,7 @@ class MemoryFaults : public OperationSweep {
   // How many of an operation's allocations are its last line's.
   static constexpr int kAllocationsOfALine = 5;
 
-  gateway::Answer Operate();
+  gateway::Answer CallOrTick();
   void Tick();
   void StartService() override;
   void Perform(const gateway::Operation& operation, const Rows& words,
@@ -61,12 +60,6 @@ MemoryFaults::MemoryFaults(SweptOperation operation) : OperationSweep(std::move(
   refusal.times = -1;
   if (ticks_) cloud_->AddFault(refusal);
   StoreUsers();
-  variables_.Set("system", account::kSystemAccountPassword);
-  variables_.Set("message",
-                 "{\"module_name\":\"account\",\"api_name\":\"AddFriend\",\"param_list\":[{"
-                 "\"user_id\":\"ann@x\",\"friend_id\":\"f5\",\"friend_guid\":\"g\","
-                 "\"friend_qor_device_name\":\"d\",\"friend_qor_device_physical_address_text\":"
-                 "\"a\",\"friend_qor_device_peer_id\":\"p\"}]}");
 }
 
 bool MemoryFaults::ReadsXml() const {
@@ -89,7 +82,7 @@ void MemoryFaults::Tick() {
   clock_.WaitForSleepers(1);
 }
 
-gateway::Answer MemoryFaults::Operate() {
+gateway::Answer MemoryFaults::CallOrTick() {
   lines_.clear();
   if (!ticks_) return Call(operation_.line);
   if (nth_ > 0) StartMemoryFault(Side::kStarted, nth_, lasting_);
@@ -134,24 +127,25 @@ void MemoryFaults::CheckAfterShutdown() {
 }
 
 void MemoryFaults::TestBody() {
-  LearnWithoutFaults([this] { return Operate(); });
   const auto has_line = [this](const char* part) { return lines_.find(part) != std::string::npos; };
-  bool broke_off = false;  // An answer that memory did not hold.
+  bool broke_off = false;  // An answer of the cloud that did not fit into memory.
   // The faults that took the last line along, counted from the end: an answer of the cloud comes in
   // one piece or in two, and with two of them there are more allocations before the line.
   std::set<int> lost;
+  const Operate operate = [&](int nth, bool* met) {
+    nth_ = nth;
+    const gateway::Answer answer = CallOrTick();
+    *met = followed_by_ >= 0;
+    broke_off |= has_line("curl error code = 23");
+    // The last line of an operation, or its only one.
+    const bool has_last = has_line("End") || has_line("#ParseAccountMessage#");
+    if (!lasting_ && !has_last && answer.code != kUnknown) lost.insert(followed_by_);
+    return answer;
+  };
+  LearnWithoutFaults(operate);
   for (const bool lasting : {false, true}) {
-    MeetAll(lasting ? "allocation and all after" : "allocation", step_, [&](int nth, bool* met) {
-      nth_ = nth;
-      lasting_ = lasting;
-      const gateway::Answer answer = Operate();
-      *met = followed_by_ >= 0;
-      broke_off |= has_line("curl error code = 23");
-      // The last line of an operation, or its only one.
-      const bool has_last = has_line("End") || has_line("#ParseAccountMessage#");
-      if (!lasting && !has_last && answer.code != kUnknown) lost.insert(followed_by_);
-      return answer;
-    });
+    lasting_ = lasting;
+    MeetAll(lasting ? "allocation and all after" : "allocation", step_, operate);
   }
   if (!ticks_) EXPECT_LE(std::ssize(lost), kAllocationsOfALine);
   // One allocation in some operations.

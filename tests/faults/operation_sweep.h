@@ -56,12 +56,12 @@ class OperationSweep : public StoredUsersTest {
   // At least one fault was met; how many goes into the test's report.
   void TearDown() override;
 
-  // Learns what `operate` does without faults.
-  void LearnWithoutFaults(const std::function<gateway::Answer()>& operate);
-  // `operate` runs the operation with a fault at the nth place and sets `met` to whether it reached
-  // that place. Called for each `step`th place, from the first until one is not reached.
-  void MeetAll(const std::string& fault, int step,
-               const std::function<gateway::Answer(int nth, bool* met)>& operate);
+  // Runs the operation with a fault at the nth place, or without one if that is 0, and sets `met`
+  // to whether it reached that place.
+  using Operate = std::function<gateway::Answer(int nth, bool* met)>;
+  void LearnWithoutFaults(const Operate& operate);
+  // Each `step`th place, from the first until one is not reached.
+  void MeetAll(const std::string& fault, int step, const Operate& operate);
   virtual void CallOn();
   virtual void CheckAfterShutdown() = 0;
 
@@ -74,8 +74,8 @@ class OperationSweep : public StoredUsersTest {
     Rows users, friends;
   };
 
-  // Runs `operate` on a service with the users; then the next calls must work.
-  Left Run(const std::function<gateway::Answer()>& operate);
+  // Runs the operation on a service with the users; then the next calls must work.
+  Left Run(const Operate& operate, int nth, bool* met);
   void Judge(const Left& left);
 
   Left before_, after_;

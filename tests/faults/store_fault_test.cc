@@ -46,7 +46,6 @@ class StoreFaults : public OperationSweep {
   // Starts the service anew under the fault. The answer is that of the next call without it.
   gateway::Answer StartWith(const FileFault& fault, int nth, bool* met);
   void UseSystemAccount();
-  void CallOn() override;
   void CheckAfterShutdown() override;
 
   FaultyVfs vfs_;
@@ -103,11 +102,6 @@ void StoreFaults::UseSystemAccount() {
   }).get();
 }
 
-void StoreFaults::CallOn() {
-  OperationSweep::CallOn();
-  log_.Take();
-}
-
 // Nothing is open.
 void StoreFaults::CheckAfterShutdown() {
   EXPECT_EQ(sqlite3_memory_used(), 0);
@@ -120,19 +114,19 @@ void StoreFaults::CheckAfterShutdown() {
 
 void StoreFaults::TestBody() {
   const auto call = operation_.line == "start" ? &StoreFaults::StartWith : &StoreFaults::CallWith;
-  LearnWithoutFaults([&] {
-    bool met = false;
-    return (this->*call)({}, 0, &met);
-  });
-  for (const FileFault& fault : AllFileFaults()) {
+  FileFault fault{};
+  const Operate operate = [&](int nth, bool* met) {
+    const gateway::Answer answer = (this->*call)(fault, nth, met);
+    EXPECT_THAT(operation_.codes, testing::Contains(std::to_string(answer.code)));
+    return answer;
+  };
+  LearnWithoutFaults(operate);
+  for (const FileFault& next : AllFileFaults()) {
+    fault = next;
     MeetAll("call " + std::to_string(static_cast<int>(fault.call)) + ", kind " +
                 std::to_string(static_cast<int>(fault.kind)) +
                 (fault.lasting ? " and all after" : ""),
-            1, [&](int nth, bool* met) {
-              const gateway::Answer answer = (this->*call)(fault, nth, met);
-              EXPECT_THAT(operation_.codes, testing::Contains(std::to_string(answer.code)));
-              return answer;
-            });
+            1, operate);
   }
 }
 

@@ -1,6 +1,7 @@
 // Answers that no server can give over the wire; scenarios have the others.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include "core_fw/account/src/oauth_token_client.h"
 #include "core_fw/account/src/user_portal_client.h"
@@ -47,6 +48,42 @@ TEST(Answers, AnEmptyPortalAnswerLeavesWhatIsHeld) {
     expected.push_back(Line(4, operation, operation + " Error (response empty)"));
   }
   EXPECT_EQ(log.Take(), expected);
+}
+
+// Says for an answer of so many levels whether its result was read.
+void* ReadNestedAnswer(void* levels) {
+  std::string open, close;
+  for (int level = 1; level < *static_cast<int*>(levels); ++level) {
+    open += "<a>";
+    close += "</a>";
+  }
+  const std::string xml =
+      "<?xml version=\"1.0\" standalone='yes'?><response><result>success"
+      "</result>" +
+      open + close + "</response>";
+  return ReadResultAnswer("Read", kHttpOk, xml) ? levels : nullptr;
+}
+
+// What nests deeper than an answer may, and hides it, is among the seeds of the fuzz target
+// portal_answer.
+TEST(Answers, TheDeepestFitsAStackOf512KiB) {
+  LogCapture log;
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+#ifdef QORN_SANITIZED
+  constexpr int kStackKiB = 8 * 512;  // Its frames are several times larger.
+#else
+  constexpr int kStackKiB = 512;
+#endif
+  pthread_attr_setstacksize(&attributes, size_t{kStackKiB} << 10);
+  for (int levels : {1000, 1001, 200000}) {
+    pthread_t thread;
+    void* read = nullptr;
+    ASSERT_EQ(pthread_create(&thread, &attributes, ReadNestedAnswer, &levels), 0);
+    pthread_join(thread, &read);
+    EXPECT_EQ(read != nullptr, levels == 1000) << levels;
+  }
+  pthread_attr_destroy(&attributes);
 }
 
 }  // namespace

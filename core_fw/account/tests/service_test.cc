@@ -1,4 +1,4 @@
-// What all operations of the service share: their lines, their last catch, the life they live in.
+// What the scenarios cannot reach of the service as a whole.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
