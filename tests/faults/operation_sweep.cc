@@ -117,7 +117,8 @@ OperationSweep::Left OperationSweep::Run(const Operate& operate, int nth, bool* 
   EXPECT_EQ(Call("add-friend-to-db $ann last g d a p").code, 1);
   log_.Take();
   const gateway::Answer answer = operate(nth, met);
-  Left left{.code = answer.code};
+  Left left;
+  left.code = answer.code;
   for (const gateway::Field& output : answer.outputs) {
     if (output.shape == gateway::Field::Shape::kFlag) continue;
     left.outputs += gateway::JoinWords(output.values);
