@@ -14,6 +14,8 @@
 namespace faults {
 namespace {
 
+const std::string kName = "account_interface";  // Made while no allocation fails.
+
 class ComponentMemory : public account::AccountTest {
  protected:
   ComponentMemory() {
@@ -32,7 +34,7 @@ class ComponentMemory : public account::AccountTest {
     if (component == nullptr) return false;
     EXPECT_TRUE(component->Init(runtime::Runtime::GetInstance()));
     void* found = nullptr;
-    const bool there = component->QueryInterface("account_interface", &found);
+    const bool there = component->QueryInterface(kName, &found);
     EXPECT_EQ(there, found != nullptr);
     if (users != nullptr) {
       EXPECT_EQ(static_cast<AccountManager*>(found)->GetAllUsersUUID(users), 1);

@@ -116,13 +116,15 @@ OperationSweep::Left OperationSweep::Run(const Operate& operate, int nth, bool* 
   for (std::string line; std::getline(before, line, ';');) EXPECT_EQ(Call(line).code, 1) << line;
   EXPECT_EQ(Call("add-friend-to-db $ann last g d a p").code, 1);
   log_.Take();
-  const gateway::Answer answer = operate(nth, met);
   Left left;
-  left.code = answer.code;
-  for (const gateway::Field& output : answer.outputs) {
-    if (output.shape == gateway::Field::Shape::kFlag) continue;
-    left.outputs += gateway::JoinWords(output.values);
-  }
+  {
+    const gateway::Answer answer = operate(nth, met);
+    left.code = answer.code;
+    for (const gateway::Field& output : answer.outputs) {
+      if (output.shape == gateway::Field::Shape::kFlag) continue;
+      left.outputs += gateway::JoinWords(output.values);
+    }
+  }  // Nothing that the call allocated may be held from here on.
   CallOn();
   log_.Take();
   service_->Shutdown();

@@ -8,6 +8,7 @@
 #include <tuple>
 
 #include "base/logging.h"
+#include "core_fw/account/src/account_controller.h"
 #include "core_fw/account/src/account_log.h"
 #include "core_fw/account/src/account_manager_impl.h"
 #include "core_fw/account/src/account_operation.h"
@@ -44,6 +45,24 @@ TEST_F(ServiceTest, TheTimerNamesWhereItRepeats) {
   checker.Prepare();
   EXPECT_STREQ(checker.started_from().function_name(), "StartRepeat");
   EXPECT_STREQ(checker.started_from().file_name(), "core_fw/account/src/account_manager_impl.cc");
+}
+
+TEST_F(ServiceTest, ASecondInitOfTheControllerKeepsWhatIsAbsentAndForgetsTheCandidates) {
+  StartRuntime();
+  AccountController controller;
+  ASSERT_TRUE(controller.Init());
+  std::string code, guid, uuid, peer_id;
+  ASSERT_EQ(controller.AddFriendCandidate("u", "f", "p", &code), 1);
+  config_.erase("OAuth_AsClient_app_id");
+  config_["OAuth_AsClient_app_secret"] = "other";
+  StartRuntime();
+  EXPECT_TRUE(controller.Init());
+  EXPECT_EQ(controller.SendAddFriendMessage("f", code, "c", "m", "a", &guid, &uuid, &peer_id), 10);
+  EXPECT_EQ(controller.CreateAccount("ann@x", "c", &uuid), 15);
+  const std::string body = cloud_->requests().at(0).body;
+  EXPECT_THAT(body, testing::HasSubstr("&client_id=app-id&"));
+  EXPECT_THAT(body, testing::HasSubstr("&client_secret=other&"));
+  log_.Take();
 }
 
 TEST_F(ServiceTest, ASessionThatEndsWhileTheStateIsReadCutsTheAnswerShort) {
