@@ -29,7 +29,7 @@ class RuntimeTest : public testing::Test {
   RuntimeTest() {
     logging::SetLogMessageHandler(
         [this](int, const char*, int, size_t start, const std::string& line) {
-          if (line[start] != ':') calls_ += line.substr(start);  // Not of a destruction.
+          (line[start] == ':' ? destructions_ : calls_) += line.substr(start);
           return true;
         });
   }
@@ -43,7 +43,7 @@ class RuntimeTest : public testing::Test {
     return Runtime::Create(file_, &error_);
   }
 
-  std::string calls_;
+  std::string calls_, destructions_;
   const TestFolder folder_;
   const std::string file_ = folder_.File("config.xml");
   std::string error_;
@@ -55,14 +55,17 @@ class Plain : public Component {
   void* GetRuntime() const { return runtime; }
 };
 
-TEST_F(RuntimeTest, AComponentHasDefaults) {
-  Plain component;
-  int object = 0;
-  void* out = &object;
-  EXPECT_TRUE(component.Init(&object) && component.GetRuntime() == &object);
-  EXPECT_TRUE(!component.Init(nullptr) && component.GetRuntime() == nullptr);
-  EXPECT_TRUE(!component.QueryInterface("any", &out) && out == &object && component.Start());
-  EXPECT_TRUE(component.QueryState() == 0 && component.GetName() == ""s);
+TEST_F(RuntimeTest, AComponentHasDefaultsAndLogsTheStackOfItsDestruction) {
+  {
+    Plain component;
+    int object = 0;
+    void* out = &object;
+    EXPECT_TRUE(component.Init(&object) && component.GetRuntime() == &object);
+    EXPECT_TRUE(!component.Init(nullptr) && component.GetRuntime() == nullptr);
+    EXPECT_TRUE(!component.QueryInterface("any", &out) && out == &object && component.Start());
+    EXPECT_TRUE(component.QueryState() == 0 && component.GetName() == ""s);
+  }
+  EXPECT_NE(destructions_.find("Component::~Component()"), std::string::npos) << destructions_;
 }
 
 TEST_F(RuntimeTest, ReadsTheConfiguration) {

@@ -1,6 +1,7 @@
 // What the scenarios cannot reach of the service as a whole.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <uuid/uuid.h>
 
 #include <array>
 #include <atomic>
@@ -14,6 +15,17 @@
 #include "core_fw/account/src/account_operation.h"
 #include "core_fw/account/src/session_table.h"
 #include "core_fw/account/tests/test_support.h"
+
+namespace {
+
+bool g_same_uuid = false;
+
+}  // namespace
+
+// Instead of libuuid's, so that two sessions can have one ID.
+extern "C" void uuid_generate(uuid_t uuid) {
+  g_same_uuid ? uuid_clear(uuid) : uuid_generate_random(uuid);
+}
 
 namespace account {
 namespace {
@@ -36,6 +48,22 @@ TEST(ServiceFrame, BothLevelsGateTheLines) {
   SetComponentLogLevel(2);
 }
 
+TEST(SessionTable, AResetIsForEveryRecordWithTheId) {
+  SessionTable table;
+  std::string first, second;
+  g_same_uuid = true;
+  for (std::string* id : {&first, &second}) EXPECT_EQ(table.AddSession("ann", id), 1);
+  g_same_uuid = false;
+  EXPECT_EQ(first, second);
+  EXPECT_EQ(table.SetLifetime(2), 1);
+  for (int i = 0; i < 2; ++i) {
+    bool expired = true;
+    EXPECT_EQ(table.CountAndCheckExpiry(first, &expired), 1);
+    EXPECT_FALSE(expired);
+    EXPECT_EQ(table.ResetSessionCount(first), 1);
+  }
+}
+
 using ServiceTest = AccountTest;
 
 TEST_F(ServiceTest, TheTimerNamesWhereItRepeats) {
@@ -45,21 +73,26 @@ TEST_F(ServiceTest, TheTimerNamesWhereItRepeats) {
   checker.Prepare();
   EXPECT_STREQ(checker.started_from().function_name(), "StartRepeat");
   EXPECT_STREQ(checker.started_from().file_name(), "core_fw/account/src/account_manager_impl.cc");
+  AccountController::DestroyInstance();  // Made by the checker.
 }
 
 TEST_F(ServiceTest, ASecondInitOfTheControllerKeepsWhatIsAbsentAndForgetsTheCandidates) {
+  config_["account_enable_MIRLO_network_setting"] = "on";
+  cloud_->AddGateway(kGatewayAddress);
   StartRuntime();
   AccountController controller;
   ASSERT_TRUE(controller.Init());
   std::string code, guid, uuid, peer_id;
   ASSERT_EQ(controller.AddFriendCandidate("u", "f", "p", &code), 1);
+  for (int i = 0; i < 3; ++i) controller.InitNetworkSetting();
+  EXPECT_EQ(cloud_->requests().size(), 2u);  // The network setting is fetched once.
   config_.erase("OAuth_AsClient_app_id");
   config_["OAuth_AsClient_app_secret"] = "other";
   StartRuntime();
   EXPECT_TRUE(controller.Init());
   EXPECT_EQ(controller.SendAddFriendMessage("f", code, "c", "m", "a", &guid, &uuid, &peer_id), 10);
   EXPECT_EQ(controller.CreateAccount("ann@x", "c", &uuid), 15);
-  const std::string body = cloud_->requests().at(0).body;
+  const std::string body = cloud_->requests().at(2).body;
   EXPECT_THAT(body, testing::HasSubstr("&client_id=app-id&"));
   EXPECT_THAT(body, testing::HasSubstr("&client_secret=other&"));
   log_.Take();
