@@ -39,7 +39,4 @@ void Run(const std::string& text) {
 }  // namespace
 }  // namespace runtime
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  runtime::Run(fuzz::Text(data, size));
-  return 0;
-}
+void fuzz::Run(const std::string& input) { runtime::Run(input); }

@@ -135,8 +135,7 @@ void Run(const std::string& input) {
 }  // namespace
 }  // namespace gateway
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void fuzz::Run(const std::string& input) {
   std::setlocale(LC_CTYPE, "C.UTF-8");
-  gateway::Run(fuzz::Text(data, size));
-  return 0;
+  gateway::Run(input);
 }

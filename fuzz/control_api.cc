@@ -68,7 +68,4 @@ void Run(const std::string& input) {
 }  // namespace
 }  // namespace devcloud
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  devcloud::Run(fuzz::Text(data, size));
-  return 0;
-}
+void fuzz::Run(const std::string& input) { devcloud::Run(input); }

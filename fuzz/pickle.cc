@@ -26,18 +26,18 @@ void Read(const std::string& bytes, unsigned kinds, Pickle* copy) {
 
 }  // namespace
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  if (size < 1) return 0;
-  const std::string bytes = fuzz::Text(data + 1, size - 1);
-  const unsigned kinds = data[0] * 0x01010101U;
+void fuzz::Run(const std::string& input) {
+  if (input.empty()) return;
+  const std::string bytes = input.substr(1);
+  const auto first = static_cast<unsigned char>(input[0]);
+  const unsigned kinds = first * 0x01010101U;
   Pickle copy, again;
   Read(bytes, kinds, &copy);
   Read(std::string(copy.data(), copy.size()), kinds, &again);
   fuzz::Require(std::string(copy.data(), copy.size()) == std::string(again.data(), again.size()),
                 "what was written reads the same");
   const Pickle pickle(bytes.data(), bytes.size());
-  const gateway::SeenEvent event = gateway::DecodeEvent(data[0] % 10, pickle);
+  const gateway::SeenEvent event = gateway::DecodeEvent(first % 10, pickle);
   fuzz::Require(event.fields.size() <= 4, "an event has its fields at most");
   gateway::EventRecord(event);
-  return 0;
 }

@@ -48,8 +48,4 @@ void Run(const std::string& answer) {
 }  // namespace
 }  // namespace account
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, size_t size) {
-  fuzz::QuietLog();
-  account::Run(fuzz::Text(data, size));
-  return 0;
-}
+void fuzz::Run(const std::string& input) { account::Run(input); }

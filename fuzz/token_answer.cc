@@ -21,8 +21,4 @@ void Run(const std::string& input) {
 }  // namespace
 }  // namespace account
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  fuzz::QuietLog();
-  account::Run(fuzz::Text(data, size));
-  return 0;
-}
+void fuzz::Run(const std::string& input) { account::Run(input); }

@@ -63,14 +63,6 @@ void ScenarioRunner::AddChecks() {
     if (rows.size() != 1) Fail(std::to_string(rows.size()) + " rows");
     variables_.Set(w[0], rows[0]);
   });
-  Check("|", kText, [this](W w) {
-    if (!raw_) Fail("nothing is left of the request");
-    const std::string text = *raw_;
-    const std::size_t end = text.find("\r\n");
-    if (text.substr(0, end) != w[0]) Fail("found: " + text.substr(0, end));
-    raw_.reset();
-    if (end != std::string::npos) raw_ = text.substr(end + 2);
-  });
 }
 
 void ScenarioRunner::AddLife() {
@@ -133,18 +125,15 @@ void ScenarioRunner::AddValues() {
     RunLine("set " + name + "_guid $guid");
     cloud_->ClearRequests();
   });
-  Step("set", kNameAndText, [this](W w) { variables_.Set(w[0], w[1]); });
-  Step("bytes", kNameAndText, [this](W w) { variables_.Set(w[0], Unescape(w[1])); });
+  Step("set", kNameAndText, [this](W w) { variables_.Set(w[0], Unescape(w[1])); });
   Step("repeat", 3, [this](W w) {
     std::string text;
     for (int i = std::stoi(w[1]); i > 0; --i) text += w[2];
     variables_.Set(w[0], text);
   });
   Step("check", 3, [](W w) {
-    const bool equal = w[0] == w[2];
-    const bool good = w[1] == "="    ? equal
-                      : w[1] == "!=" ? !equal
-                                     : w[1] == "~" && std::regex_match(w[0], std::regex(w[2]));
+    const bool good =
+        w[1] == "!=" ? w[0] != w[2] : w[1] == "~" && std::regex_match(w[0], std::regex(w[2]));
     if (!good) Fail("found: " + gateway::JoinWords(w));
   });
   Step("sql", kText, [this](W w) {
@@ -152,7 +141,7 @@ void ScenarioRunner::AddValues() {
   });
 }
 
-void ScenarioRunner::AddCloud() {
+void ScenarioRunner::AddSurroundings() {
   Step("requests", kOrMore, [this](W w) {
     requests_ = cloud_->requests();
     cloud_->ClearRequests();
@@ -166,7 +155,13 @@ void ScenarioRunner::AddCloud() {
     if (!std::regex_search(raw, found, std::regex(w[1]))) Fail("found: " + raw);
     if (found.size() > 1) variables_.Set("found", found[1]);
   });
-  Step("raw", 1, [this](W w) { raw_ = requests_.at(std::stoul(w[0]) - 1).raw; });
+  Step("raw", 1, [this](W w) {
+    std::string raw = requests_.at(std::stoul(w[0]) - 1).raw;
+    for (std::size_t end; (end = raw.find("\r\n")) != std::string::npos; raw.erase(0, end + 2)) {
+      rows_.push_back(raw.substr(0, end));
+    }
+    rows_.push_back(raw);
+  });
   Step("fault", kText, [this](W w) {
     devcloud::Fault fault;
     std::string error;
@@ -181,9 +176,6 @@ void ScenarioRunner::AddCloud() {
   Step("accepts", 2, [this](W w) {
     if (!cloud_->AcceptsToken(w[0], w[1])) Fail("it does not");
   });
-}
-
-void ScenarioRunner::AddTrouble() {
   Step("flag", 1, [this](W w) { flag_ = w[0] == "true"; });
   Step("refuse-event", 2, [](W w) {
     evt::EventManager::GetInstance()->RefuseForTest(std::stoi(w[0]), OnOrOff(w[1]));

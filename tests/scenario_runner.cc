@@ -14,8 +14,6 @@
 namespace scenarios {
 namespace {
 
-constexpr char kUntouched[] = "untouched";
-
 // "get-user-uuid-from-user-id" is GetUserUUIDFromUserID.
 std::string FunctionName(const std::string& operation) {
   static const std::set<std::string> kShort = {"uuid", "id", "db", "nts"};
@@ -71,8 +69,7 @@ ScenarioRunner::ScenarioRunner(Scenario scenario, Connect connect)
   AddChecks();
   AddLife();
   AddValues();
-  AddCloud();
-  AddTrouble();
+  AddSurroundings();
   variables_.Set("folder", folder_);
   variables_.Set("host", cloud_->http_url().substr(sizeof("http://") - 1));
   variables_.Set("https_host", cloud_->https_url().substr(sizeof("https://") - 1));
@@ -139,7 +136,7 @@ void ScenarioRunner::RunOperation(const std::string& text) {
   const Words arguments(words.begin() + 2, words.end());
   if (arguments.size() != operation->arguments.size()) Fail("number of arguments");
   gateway::Answer answer;
-  answer.unwritten = {kUntouched, flag_};
+  answer.unwritten = {"untouched", flag_};
   std::string error;
   if (!operation->Call(accounts(), arguments, &answer, &error)) Fail(error);
   Collect();
@@ -147,20 +144,18 @@ void ScenarioRunner::RunOperation(const std::string& text) {
   if (answer.code != 1 && !events_.empty()) Fail("event of a failure: " + events_.front());
   // These two write one line of their own.
   const bool alike = words[1] != "parse-account-message" && !answer.is_status;
-  if (alike && connect_ == nullptr) TakeTrace(words[1], answer.code);
+  if (alike && connect_ == nullptr) {
+    const auto [start, end] = StartAndEnd(FunctionName(words[1]), answer.code);
+    TakeNext(&lines_, start);
+    if (lines_.empty() || lines_.back() != end) Fail("the log does not end with: " + end);
+    lines_.pop_back();
+  }
   outputs_.clear();
   for (const gateway::Field& output : answer.outputs) {
     outputs_[output.name] = output.values;
     variables_.Set(output.name, gateway::JoinWords(output.values));
     if (answer.code != 1) written_.insert(output.name);
   }
-}
-
-void ScenarioRunner::TakeTrace(const std::string& operation, int code) {
-  const auto [start, end] = StartAndEnd(FunctionName(operation), code);
-  TakeNext(&lines_, start);
-  if (lines_.empty() || lines_.back() != end) Fail("the log does not end with: " + end);
-  lines_.pop_back();
 }
 
 void ScenarioRunner::Collect() {
@@ -177,7 +172,6 @@ void ScenarioRunner::Settle() {
   if (told_events_ && !events_.empty()) Fail("event that no line tells: " + events_.front());
   if (!rows_.empty()) Fail("row that no line tells: " + rows_.front());
   if (!written_.empty()) Fail("output that was written all the same: " + *written_.begin());
-  if (raw_) Fail("rest of the request: " + *raw_);
   lines_.clear();
   events_.clear();
   told_lines_ = told_events_ = false;

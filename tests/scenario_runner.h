@@ -7,7 +7,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <optional>
 #include <set>
 #include <string>
 #include <utility>
@@ -82,15 +81,12 @@ class ScenarioRunner : public account::AccountTest {
   void AddChecks();
   void AddLife();
   void AddValues();
-  void AddCloud();
-  void AddTrouble();
+  void AddSurroundings();
 
   void TestBody() override;
   void RunLines(Lines begin, Lines end);
   void RunLine(const std::string& text);
   void RunOperation(const std::string& text);
-  // Takes the first and the last line of an operation.
-  void TakeTrace(const std::string& operation, int code);
   // Takes what a step wrote and published.
   void Collect();
   AccountManager& accounts() { return access_ == nullptr ? service_ : *access_->accounts(); }
@@ -118,13 +114,12 @@ class ScenarioRunner : public account::AccountTest {
   int pauses_locked_ = 0;  // The lock is let go when it comes to 0.
   gateway::Variables variables_;
 
-  // What the latest step left.
+  // What the latest step left; the lines of a request count as rows.
   std::deque<std::string> lines_, events_, rows_;
   bool told_lines_ = false, told_events_ = false;
   std::map<std::string, Words> outputs_;
   std::set<std::string> written_;  // Outputs of a failure that no line has told.
   std::vector<devcloud::RecordedRequest> requests_;
-  std::optional<std::string> raw_;  // The part of a request that no line has told.
 };
 
 }  // namespace scenarios

@@ -1,8 +1,42 @@
 #include "evt/event_manager.h"
 
 #include <gtest/gtest.h>
+#include <malloc.h>
+#include <sched.h>
+#include <unistd.h>
 
+#include <atomic>
+#include <cstdlib>
 #include <future>
+#include <new>
+
+#include "tests/test_support.h"
+
+namespace {
+
+constexpr size_t kPayloadSize = 1'000'000;
+
+int g_flusher = 0;  // The thread that flushes.
+std::atomic<bool> g_armed{false}, g_flushed{false}, g_dropped_first{false};
+
+// Holds up the release of the payload until Flush has returned, or sleeps because it must wait.
+void NoteRelease(void* block) {
+  if (!g_armed || malloc_usable_size(block) < kPayloadSize || !g_armed.exchange(false)) return;
+  while (!g_flushed && !IsAsleep(g_flusher)) sched_yield();
+  g_dropped_first = !g_flushed;
+}
+
+}  // namespace
+
+void* operator new(size_t size) {
+  if (void* const block = std::malloc(size)) return block;
+  throw std::bad_alloc();
+}
+void operator delete(void* block) noexcept {
+  NoteRelease(block);
+  std::free(block);
+}
+void operator delete(void* block, size_t /*size*/) noexcept { operator delete(block); }
 
 namespace {
 
@@ -24,14 +58,6 @@ class EventManagerTest : public testing::Test {
       PickleIterator(data).ReadString(&text);
       heard_ += name + std::to_string(heard) + text + " ";
     });
-  }
-  void Publish(int type, const std::string& text) {
-    evt::Event* const event = bus_->CreateEvent(type);
-    Pickle data;
-    data.WriteString(text);
-    event->SetData(data);
-    bus_->Publish(event);
-    bus_->ReleaseEvent(event);
   }
 
   evt::EventManager* const bus_ = evt::EventManager::GetInstance();
@@ -96,6 +122,19 @@ TEST_F(EventManagerTest, RemoveWaitsForTheRunningCall) {
   Publish(5, "");
   bus_->Flush();
   EXPECT_EQ(heard_, "ran ");
+}
+
+// Seen from the release of its memory.
+TEST_F(EventManagerTest, DropsAPayloadBeforeFlushReturns) {
+  g_flusher = gettid();
+  std::promise<void> released;
+  Listen(1, [&](int, const Pickle&) { released.get_future().wait(); });
+  Publish(1, std::string(kPayloadSize, 'x'));
+  g_armed = true;
+  released.set_value();
+  bus_->Flush();
+  g_flushed = true;
+  EXPECT_TRUE(g_dropped_first);
 }
 
 }  // namespace

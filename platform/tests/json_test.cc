@@ -32,7 +32,8 @@ void ExpectRead(const std::string& text, const std::string& written) {
 }
 
 TEST(JSONReader, IsStrict) {
-  for (const auto& [text, written] : ReadCases("json_cases.txt")) ExpectRead(text, written);
+  for (const auto& [text, written] : ReadCases(TEST_DATA "json_cases.txt"))
+    ExpectRead(text, written);
   ExpectRead("\xef\xbb\xbf \t\r\n[1]", "[1]");
   for (const std::string& text :
        {"\xef\xbb\xbf"s, "\xef\xbb\xbf\xef\xbb\xbf{}"s, "[\"\xff\"]"s, "[\"\xc0\xaf\"]"s,

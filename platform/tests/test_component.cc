@@ -1,9 +1,7 @@
 // A component for tests of the runtime. It logs every call, and the configuration's key of its
-// name, "alpha" or "beta", names the step that goes wrong. With the key "publishes" its last act is
-// an event of type 1.
+// name, "alpha" or "beta", names the step that goes wrong.
 #include "base/logging.h"
 #include "core_fw/runtime/component.h"
-#include "evt/event_manager.h"
 #include "runtime/runtime.h"
 
 extern "C" Component* GetComponent();
@@ -17,18 +15,6 @@ bool Succeeds(const std::string& step) {
   std::string failing;
   runtime::Runtime::GetInstance()->GetConfigOption(TEST_COMPONENT_NAME, &failing);
   return failing != step;
-}
-
-void PublishIfConfigured() {
-  std::string value;
-  if (!runtime::Runtime::GetInstance()->GetConfigOption("publishes", &value)) return;
-  evt::EventManager* const bus = evt::EventManager::GetInstance();
-  evt::Event* const event = bus->CreateEvent(1);
-  Pickle data;
-  data.WriteString(value);
-  event->SetData(data);
-  bus->Publish(event);
-  bus->ReleaseEvent(event);
 }
 
 class TestComponent : public Component {
@@ -47,10 +33,7 @@ class TestComponent : public Component {
     return Component::Init(runtime_object) && Succeeds("Init");
   }
   bool Start() override { return Succeeds("Start"); }
-  bool Finalize() override {
-    PublishIfConfigured();
-    return Succeeds("Finalize");
-  }
+  bool Finalize() override { return Succeeds("Finalize"); }
 };
 
 }  // namespace

@@ -13,6 +13,8 @@
 #include <utility>
 #include <vector>
 
+#include "evt/event_manager.h"
+
 // A folder of the test's own, in memory where there is such a place, gone at the end.
 class TestFolder {
  public:
@@ -26,6 +28,7 @@ class TestFolder {
   TestFolder(const TestFolder&) = delete;
   TestFolder& operator=(const TestFolder&) = delete;
 
+  const std::string& path() const { return path_; }
   std::string File(const std::string& name) const { return path_ + "/" + name; }
 
  private:
@@ -47,16 +50,27 @@ inline void WriteFile(const std::string& path, const std::string& text) {
   std::ofstream(path, std::ios::binary) << text;
 }
 
+// Publishes an event that holds one text.
+inline void Publish(int type, const std::string& text) {
+  evt::EventManager* const bus = evt::EventManager::GetInstance();
+  evt::Event* const event = bus->CreateEvent(type);
+  Pickle data;
+  data.WriteString(text);
+  event->SetData(data);
+  bus->Publish(event);
+  bus->ReleaseEvent(event);
+}
+
 // The pairs of words in a data file of the tests. `Words` between backquotes may hold blanks.
-inline std::vector<std::pair<std::string, std::string>> ReadCases(const std::string& name) {
-  std::ifstream stream(TEST_DATA + name);
+inline std::vector<std::pair<std::string, std::string>> ReadCases(const std::string& path) {
+  std::ifstream stream(path);
   std::vector<std::pair<std::string, std::string>> cases;
   std::string first;
   std::string second;
   while (stream >> std::quoted(first, '`') >> std::quoted(second, '`')) {
     cases.emplace_back(first, second);
   }
-  EXPECT_FALSE(cases.empty()) << name;
+  EXPECT_FALSE(cases.empty()) << path;
   return cases;
 }
 

@@ -20,20 +20,15 @@ struct FaultyFile {
 sqlite3_file* Real(sqlite3_file* file) { return reinterpret_cast<FaultyFile*>(file)->real; }
 sqlite3_vfs* Real(sqlite3_vfs* vfs) { return static_cast<sqlite3_vfs*>(vfs->pAppData); }
 
-// True when this call has the fault.
-bool Meets(FileCall call) {
-  if (g_calls_left == 0 || call != g_fault.call || --g_calls_left > 0) return false;
-  g_calls_left = g_fault.lasting ? 1 : 0;
-  g_reached = true;
-  if (g_fault.kind == FaultKind::kDelayed || g_fault.kind == FaultKind::kBusy) g_delay();
-  return g_fault.kind != FaultKind::kDelayed;
-}
-
 // Passes a call on unless it has the fault.
 template <typename Pass>
 int Do(FileCall call, int error, Pass pass) {
-  if (Meets(call)) return g_fault.kind == FaultKind::kBusy ? SQLITE_BUSY : error;
-  return pass();
+  if (g_calls_left == 0 || call != g_fault.call || --g_calls_left > 0) return pass();
+  g_calls_left = g_fault.lasting ? 1 : 0;
+  g_reached = true;
+  if (g_fault.kind == FaultKind::kFails) return error;
+  g_delay();
+  return g_fault.kind == FaultKind::kBusy ? SQLITE_BUSY : pass();
 }
 
 // A method of files that only has to be passed on.

@@ -5,7 +5,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 
 #include "core_fw/account/include/account_manager.h"
@@ -15,9 +14,6 @@
 
 namespace faults {
 namespace {
-
-const std::string kLibrary =
-    std::filesystem::read_symlink("/proc/self/exe").parent_path() / "../lib/libqorn_account.so";
 
 struct Usage {
   long descriptors, threads, resident_kib;
@@ -41,7 +37,7 @@ class LifeCycle : public account::AccountTest {
     StartRuntime();
     runtime::Runtime* const runtime = runtime::Runtime::GetInstance();
     std::string error;
-    ASSERT_TRUE(runtime->LoadComponent(kLibrary, &error)) << error;
+    ASSERT_TRUE(runtime->LoadComponent(account::LibraryPath(), &error)) << error;
     void* found = nullptr;
     ASSERT_TRUE(runtime->QueryInterface("account_interface", &found));
     auto* const accounts = static_cast<AccountManager*>(found);

@@ -4,8 +4,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
 #include "base/logging.h"
 #include "core_fw/account/include/account_manager.h"
 #include "core_fw/account/tests/test_support.h"
@@ -16,7 +14,7 @@
 namespace faults {
 namespace {
 
-const std::string kName = "account_interface";
+const std::string kName = "account_interface";  // Made while no allocation fails.
 
 class ComponentMemory : public account::AccountTest {
  protected:
@@ -48,8 +46,7 @@ class ComponentMemory : public account::AccountTest {
 };
 
 TEST_F(ComponentMemory, TheNextComponentWorks) {
-  const auto program = std::filesystem::read_symlink("/proc/self/exe");
-  const std::string path = program.parent_path().parent_path() / "lib" / QORN_ACCOUNT_LIBRARY;
+  const std::string path = account::LibraryPath();
   int met = 0, failed = 0;
   for (const Side side : {Side::kCaller, Side::kStarted}) {
     for (const bool lasting : {false, true}) {

@@ -51,32 +51,36 @@ class OperationSweep : public StoredUsersTest {
  protected:
   // No operation gives it: the call did not come to it.
   static constexpr int kUnknown = -1;
-  struct Left {
-    int code = 0;
-    std::string outputs;
-    Rows users, friends;
-  };
 
   explicit OperationSweep(SweptOperation operation) : operation_(std::move(operation)) {}
+  // At least one fault was met; how many goes into the test's report.
+  void TearDown() override;
 
-  // What `operate` does without faults.
-  void LearnWithoutFaults(const std::function<gateway::Answer()>& operate);
-  // `run` runs the operation with a fault at the nth place, each `step`th from the first on; false
-  // when it did not come to that one. Gives the number of those that it came to.
-  int MeetAll(const std::string& fault, int step, const std::function<bool(int nth, Left*)>& run);
-  // Runs `operate` on a service with the users; then the next calls must work.
-  Left Run(const std::function<gateway::Answer()>& operate);
+  // Runs the operation with a fault at the nth place, or without one if that is 0, and sets `met`
+  // to whether it reached that place.
+  using Operate = std::function<gateway::Answer(int nth, bool* met)>;
+  void LearnWithoutFaults(const Operate& operate);
+  // Each `step`th place, from the first until one is not reached.
+  void MeetAll(const std::string& fault, int step, const Operate& operate);
   virtual void CallOn();
   virtual void CheckAfterShutdown() = 0;
 
   const SweptOperation operation_;
 
  private:
-  static Left Reduce(const gateway::Answer& answer);
+  struct Left {
+    int code = 0;
+    std::string outputs;
+    Rows users, friends;
+  };
+
+  // Runs the operation on a service with the users; then the next calls must work.
+  Left Run(const Operate& operate, int nth, bool* met);
   void Judge(const Left& left);
 
   Left before_, after_;
   bool repeats_ = false;  // Its outputs are the same each time.
+  int met_ = 0;
 };
 
 // Makes each operation that `wanted` takes a test of the suite, and runs them.

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
 
 #include "core_fw/account/src/account_db_wrapper.h"
 #include "core_fw/account/tests/test_support.h"
@@ -24,7 +23,7 @@ TEST_F(StoreTest, AFailedInitMayBeTriedAgain) {
   std::filesystem::create_directory(database_path());
   EXPECT_FALSE(store_.Init());
   std::filesystem::remove(database_path());
-  std::ofstream(database_path()) << std::string(4096, 'x');
+  WriteFile(database_path(), std::string(4096, 'x'));
   EXPECT_FALSE(store_.Init());
   EXPECT_THAT(log_.Take(),
               testing::ElementsAre(Line(4, "CheckAndCreateTable", "DB Filename is not set"),

@@ -3,7 +3,6 @@
 #include <sqlite3.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <thread>
@@ -15,17 +14,6 @@
 #include "runtime/runtime.h"
 
 namespace account {
-
-namespace {
-
-std::string MakeFolder() {
-  const bool in_memory = std::filesystem::is_directory("/dev/shm");
-  std::string name = std::string(in_memory ? "/dev/shm" : "/tmp") + "/qorn-account-XXXXXX";
-  if (mkdtemp(name.data()) == nullptr) std::abort();
-  return name;
-}
-
-}  // namespace
 
 LogCapture::LogCapture() {
   logging::SetLogMessageHandler([this](int severity, const char* file, int /*line*/,
@@ -73,12 +61,19 @@ long CountEntries(const std::string& folder) {
   return std::distance(std::filesystem::directory_iterator(folder), {});
 }
 
-bool WaitForDescriptors(long count) {
+bool WaitUntil(const std::function<bool()>& holds) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-  while (CountEntries("/proc/self/fd") > count && std::chrono::steady_clock::now() < deadline) {
-    std::this_thread::yield();
-  }
-  return CountEntries("/proc/self/fd") <= count;
+  while (!holds() && std::chrono::steady_clock::now() < deadline) std::this_thread::yield();
+  return holds();
+}
+
+bool WaitForDescriptors(long count) {
+  return WaitUntil([count] { return CountEntries("/proc/self/fd") <= count; });
+}
+
+std::string LibraryPath() {
+  return std::filesystem::read_symlink("/proc/self/exe").parent_path() /
+         "../lib/libqorn_account.so";
 }
 
 EventCapture::EventCapture() {
@@ -108,18 +103,18 @@ std::vector<std::string> EventCapture::Take() {
 }
 
 AccountTest::AccountTest()
-    : folder_(MakeFolder()), config_{{"qorn_storage_path", folder_ + "/"},
-                                     {"account_db_path", "account.db"},
-                                     {"OAuth_AsClient_app_name", "name"},
-                                     {"OAuth_AsClient_app_id", "app-id"},
-                                     {"OAuth_AsClient_app_secret", "s3cret"},
-                                     {"account_device_type_code", "HGW"},
-                                     {"account_device_model_id", "QG-1"},
-                                     {"account_device_physical_address_text", kGatewayAddress},
-                                     {"account_service", "ACCOUNT"},
-                                     {"account_server_type", "NTS"},
-                                     {"account_qor_device_name", "Home"},
-                                     {"account_enable_MIRLO_network_setting", "off"}} {
+    : config_{{"qorn_storage_path", folder_ + "/"},
+              {"account_db_path", "account.db"},
+              {"OAuth_AsClient_app_name", "name"},
+              {"OAuth_AsClient_app_id", "app-id"},
+              {"OAuth_AsClient_app_secret", "s3cret"},
+              {"account_device_type_code", "HGW"},
+              {"account_device_model_id", "QG-1"},
+              {"account_device_physical_address_text", kGatewayAddress},
+              {"account_service", "ACCOUNT"},
+              {"account_server_type", "NTS"},
+              {"account_qor_device_name", "Home"},
+              {"account_enable_MIRLO_network_setting", "off"}} {
   std::string error;
   cloud_ = devcloud::Cloud::Start({}, &error);
   EXPECT_NE(cloud_, nullptr) << error;
@@ -130,21 +125,16 @@ AccountTest::AccountTest()
 AccountTest::~AccountTest() {
   runtime::Runtime::Destroy();
   EXPECT_THAT(log_.Take(), testing::Each(testing::Lt("4")));
-  std::filesystem::remove_all(folder_);
 }
 
 void AccountTest::StartRuntime() {
   runtime::Runtime::Destroy();
   const std::string file = folder_ + "/config.xml";
-  {
-    std::ofstream out(file);
-    out << "<config>\n";
-    for (const auto& [key, value] : config_) {
-      out << "<" << key << "><![CDATA[" << value << "]]></" << key << ">\n";
-    }
-    out << "</config>\n";
+  std::string text, error;
+  for (const auto& [key, value] : config_) {
+    text += "<" + key + "><![CDATA[" + value + "]]></" + key + ">\n";
   }
-  std::string error;
+  WriteFile(file, "<config>\n" + text + "</config>\n");
   ASSERT_NE(runtime::Runtime::Create(file, &error), nullptr) << error;
 }
 

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "devcloud/cloud.h"
+#include "platform/tests/test_support.h"
 
 namespace account {
 
@@ -58,9 +59,14 @@ class EventCapture {
 
 // How many entries a folder has, as "/proc/self/fd" has descriptors.
 long CountEntries(const std::string& folder);
-// Waits until no more than `count` descriptors are open: the cloud may still be closing its side of
-// a connection. False when they stay open.
+// Waits until the condition holds; false if it does not come to hold within 20 seconds.
+bool WaitUntil(const std::function<bool()>& holds);
+// Waits until at most `count` descriptors are open: the cloud may still be closing its side of a
+// connection.
 bool WaitForDescriptors(long count);
+
+// The built component, which a program that loads it must depend on.
+std::string LibraryPath();
 
 inline constexpr char kGatewayAddress[] = "AABBCC";
 
@@ -77,7 +83,8 @@ class AccountTest : public testing::Test {
   // Runs SQL on the database from outside and gives the rows, columns joined by "|".
   std::vector<std::string> Sql(const std::string& statement) const;
 
-  std::string folder_;  // In memory where there is one; gone with the test.
+  const TestFolder test_folder_;
+  const std::string folder_ = test_folder_.path();
   LogCapture log_;
   std::unique_ptr<devcloud::Cloud> cloud_;
   std::map<std::string, std::string> config_;  // Keys for StartRuntime; complete from the start.
