@@ -21,7 +21,7 @@ inline constexpr char kInvalidArgs[] = "org.freedesktop.DBus.Error.InvalidArgs";
 inline constexpr char kLimitsExceeded[] = "org.freedesktop.DBus.Error.LimitsExceeded";
 
 // The bytes of all strings of a call.
-inline constexpr std::size_t kMaxArgumentBytes = 64 * 1024;
+inline constexpr std::size_t kMaxArgumentBytes = std::size_t{64} * 1024;
 
 }  // namespace bus
 

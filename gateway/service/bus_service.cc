@@ -29,7 +29,7 @@ constexpr std::chrono::seconds kLongestRetry{60};
 
 class BusService::Impl {
  public:
-  Impl(const Options& options, Parts parts);
+  Impl(const Options& options, const Parts& parts);
   ~Impl();
 
   // Before the thread runs, and again on it when the bus has gone.
@@ -60,9 +60,9 @@ class BusService::Impl {
   std::thread thread_;
 };
 
-BusService::Impl::Impl(const Options& options, Parts parts)
+BusService::Impl::Impl(const Options& options, const Parts& parts)
     : options_(options),
-      parts_(std::move(parts)),
+      parts_(parts),
       properties_(parts_.accounts, parts_.seen_ids),
       calls_({.loop = &loop_,
               .accounts = parts_.accounts,
@@ -175,9 +175,9 @@ void BusService::Impl::LookForChanges() {
 BusService::BusService(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}
 BusService::~BusService() = default;
 
-std::unique_ptr<BusService> BusService::Start(const Options& options, Parts parts,
+std::unique_ptr<BusService> BusService::Start(const Options& options, const Parts& parts,
                                               std::string* error) {
-  auto impl = std::make_unique<Impl>(options, std::move(parts));
+  auto impl = std::make_unique<Impl>(options, parts);
   if (!impl->Connect(error)) return nullptr;
   impl->Run();
   return std::unique_ptr<BusService>(new BusService(std::move(impl)));

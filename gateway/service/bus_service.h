@@ -34,7 +34,8 @@ class BusService {
 
   // Connects and takes the name. Null with one line in `error` when the bus cannot be reached or
   // somebody else has the name.
-  static std::unique_ptr<BusService> Start(const Options& options, Parts parts, std::string* error);
+  static std::unique_ptr<BusService> Start(const Options& options, const Parts& parts,
+                                           std::string* error);
   // Stops.
   ~BusService();
   BusService(const BusService&) = delete;

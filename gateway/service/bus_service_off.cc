@@ -8,7 +8,7 @@ class BusService::Impl {};
 BusService::BusService(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}
 BusService::~BusService() = default;
 
-std::unique_ptr<BusService> BusService::Start(const Options& /*options*/, Parts /*parts*/,
+std::unique_ptr<BusService> BusService::Start(const Options& /*options*/, const Parts& /*parts*/,
                                               std::string* error) {
   *error = "--bus: this program was built without D-Bus";
   return nullptr;

@@ -16,7 +16,7 @@ namespace {
 constexpr char kBusName[] = "org.freedesktop.DBus";
 constexpr char kBusObject[] = "/org/freedesktop/DBus";
 constexpr std::chrono::seconds kPatience{10};
-constexpr size_t kLookUpBytes = 64 * 1024;
+constexpr size_t kLookUpBytes = size_t{64} * 1024;
 
 std::optional<gid_t> FindGroup(const std::string& name) {
   group entry{};
