@@ -18,8 +18,8 @@
 namespace gateway {
 namespace {
 
-// Nobody tells of changes of the properties.
-constexpr std::chrono::seconds kBetweenLooks{5};
+// The component tries once a minute to fetch its network setting.
+constexpr std::chrono::seconds kBetweenLooks{60};
 constexpr std::chrono::seconds kFirstRetry{1};
 constexpr std::chrono::seconds kFlushTime{5};
 constexpr uint64_t kFlushPause = 100'000;  // microseconds
@@ -46,7 +46,8 @@ class BusService::Impl {
                         sd_bus_error* error);
   void OnLost(int error);
   void Reconnect(std::chrono::seconds pause);
-  void LookForChanges();
+  void OnChange(const Method& method);
+  void LookForNetwork();
   // Writes what is not written yet, as far as the bus takes it in time.
   void Flush();
 
@@ -68,10 +69,7 @@ BusService::Impl::Impl(const Options& options, const Parts& parts)
               .accounts = parts_.accounts,
               .audit = parts_.audit,
               .flush_events = parts_.flush_events,
-              .on_change =
-                  [this] {
-                    if (connection_ != nullptr) properties_.AnnounceChanges(connection_.get());
-                  }},
+              .on_change = [this](const Method& method) { OnChange(method); }},
              options.limits, options.group) {}
 
 BusService::Impl::~Impl() { Stop(); }
@@ -103,7 +101,7 @@ bool BusService::Impl::Connect(std::string* error) {
 }
 
 void BusService::Impl::Run() {
-  LookForChanges();
+  LookForNetwork();
   thread_ = std::thread([this] { loop_.Run(); });
 }
 
@@ -167,9 +165,16 @@ void BusService::Impl::Flush() {
   }
 }
 
-void BusService::Impl::LookForChanges() {
-  if (connection_ != nullptr) properties_.AnnounceChanges(connection_.get());
-  loop_.PostAt(bus::Loop::Clock::now() + kBetweenLooks, [this] { LookForChanges(); });
+void BusService::Impl::OnChange(const Method& method) {
+  if (connection_ != nullptr && method.name == "SetSessionLifetime") {
+    properties_.AnnounceLifetime(connection_.get());
+  }
+}
+
+void BusService::Impl::LookForNetwork() {
+  if (connection_ != nullptr) properties_.AnnounceNetworkStatus(connection_.get());
+  if (properties_.network_is_set()) return;
+  loop_.PostAt(bus::Loop::Clock::now() + kBetweenLooks, [this] { LookForNetwork(); });
 }
 
 BusService::BusService(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}

@@ -172,7 +172,7 @@ void Calls::RunOnWorker(Workers* workers, const CallPtr& call) {
 void Calls::Finish(Call* call) {
   if (call->right != Right::kLook) {
     Note(*call, call->outcome.code, ResultMessage(call->outcome.code));
-    parts_.on_change();
+    parts_.on_change(call->method);
   }
   if (call->outcome.code == kAccountSuccess) return SendOutcome(call);
   const std::string error = ErrorName(call->outcome);

@@ -29,7 +29,7 @@ class Calls {
     // Returns once all published events were delivered, so that signals stand before replies.
     std::function<void()> flush_events;
     // After each call that may have changed something.
-    std::function<void()> on_change;
+    std::function<void(const Method& method)> on_change;
   };
 
   // Borrows the parts.

@@ -32,6 +32,10 @@ int LifetimeOf(AccountManager& accounts) {
   return lifetime;
 }
 
+void Announce(sd_bus* connection, const char* name) {
+  sd_bus_emit_properties_changed(connection, bus::kObject, InterfaceName().c_str(), name, nullptr);
+}
+
 int AppendVariant(sd_bus_message* reply, const Field& value) {
   int result = sd_bus_message_open_container(reply, 'v', Find(value.name)->signature);
   if (result >= 0) result = AppendOutput(reply, value);
@@ -130,17 +134,16 @@ const Method* Properties::FindReader(sd_bus_message* call) const {
   return is_own ? method : nullptr;
 }
 
-void Properties::AnnounceChanges(sd_bus* connection) {
-  const int network_status = accounts_->GetNetworkSettingStatus();
+void Properties::AnnounceLifetime(sd_bus* connection) {
   const int lifetime = LifetimeOf(*accounts_);
-  const auto announce = [connection](const char* name) {
-    sd_bus_emit_properties_changed(connection, bus::kObject, InterfaceName().c_str(), name,
-                                   nullptr);
-  };
-  if (std::exchange(network_status_, network_status) != network_status) {
-    announce(kNetworkSettingStatus);
+  if (std::exchange(lifetime_, lifetime) != lifetime) Announce(connection, kSessionLifetime);
+}
+
+void Properties::AnnounceNetworkStatus(sd_bus* connection) {
+  const int status = accounts_->GetNetworkSettingStatus();
+  if (std::exchange(network_status_, status) != status) {
+    Announce(connection, kNetworkSettingStatus);
   }
-  if (std::exchange(lifetime_, lifetime) != lifetime) announce(kSessionLifetime);
 }
 
 }  // namespace gateway

@@ -37,8 +37,12 @@ class Properties {
   // it. Null for all other calls. sd-bus would answer without asking who calls.
   const Method* FindReader(sd_bus_message* call) const;
 
-  // Signals what has changed since it last looked; nobody tells the gateway of these changes.
-  void AnnounceChanges(sd_bus* connection);
+  // Signal the value if it has changed since it was last looked at; nobody tells the gateway of
+  // these changes, and each look is a line in the component's log.
+  void AnnounceLifetime(sd_bus* connection);
+  void AnnounceNetworkStatus(sd_bus* connection);
+  // The network setting was fetched; that does not change any more.
+  bool network_is_set() const { return network_status_ == 1; }
 
  private:
   Field Read(const std::string& name) const;
