@@ -2,7 +2,7 @@
 #include "base/pickle.h"
 
 #include "fuzz/fuzz.h"
-#include "gateway/operations/events.h"
+#include "gateway/operations/event_listener.h"
 
 namespace {
 

@@ -101,7 +101,7 @@ void Remote::Reconnect(std::chrono::seconds pause) {
 }
 
 Result Remote::Send(const Call& call) {
-  const Result result = SendOnce(call);
+  Result result = SendOnce(call);
   const int seconds = result.error == bus::kLimitsExceeded ? SecondsToWait(result.text) : 0;
   if (seconds == 0) return result;
   if (options_.on_wait) {
