@@ -108,7 +108,7 @@ Console::Step Console::Expect(const Words& words) {
 Console::Step Console::Friends(const Words& words) {
   const AccountResult result =
       ShowFriends(services_, words.size() == 2 ? words[1] : "", parts_.printer);
-  return Step{result == kAccountSuccess ? "" : "friends" + Describe(result), {}};
+  return Step{result == kAccountSuccess ? "" : "friends: " + Describe(result), {}};
 }
 
 Console::Step Console::Help(const Words& words) {
@@ -160,7 +160,7 @@ Console::Step Console::Status(const Words&) {
 
 Console::Step Console::Users(const Words&) {
   const AccountResult result = ShowUsers(services_, parts_.printer);
-  return Step{result == kAccountSuccess ? "" : "users" + Describe(result), {}};
+  return Step{result == kAccountSuccess ? "" : "users: " + Describe(result), {}};
 }
 
 Console::Step Console::WaitNetwork(const Words& words) {

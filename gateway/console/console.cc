@@ -48,7 +48,8 @@ Console::Outcome Console::Execute(const std::string& line) {
     step = Perform(words);
   }
   if (step.answer && !step.answer->is_status && step.answer->code != kAccountSuccess) {
-    step.error = words[0] + Describe(step.answer->code);
+    const std::string described = Describe(step.answer->code);
+    step.error = words[0] + (described.starts_with("answered") ? " " : ": ") + described;
   }
   if (parts_.audit->TakeFailure()) parts_.printer->Error(kAuditFailure);
   return Outcome{ClipWords(HideSecrets(step.error), words), step.quit};
@@ -61,7 +62,7 @@ Console::Outcome Console::Refuse(const std::string& error) {
 
 std::string Console::Describe(int code) const {
   const std::string reason = services_.explain ? services_.explain() : "";
-  return reason.empty() ? " " + DescribeResult(code) : ": " + reason;
+  return reason.empty() ? DescribeResult(code) : reason;
 }
 
 std::string Console::HideSecrets(const std::string& text) const {

@@ -77,7 +77,7 @@ class Console {
   // Says that there is no such command, and which one may have been meant.
   static std::string UnknownCommand(const std::string& word);
 
-  // What to say behind the name of a command that failed.
+  // What to say of a command that failed: "answered 3 (...)", or why it was not answered.
   std::string Describe(int code) const;
 
   // Shortens the secrets in a text, unless they are to be shown.
