@@ -22,6 +22,10 @@ void Say(const char* text) {
 [[noreturn]] void RunDebugger(pid_t program) {
   dup2(STDERR_FILENO, STDOUT_FILENO);
   unsetenv("LD_PRELOAD");
+  // ThreadSanitizer runs a handler with all signals blocked, and gdb would wait for its SIGCHLD.
+  sigset_t none;
+  sigemptyset(&none);
+  sigprocmask(SIG_SETMASK, &none, nullptr);
   const std::string id = std::to_string(program);
   execlp("gdb", "gdb", "-nx", "-batch", "-p", id.c_str(), "-ex", "thread apply all backtrace 40",
          static_cast<char*>(nullptr));
