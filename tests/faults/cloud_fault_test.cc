@@ -96,7 +96,7 @@ bool CloudFaults::Fails(const Case& test, Fault fault) {
 void CloudFaults::CutUntilWhole(const Case& test, int step) {
   Fault fault;
   fault.kind = Fault::Kind::kTruncateAfter;
-  while (Fails(test, fault) && fault.bytes < 10'000) fault.bytes += step;
+  while (Fails(test, fault) && fault.bytes < 10'000) fault.bytes += static_cast<std::size_t>(step);
   const std::size_t length = answer_.find("Content-Length: ");
   ASSERT_LT(length, answer_.size()) << fault.bytes;
   EXPECT_EQ(answer_.size() - answer_.find("\r\n\r\n") - 4, std::stoul(answer_.substr(length + 16)));
@@ -122,7 +122,7 @@ void CloudFaults::MeetAll(const Case& test, int step) {
   fault.status = 0;
   EXPECT_TRUE(Fails(test, fault));
   fault.kind = Fault::Kind::kResetAfter;
-  for (fault.bytes = 0; fault.bytes < answer_size_; fault.bytes += step) {
+  for (fault.bytes = 0; fault.bytes < answer_size_; fault.bytes += static_cast<std::size_t>(step)) {
     ASSERT_TRUE(Fails(test, fault)) << "reset after " << fault.bytes;
   }
   cloud_->RefuseConnections(true);
