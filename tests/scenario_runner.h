@@ -105,7 +105,7 @@ class ScenarioRunner : public account::AccountTest {
   base::TestClock clock_;
   account::EventCapture bus_;
   account::AccountManagerImpl service_;
-  // From outside the log's lines are not a caller's to look at: whoever calls may cause some.
+  // With it, the log is not looked at: a caller on the bus does not see it, and adds lines to it.
   const Connect connect_;
   std::shared_ptr<BusAccess> access_;
   bool running_ = false;

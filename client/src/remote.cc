@@ -113,7 +113,7 @@ Result Remote::Send(const Call& call) {
 }
 
 Result Remote::SendOnce(const Call& call) {
-  // Its own thread would wait for itself.
+  // The client's own thread would wait for itself.
   if (std::this_thread::get_id() == thread_.get_id()) {
     return {.error = SD_BUS_ERROR_FAILED, .text = "listeners must not call the gateway"};
   }

@@ -95,7 +95,7 @@ void RemoteAccounts::ReadToken(const std::string& user_uuid, int type, std::stri
   if (!may_read_tokens_) return;
   const std::vector<Output> outputs = {token};
   Call call = MakeCall("GetUserInfoByType", {user_uuid, type}, outputs);
-  // Nobody is asked for a password because of what the caller did not ask for.
+  // The caller did not ask for tokens, so no person is asked for a password.
   call.interactive = false;
   const Result result = remote_->Send(call);
   if (result.error == bus::kAccessDenied) may_read_tokens_ = false;

@@ -48,8 +48,9 @@ Console::Outcome Console::Execute(const std::string& line) {
     step = Perform(words);
   }
   if (step.answer && !step.answer->is_status && step.answer->code != kAccountSuccess) {
-    const std::string described = Describe(step.answer->code);
-    step.error = words[0] + (described.starts_with("answered") ? " " : ": ") + described;
+    const std::string reason = Reason();
+    step.error =
+        words[0] + (reason.empty() ? " " + DescribeResult(step.answer->code) : ": " + reason);
   }
   if (parts_.audit->TakeFailure()) parts_.printer->Error(kAuditFailure);
   return Outcome{ClipWords(HideSecrets(step.error), words), step.quit};
@@ -60,8 +61,10 @@ Console::Outcome Console::Refuse(const std::string& error) {
   return Outcome{.error = error};
 }
 
+std::string Console::Reason() const { return services_.explain ? services_.explain() : ""; }
+
 std::string Console::Describe(int code) const {
-  const std::string reason = services_.explain ? services_.explain() : "";
+  const std::string reason = Reason();
   return reason.empty() ? DescribeResult(code) : reason;
 }
 

@@ -77,7 +77,9 @@ class Console {
   // Says that there is no such command, and which one may have been meant.
   static std::string UnknownCommand(const std::string& word);
 
-  // What to say of a command that failed: "answered 3 (...)", or why it was not answered.
+  // Why the latest operation was not answered; "" when it was.
+  std::string Reason() const;
+  // The reason, or the code that was answered: "answered 3 (...)".
   std::string Describe(int code) const;
 
   // Shortens the secrets in a text, unless they are to be shown.

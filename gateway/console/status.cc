@@ -30,7 +30,7 @@ struct Snapshot {
   std::string peer_id;
   long long database_bytes = -1;
   int session_count = 0;
-  std::vector<SeenIds::Session> sessions;  // those that were opened before this program's eyes
+  std::vector<SeenIds::Session> sessions;  // those whose sign-in this program saw
 };
 
 Snapshot TakeSnapshot(const ConsoleServices& services, SeenIds* seen_ids) {

@@ -35,7 +35,7 @@ class Callers {
   // Members of this group are marked. Borrows `pending`.
   Callers(const std::string& group, bus::PendingCalls* pending);
 
-  // Hears of those who leave this bus. A negative errno when that cannot be.
+  // Forgets connections when they leave this bus. A negative errno when it cannot watch them.
   int WatchDepartures(sd_bus* bus);
 
   // At once when the connection is known.

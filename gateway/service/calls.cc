@@ -4,7 +4,6 @@
 #include <cstring>
 #include <utility>
 
-#include "bus/connection.h"
 #include "bus/names.h"
 #include "gateway/operations/result_names.h"
 #include "gateway/output/text.h"
@@ -15,7 +14,7 @@ namespace {
 
 // How long a refusal is held back, so that a caller that asks again at once is slowed down.
 constexpr std::chrono::milliseconds kHold{250};
-// Beyond this many, calls are refused before anybody is asked about their callers.
+// With more open calls than this, new ones are refused before the bus is asked who calls.
 constexpr size_t kMostOpenCalls = 4096;
 constexpr std::chrono::seconds kBetweenNotes{1};
 constexpr int kMostHeldOfAUser = 64;
@@ -56,8 +55,7 @@ bool SignsIn(const Method& method) { return method.name == "SignIn" || method.na
 size_t ReplyBytes(const Outcome& outcome) {
   size_t bytes = 0;
   const auto add = [&bytes](const Words& texts) {
-    // Each byte that is no UTF-8 becomes three.
-    for (const std::string& text : texts) bytes += bus::ToUtf8(text).size() + kBytesAroundAText;
+    for (const std::string& text : texts) bytes += text.size() + kBytesAroundAText;
   };
   for (const Field& output : outcome.outputs) add(output.values);
   for (const Words& row : outcome.rows) add(row);
@@ -71,7 +69,7 @@ std::string WaitText(int seconds) {
 
 }  // namespace
 
-// Its end gives back what it took.
+// When it is destroyed it leaves the guard and the count of open calls.
 struct Calls::Call {
   Call(Calls* owner, const Method& called, sd_bus_message* taken)
       : calls(owner), method(called), message(bus::Share(taken)) {
@@ -198,7 +196,7 @@ void Calls::SendOutcome(Call* call) {
 void Calls::RefuseStopping(Call* call) { Refuse(call, bus::kStopping, "the gateway is stopping"); }
 
 void Calls::RefuseLater(const CallPtr& call, int seconds) {
-  // Who waits for no answer cannot be slowed down by one.
+  // A late reply slows nobody down who expects none.
   if (sd_bus_message_get_expect_reply(call->message.get()) <= 0) return;
   const uid_t user = call->caller->user;
   if (held_[user] >= kMostHeldOfAUser) {

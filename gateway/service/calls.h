@@ -61,7 +61,7 @@ class Calls {
   void SendOutcome(Call* call);
   void Refuse(Call* call, const char* error, const std::string& text);
   void RefuseStopping(Call* call);
-  // Lets a user wait for the refusal of a call too many.
+  // Refuses a call over the limits, after a delay.
   void RefuseLater(const CallPtr& call, int seconds);
   void Note(const Call& call, std::optional<int> result, const std::string& message);
   void OnEnd(const Call& call);

@@ -26,7 +26,8 @@ class Guard {
 
   explicit Guard(const GuardLimits& limits) : limits_(limits) {}
 
-  // Lets a call in, whose end Leave must tell; or the whole seconds after which to try again.
+  // Admits a call, at whose end Leave must be called, or gives the whole seconds after which to try
+  // again.
   std::optional<int> Enter(uid_t user, bool signs_in, Clock::time_point now);
   void Leave(uid_t user);
 

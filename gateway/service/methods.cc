@@ -50,9 +50,10 @@ Outcome RunOperation(const Operation& operation, AccountManager& accounts, const
     }
   }
   if (answer.is_status) outcome = {.outputs = {NumberField("status", answer.code)}};
-  // Tokens are handed out one by one, to those who may read them.
   for (Field& output : outcome.outputs) {
+    // Tokens are handed out one by one, to those who may read them.
     if (IsToken(output.name)) output.values = {""};
+    for (std::string& value : output.values) value = bus::ToUtf8(value);
   }
   return outcome;
 }
@@ -88,13 +89,13 @@ void TakeRows(const FieldRows& fields, const Words& columns, std::vector<Words>*
     Words& words = rows->emplace_back();
     for (const Field& field : row) {
       const bool is_column = std::find(columns.begin(), columns.end(), field.name) != columns.end();
-      if (is_column) words.push_back(field.values.at(0));
+      if (is_column) words.push_back(bus::ToUtf8(field.values.at(0)));
     }
   }
 }
 
 int AppendText(sd_bus_message* reply, const std::string& text) {
-  return sd_bus_message_append_basic(reply, 's', bus::ToUtf8(text).c_str());
+  return sd_bus_message_append_basic(reply, 's', text.c_str());
 }
 
 int AppendTexts(sd_bus_message* reply, const Words& texts) {

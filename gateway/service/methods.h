@@ -15,7 +15,7 @@ namespace gateway {
 
 using Words = std::vector<std::string>;
 
-// What a method answered, apart from the connection.
+// What a method answered, as UTF-8.
 struct Outcome {
   int code = kAccountSuccess;
   bool unreachable = false;  // a SignIn that did not reach the account server

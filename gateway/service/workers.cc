@@ -29,7 +29,7 @@ void Workers::StartThread() {
   try {
     threads_.emplace_back([this] { Run(); });
   } catch (const std::system_error&) {
-    // The system gives no more: those that there are do the work, or else the caller.
+    // No more threads can be started: those that run do the work, or else the caller does.
     if (!threads_.empty()) return;
     Task task;
     {

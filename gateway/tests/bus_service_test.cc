@@ -202,7 +202,7 @@ TEST_F(BusServiceTest, SignalsTellNoCodeAndNoSession) {
                                                  testing::Pair("user_id", "ann")));
 }
 
-// Whoever has set the lifetime knows of it, and so does everybody else.
+// Everybody hears of a lifetime that a caller has set.
 TEST_F(BusServiceTest, PropertiesTellOfTheirChanges) {
   Start();
   std::promise<std::string> promise;
