@@ -9,10 +9,11 @@ import statistics
 import subprocess
 import sys
 
+import bus_figures
 import report
 
 PROGRAMS = ["store", "session", "operation", "cloud", "text", "event", "thread", "peers"]
-OTHERS = ["start", "size", "instructions"]
+OTHERS = ["start", "size", "instructions", "bus"]
 # How often every measurement is repeated, and the seconds that each repetition takes at least.
 FULL = (7, 0.05)
 QUICK = (1, 0.001)
@@ -36,15 +37,17 @@ def figure(name, ours, floor, unit="ns"):
             "low": min(ratios), "high": max(ratios)}
 
 
-def google_benchmark(program, repetitions, seconds, quick=False, folder=None):
+def google_benchmark(program, repetitions, seconds, quick=False, folder=None, only=None):
     """A program of Google Benchmark, whose counters hold both times; with a folder on a disk its
-    figures are named so."""
+    figures are named so. `only`: what the names of the benchmarks begin with."""
     options = [f"--benchmark_repetitions={repetitions}", f"--benchmark_min_time={seconds}",
                "--benchmark_format=json"]
     if quick:
         options.append("--benchmark_filter=-(users:100000|friends:1000|10000)")
     if folder:
         options.append("--benchmark_filter=-default-log")
+    if only:
+        options.append(f"--benchmark_filter=^{only}")
     environment = {"QORN_BENCH_FOLDER": str(folder)} if folder else {}
     answer = json.loads(run(program, *options, **environment).stdout)
     samples = {}
@@ -121,6 +124,14 @@ def instructions(build):
     return figures
 
 
+def bus(build, repetitions, seconds, times):
+    if not (build / "bin/qorn_bus_bench").exists():
+        print("built without the bus", file=sys.stderr)
+        return []
+    return bus_figures.measure(build, lambda program, only: google_benchmark(
+        program, repetitions, seconds, only=only), figure, times)
+
+
 def main():
     parser = argparse.ArgumentParser(prog="./dev bench", description=__doc__)
     parser.add_argument("--json", action="store_true", help="print the figures as JSON")
@@ -147,6 +158,8 @@ def main():
             figures += size(options.build)
         elif name == "instructions":
             figures += instructions(options.build)
+        elif name == "bus":
+            figures += bus(options.build, repetitions, seconds, 1 if options.quick else STARTS)
         elif name == "peers" and not program.exists():
             print("libaccounts-glib is not here", file=sys.stderr)
         else:

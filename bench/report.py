@@ -16,6 +16,10 @@ AIMS = [
     (r"threads/.*threads:64$", 1.0),
     (r"start/", 1.05),
     (r"memory/per_", 2.0),
+    (r"bus/check", 1.10),
+    (r"bus/lookup/callers:1$", 1.6),
+    (r"bus/lookup/callers:8$", 1.75),
+    (r"bus/lookup/", 1.25),
 ]
 UNITS = [("ns", 1e9, "s"), ("ns", 1e6, "ms"), ("ns", 1e3, "µs"), ("ns", 1, "ns")]
 
@@ -34,6 +38,10 @@ def amount(value, unit):
 def verdict(figure):
     if figure["name"] == "memory/idle_host":
         return "512 KiB over", figure["ours"] - figure["floor"] <= 512
+    if figure["name"] == "bus-memory/idle_daemon":
+        return "1,024 KiB over", figure["ours"] - figure["floor"] <= 1024
+    if figure["name"] == "bus-start/daemon_ready":
+        return "10 ms over", figure["ours"] - figure["floor"] <= 10
     if figure["name"].startswith("size/"):
         return "160 KB", figure["ours"] <= 160000
     limit = aim(figure)

@@ -105,6 +105,26 @@ class Cloud(Program):
                 for request in self.ask("/api/requests")]
 
 
+class Bus(Program):
+    """A D-Bus daemon in the folder, as the system's, but that everybody may have every name and hear everything."""
+
+    CONFIG = """<busconfig><type>system</type><listen>{}</listen><auth>EXTERNAL</auth><policy context='default'>
+        <allow user='*'/><allow own='*'/><allow send_destination='*' eavesdrop='true'/><allow eavesdrop='true'/></policy>
+        <limit name='max_connections_per_user'>4096</limit></busconfig>"""
+
+    def __init__(self, folder):
+        self.address = f"unix:path={folder}/bus"
+        (folder / "bus.conf").write_text(self.CONFIG.format(self.address))
+        super().__init__("dbus-daemon", "--nofork", "--nopidfile", "--print-address", f"--config-file={folder}/bus.conf",
+                         stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        self.stdout.readline()  # It takes connections now.
+
+    def end(self):
+        self.kill()
+        self.wait()
+        pathlib.Path(self.address.removeprefix("unix:path=")).unlink(missing_ok=True)
+
+
 class Terminal(Program):
     """A program at a pseudo-terminal, where output and errors are one stream."""
 

@@ -17,6 +17,7 @@ constexpr std::chrono::milliseconds kHold{250};
 // With more open calls than this, new ones are refused before the bus is asked who calls.
 constexpr size_t kMostOpenCalls = 4096;
 constexpr std::chrono::seconds kBetweenNotes{1};
+constexpr size_t kMostNotedUsers = 1024;
 constexpr int kMostHeldOfAUser = 64;
 // The bus drops whoever sends more than 32 MiB at once.
 constexpr size_t kMostReplyBytes = size_t{31} << 20;
@@ -107,6 +108,7 @@ void Calls::Take(const Method& method, sd_bus_message* message) {
   }
   callers_.Identify(sd_bus_message_get_bus(message), sd_bus_message_get_sender(message),
                     [this, call](const CallerPtr& caller) {
+                      if (on_all_ended_) return RefuseStopping(call.get());
                       if (caller == nullptr) {
                         return Refuse(call.get(), bus::kAccessDenied, "not allowed");
                       }
@@ -118,6 +120,7 @@ void Calls::Take(const Method& method, sd_bus_message* message) {
 void Calls::Admit(const CallPtr& call) {
   const auto now = Guard::Clock::now();
   if (const auto seconds = guard_.Enter(call->caller->user, SignsIn(call->method), now)) {
+    if (noted_.size() >= kMostNotedUsers) noted_.clear();
     auto& noted = noted_[call->caller->user];
     if (noted + kBetweenNotes < now) {
       Note(*call, std::nullopt, "refused: too many calls");
@@ -157,7 +160,7 @@ void Calls::Run(const CallPtr& call) {
 void Calls::RunOnWorker(Workers* workers, const CallPtr& call) {
   // The loop's thread keeps the call, since messages belong to it.
   running_.emplace(call.get(), call);
-  workers->Post([this, running = call.get()] {
+  workers->Post(call->caller->user, [this, running = call.get()] {
     running->outcome = running->method.run(*parts_.accounts, running->words);
     if (running->right != Right::kLook) parts_.flush_events();
     parts_.loop->Post([this, running] {
@@ -241,7 +244,10 @@ void Calls::OnEnd(const Call& call) {
 
 void Calls::Stop(std::function<void()> then) {
   on_all_ended_ = std::move(then);
-  if (open_ == 0) on_all_ended_();
+  ++open_;  // The calls that are refused below do not end it.
+  // Nobody waits for a person who may be typing a password.
+  pending_.Fail();
+  if (--open_ == 0) on_all_ended_();
 }
 
 }  // namespace gateway

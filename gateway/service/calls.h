@@ -42,7 +42,8 @@ class Calls {
   // Answers the call, now or later.
   void Take(const Method& method, sd_bus_message* message);
 
-  // Refuses new calls; `then` runs once all that were taken are answered.
+  // Refuses new calls and those whose right is still being asked for; `then` runs once all that
+  // were taken are answered.
   void Stop(std::function<void()> then);
 
   // A new connection is there. A negative errno when it is of no use.
@@ -76,8 +77,8 @@ class Calls {
   size_t open_ = 0;
   std::function<void()> on_all_ended_;
   // Last, so that they have ended before the rest goes.
-  Workers database_{1};
-  Workers cloud_{8};
+  Workers database_{1, 1};
+  Workers cloud_{8, 6};
 };
 
 }  // namespace gateway

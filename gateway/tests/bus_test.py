@@ -2,8 +2,11 @@
 
 import os
 import subprocess
-import unittest
 
+import dbus
+import dbus.bus
+
+import bus_test_case
 import programs
 
 LOOKS = """get-user-uuid-from-user-id x
@@ -38,37 +41,9 @@ parse-account-message x
 refresh-access-token x
 get-user-info-by-type x 104
 do-factory-reset""".splitlines()
-BUS = """<busconfig><type>system</type><listen>unix:path={}/bus</listen><auth>EXTERNAL</auth>
-<policy context='default'><allow user='*'/><allow own='*'/><allow send_destination='*' eavesdrop='true'/>
-<allow eavesdrop='true'/></policy></busconfig>"""
+LINES = LOOKS + SIGN_INS + MANAGES
 
-
-class Bus(programs.TestCase):
-    def setUp(self):
-        super().setUp()
-        self.folder.chmod(0o755)
-        self.address = f"unix:path={self.folder}/bus"
-        config = self.write("bus.conf", BUS.format(self.folder))
-        bus = self.enterContext(programs.Program("dbus-daemon", "--nofork", "--nopidfile", "--print-address",
-                                                 f"--config-file={config}", stdout=subprocess.PIPE,
-                                                 stderr=subprocess.DEVNULL))
-        bus.stdout.readline()
-        self.cloud = self.enterContext(programs.Cloud())
-
-    def start_gateway(self, *options):
-        config = programs.write_config(self.folder, self.cloud, ("</config>", """
-            <gateway_bus_calls_per_second>1000</gateway_bus_calls_per_second>
-            <gateway_bus_call_burst>1000</gateway_bus_call_burst>
-            <gateway_bus_group>games</gateway_bus_group></config>"""))
-        gateway = self.enterContext(programs.Program(
-            "./qorn-gateway", "--config", config, "--log", self.folder / "log", "--audit", self.folder / "audit",
-            "--daemon", "--bus", self.address, stdout=subprocess.DEVNULL))
-        programs.wait_until(lambda: gateway.poll() is not None or self.ctl("get-session-lifetime").status == 0)
-        return gateway
-
-    def ctl(self, *words, **options):
-        return programs.run("qornctl", "--bus", self.address, *words, **options)
-
+class Bus(bus_test_case.BusTestCase):
     def test_qornctl_does_what_the_console_does(self):
         none = self.ctl("users")
         self.assertEqual(none.status, 2)
@@ -82,7 +57,7 @@ class Bus(programs.TestCase):
         self.assertEqual((failed.status, failed.errors.count("\n")), (1, 1))
         shown = self.ctl(text="in-alt ann ''\nstatus\nget-user-info-by-type $user_uuid 104\n")
         self.assertRegex(shown.output, r"Users +2\n(.*\n)*Sessions +1 open; (.*\n)*  value: [0-9a-f]{4}…")
-        with programs.Program("./qornctl", "--bus", self.address, "watch", "60", stdout=subprocess.PIPE, bufsize=0) as watch:
+        with programs.Program("./qornctl", "--bus", self.bus.address, "watch", "60", stdout=subprocess.PIPE, bufsize=0) as watch:
             os.set_blocking(watch.stdout.fileno(), False)
 
             def hears():  # From some moment on.
@@ -90,29 +65,50 @@ class Bus(programs.TestCase):
                 return b"SignInAlt" in (watch.stdout.read() or b"")
             programs.wait_until(hears)
         taken = programs.run("qorn-gateway", "--config", self.write("other.xml", "<config></config>"), "--component",
-                             programs.LIBRARIES / "libqorn_gateway_fake_component.so", "--bus", self.address,
+                             programs.LIBRARIES / "libqorn_gateway_fake_component.so", "--bus", self.bus.address,
                              "--log", self.folder / "other")
         self.assertEqual(taken.status, 2)
         self.assert_one_line(taken.errors, "qorn-gateway: the name org.qorn.Accounts1 cannot be had on the bus ")
-        gateway.terminate()
-        self.assertEqual(gateway.wait(programs.PATIENCE), 0)
+        self.assert_stops(gateway)
 
-    @unittest.skipUnless(os.geteuid() == 0, "only root can be other users")
     def test_rights_are_the_callers(self):
         self.start_gateway()
-        lines = LOOKS + SIGN_INS + MANAGES
-        for user, groups, denied in (("root", "root", []), ("nobody", "games", MANAGES), ("nobody", "nogroup", lines)):
-            ended = subprocess.run(
-                ["setpriv", "--reuid", user, "--regid", groups, "--clear-groups", programs.BUILD / "bin/qornctl",
-                 "--bus", self.address, "--keep-going"],
-                input="\n".join(lines) + "\n", capture_output=True, text=True, timeout=programs.PATIENCE)
-            refused = [lines[int(line.split(":")[2]) - 1] for line in ended.stderr.splitlines() if "not allowed" in line]
-            # A state has no code that could tell.
-            self.assertEqual(refused, [line for line in denied if line != "get-network-setting-status"])
-            status = subprocess.run(
-                ["setpriv", "--reuid", user, "--regid", groups, "--clear-groups", programs.BUILD / "bin/qornctl",
-                 "--bus", self.address, "status"], capture_output=True, text=True, timeout=programs.PATIENCE)
-            self.assertEqual("version" in status.stdout, LOOKS[0] not in denied)  # A property.
+        for user, groups, denied in (("root", "root", []), ("nobody", "games", MANAGES), ("nobody", "nogroup", LINES)):
+            self.assert_denied(denied, user, groups)
         audit = (self.folder / "audit").read_text()
         self.assertIn('"method":"DoFactoryReset","caller":"root","program":"qornctl","result":1', audit)
         self.assertIn('"method":"DoFactoryReset","caller":"nobody","program":"qornctl","message":"refused: no right', audit)
+
+    def test_others_have_what_polkit_grants(self):
+        self.start_gateway()
+        mock = self.enterContext(programs.Program(
+            "/usr/bin/python3", "-m", "dbusmock", "--template", "polkitd", stderr=subprocess.DEVNULL,
+            env={**os.environ, "LD_PRELOAD": "", "DBUS_SYSTEM_BUS_ADDRESS": self.bus.address}))
+        polkit = self.polkit()
+        for grants, granted in ((["look"], LOOKS), (["sign-in", "manage"], SIGN_INS + MANAGES[:-2]),
+                                (["reset"], MANAGES[-1:]), (["secrets"], MANAGES[-2:-1])):
+            polkit.SetAllowed([f"org.qorn.accounts1.{right}" for right in grants])
+            self.assert_denied([line for line in LINES if line not in granted], "nobody", "nogroup")
+            self.assert_denied([line for line in MANAGES if line not in granted], "nobody", "games")
+        mock.terminate()
+        mock.wait()
+        self.assert_denied(LINES, "nobody", "nogroup")
+
+    def polkit(self):
+        """What says to the mock of polkit what to allow."""
+        connection = dbus.bus.BusConnection(self.bus.address)
+        self.addCleanup(connection.close)
+        programs.wait_until(lambda: connection.name_has_owner("org.freedesktop.PolicyKit1"))
+        return dbus.Interface(connection.get_object(
+            "org.freedesktop.PolicyKit1", "/org/freedesktop/PolicyKit1/Authority"), "org.freedesktop.DBus.Mock")
+
+    def assert_denied(self, denied, user, group):
+        """The user in this group is denied these commands and no others."""
+        if os.geteuid() != 0:
+            self.skipTest("only root can be other users")
+        caller = {"user": user, "group": group, "extra_groups": []}
+        ended = self.ctl("--keep-going", text="\n".join(LINES) + "\n", **caller)
+        refused = [LINES[int(line.split(":")[2]) - 1] for line in ended.errors.splitlines() if "not allowed" in line]
+        # A state has no code that could tell.
+        self.assertEqual(refused, [line for line in denied if line != "get-network-setting-status"])
+        self.assertEqual("version" in self.ctl("status", **caller).output, LOOKS[0] not in denied)  # A property.

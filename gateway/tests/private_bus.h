@@ -22,6 +22,8 @@ class PrivateBus {
     std::string folder = std::filesystem::temp_directory_path() / "qorn-bus-XXXXXX";
     if (mkdtemp(folder.data()) == nullptr) throw std::runtime_error("no folder for a bus");
     folder_ = folder;
+    // Other users connect too.
+    std::filesystem::permissions(folder_, std::filesystem::perms(0755));
     // As the system's bus, but that everybody may have every name and hear everything.
     std::ofstream(folder_ / "bus.conf")
         << "<busconfig><type>system</type><listen>" << address()

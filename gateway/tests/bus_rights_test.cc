@@ -1,0 +1,226 @@
+// Who may ask for what on the bus, and how much.
+#include <cstring>
+#include <optional>
+#include <regex>
+
+#include "gateway/service/authority.h"
+#include "gateway/service/methods.h"
+#include "gateway/tests/bus_service_fixture.h"
+
+namespace gateway {
+namespace {
+
+// Whatever the introspection shows needs a right, which a stranger without polkit has not.
+TEST_F(BusServiceTest, NothingIsWithoutARight) {
+  if (getuid() != 0) GTEST_SKIP() << "only root can be other users";
+  Start();
+  sd_bus_message* described = nullptr;
+  sd_bus_call_method(raw_.get(), bus::kService, bus::kObject, "org.freedesktop.DBus.Introspectable",
+                     "Introspect", nullptr, &described, "");
+  const bus::MessagePtr owner(described);
+  const char* xml = "";
+  sd_bus_message_read(described, "s", &xml);
+  raw_ = ConnectAsStranger();
+  ASSERT_NE(raw_, nullptr);
+  size_t methods = 0, properties = 0;
+  std::string interface;
+  const std::regex tag("<(interface|method|property) name=\"([^\"]+)\"");
+  for (std::cregex_iterator at(xml, xml + std::strlen(xml), tag), end; at != end; ++at) {
+    const std::string kind = (*at)[1], name = (*at)[2];
+    if (kind == "interface") interface = name;
+    if (!interface.starts_with(bus::kInterfacePrefix)) continue;
+    SCOPED_TRACE(name);
+    if (kind == "method") {
+      ++methods;
+      const Method* const method =
+          FindMethod(interface.c_str() + std::strlen(bus::kInterfacePrefix), name.c_str());
+      ASSERT_NE(method, nullptr);
+      Texts words;
+      for (const Method::Value& value : method->takes) words.push_back(value.signature);
+      EXPECT_EQ(Call(interface, name, words), bus::kAccessDenied);
+    } else if (kind == "property") {
+      ++properties;
+      EXPECT_EQ(Call("org.freedesktop.DBus.Properties", "Get", {interface, name}),
+                bus::kAccessDenied);
+    }
+  }
+  EXPECT_EQ(methods, Methods().size());
+  EXPECT_EQ(properties, 4u);
+}
+
+TEST_F(BusServiceTest, OneUsersStalledCallsLeaveThreadsToOthers) {
+  if (getuid() != 0) GTEST_SKIP() << "only root can be other users";
+  group_ = getgrgid(kStranger)->gr_name;
+  Start();
+  std::latch arrived(6), stalled(1);
+  accounts_.arrived = &arrived;
+  accounts_.stalled = &stalled;
+  for (int i = 0; i < 8; ++i) {
+    sd_bus_call_method_async(raw_.get(), nullptr, bus::kService, bus::kObject,
+                             "org.qorn.Accounts1.Sessions", "SignIn", nullptr, nullptr, "ss",
+                             "slow", "code");
+  }
+  sd_bus_flush(raw_.get());
+  arrived.wait();
+  raw_ = ConnectAsStranger();
+  EXPECT_NE(raw_, nullptr);
+  EXPECT_EQ(CallRaw("Sessions", "SignIn", "ss", "quick", "code"), "");
+  stalled.count_down();
+  service_->Stop();
+}
+
+// A person may take a minute to type a password.
+TEST_F(BusServiceTest, AStopDoesNotWaitForAPerson) {
+  if (getuid() != 0) GTEST_SKIP() << "only root can be other users";
+  std::string error;
+  const bus::ConnectionPtr polkit = bus::Connect(bus_.address(), &error);
+  ASSERT_GE(sd_bus_request_name(polkit.get(), "org.freedesktop.PolicyKit1", 0), 0);
+  Start();
+  const bus::ConnectionPtr stranger = ConnectAsStranger();
+  ASSERT_NE(stranger, nullptr);
+  sd_bus_message* made = nullptr;
+  sd_bus_message_new_method_call(stranger.get(), &made, bus::kService, bus::kObject,
+                                 "org.qorn.Accounts1.Users", "ListUsers");
+  const bus::MessagePtr call(made);
+  sd_bus_message_set_allow_interactive_authorization(made, 1);
+  std::string refusal;
+  sd_bus_call_async(
+      stranger.get(), nullptr, made,
+      [](sd_bus_message* reply, void* told, sd_bus_error*) {
+        *static_cast<std::string*>(told) = sd_bus_message_get_error(reply)->name;
+        return 0;
+      },
+      &refusal, 0);
+  sd_bus_flush(stranger.get());
+  bus::MessagePtr question;
+  while (question == nullptr ||
+         sd_bus_message_is_method_call(question.get(), nullptr, "CheckAuthorization") <= 0) {
+    sd_bus_message* next = nullptr;
+    if (sd_bus_process(polkit.get(), &next) == 0) sd_bus_wait(polkit.get(), UINT64_MAX);
+    if (next != nullptr) question.reset(next);
+  }
+  service_->Stop();
+  while (refusal.empty()) {
+    if (sd_bus_process(stranger.get(), nullptr) == 0) sd_bus_wait(stranger.get(), UINT64_MAX);
+  }
+  EXPECT_EQ(refusal, bus::kStopping);
+}
+
+// Sign-ins, since their allowance does not come back while the test runs.
+TEST_F(BusServiceTest, RefusesWhoAsksTooMuchAndSaysForHowLong) {
+  Start({.calls_per_second = kPlenty, .burst = kPlenty, .sign_ins_per_minute = 1});
+  const int allowed = getuid() == 0 ? 10 : 1;
+  std::string refusal;
+  int calls = 0;
+  auto begin = Guard::Clock::now();
+  while ((refusal = CallRaw("Sessions", "SignInAlt", "ss", "x", "y")).empty()) {
+    ++calls;
+    begin = Guard::Clock::now();
+  }
+  // The refusal was held back.
+  EXPECT_GE(Guard::Clock::now() - begin, std::chrono::milliseconds(250));
+  EXPECT_EQ(calls, allowed);
+  EXPECT_THAT(refusal, testing::MatchesRegex(std::string(bus::kLimitsExceeded) +
+                                             ": too many calls; try again in [0-9]+ seconds?"));
+}
+
+TEST_F(BusServiceTest, TheClientWaitsAsLongAsTheGuardSays) {
+  Start({.calls_per_second = 1, .burst = 1});
+  std::string error;
+  Texts waits;
+  const auto client =
+      qorn::Client::Connect({.address = bus_.address(),
+                             .on_wait = [&](const std::string& line) { waits.push_back(line); }},
+                            &error);
+  std::string uuid;
+  while (waits.empty()) ASSERT_EQ(client->accounts()->GetUserUUIDFromUserID("ann", &uuid), 1);
+  EXPECT_THAT(waits, testing::ElementsAre("the gateway is asked too much; waiting for 1 second"));
+}
+
+TEST(GuardTest, EachUserHasAnAllowanceAndRootTenTimesAsMuch) {
+  Guard guard({.calls_per_second = 2,
+               .burst = 3,
+               .calls_in_flight = 2,
+               .all_calls_in_flight = 3,
+               .sign_ins_per_minute = 1});
+  const Guard::Clock::time_point start{};
+  const auto at = [&](int seconds) { return start + std::chrono::seconds(seconds); };
+  const auto call = [&](uid_t user, bool signs_in, int seconds) {
+    const auto wait = guard.Enter(user, signs_in, at(seconds));
+    if (!wait) guard.Leave(user);
+    return wait.value_or(0);
+  };
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(call(7, false, 0), 0);
+  EXPECT_EQ(call(7, false, 0), 1);  // The burst is over,
+  EXPECT_EQ(call(8, false, 0), 0);  // for this user.
+  EXPECT_EQ(call(7, false, 1), 0);
+  EXPECT_EQ(call(9, true, 0), 0);
+  EXPECT_EQ(call(9, true, 1), 59);
+  EXPECT_EQ(call(9, true, 60), 0);
+  for (int i = 0; i < 30; ++i) EXPECT_EQ(call(0, false, 0), 0);
+  EXPECT_EQ(call(0, false, 0), 1);
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(guard.Enter(5, false, at(9)), std::nullopt);
+  EXPECT_EQ(guard.Enter(5, false, at(9)), 1);  // Two of its calls run.
+  EXPECT_EQ(guard.Enter(6, false, at(9)), std::nullopt);
+  EXPECT_EQ(guard.Enter(6, false, at(9)), 1);  // Three of all users.
+}
+
+// Polkit as a stranger's call meets it; it grants sign-ins, and looks when it may ask.
+class AuthorityTest : public testing::Test {
+ protected:
+  static int OnQuestion(sd_bus_message* question, void*, sd_bus_error*) {
+    const char* action = nullptr;
+    uint32_t flags = 0;
+    sd_bus_message_skip(question, "(sa{sv})");
+    sd_bus_message_read(question, "s", &action);
+    sd_bus_message_skip(question, "a{ss}");
+    sd_bus_message_read(question, "u", &flags);
+    const std::string asked = action;
+    const bool granted =
+        asked == "org.qorn.accounts1.sign-in" || (asked == "org.qorn.accounts1.look" && flags == 1);
+    return sd_bus_reply_method_return(question, "(bba{ss})", granted, 0, 0);
+  }
+
+  bool Ask(const Caller& caller, Right right, bool interactive) {
+    std::optional<bool> answer;
+    Authorise(gateway_.get(), &pending_, caller, right, interactive,
+              [&](bool granted) { answer = granted; });
+    while (!answer) {
+      while (sd_bus_process(polkit_.get(), nullptr) > 0) continue;
+      while (sd_bus_process(gateway_.get(), nullptr) > 0) continue;
+      if (!answer) sd_bus_wait(gateway_.get(), 1000);
+    }
+    return *answer;
+  }
+
+  PrivateBus bus_;
+  bus::PendingCalls pending_;
+  std::string error_;
+  bus::ConnectionPtr gateway_ = bus::Connect(bus_.address(), &error_);
+  bus::ConnectionPtr polkit_ = bus::Connect(bus_.address(), &error_);
+};
+
+TEST_F(AuthorityTest, StrangersHaveWhatPolkitGrants) {
+  const Caller stranger{
+      .connection = ":1.7", .user = 12345, .user_name = "stranger", .program = ""};
+  Caller member = stranger;
+  member.is_member = true;
+  EXPECT_FALSE(Ask(stranger, Right::kSignIn, false)) << "without polkit";
+  static const sd_bus_vtable kPolkit[] = {
+      SD_BUS_VTABLE_START(0),
+      SD_BUS_METHOD("CheckAuthorization", "(sa{sv})sa{ss}us", "(bba{ss})", &OnQuestion,
+                    SD_BUS_VTABLE_UNPRIVILEGED),
+      SD_BUS_VTABLE_END};
+  sd_bus_add_object_vtable(polkit_.get(), nullptr, "/org/freedesktop/PolicyKit1/Authority",
+                           "org.freedesktop.PolicyKit1.Authority", kPolkit, nullptr);
+  ASSERT_GE(sd_bus_request_name(polkit_.get(), "org.freedesktop.PolicyKit1", 0), 0);
+  EXPECT_TRUE(Ask(stranger, Right::kSignIn, false));
+  EXPECT_FALSE(Ask(stranger, Right::kLook, false));
+  EXPECT_TRUE(Ask(stranger, Right::kLook, true));
+  EXPECT_FALSE(Ask(stranger, Right::kReset, true));
+  EXPECT_TRUE(Ask(member, Right::kLook, false));
+  EXPECT_FALSE(Ask(member, Right::kManage, false));
+}
+
+}  // namespace
+}  // namespace gateway

@@ -1,0 +1,36 @@
+"""What tests of the service on the bus have in common."""
+
+import subprocess
+
+import programs
+
+
+class BusTestCase(programs.TestCase):
+    def setUp(self):
+        super().setUp()
+        self.folder.chmod(0o755)
+        self.bus = self.enterContext(programs.Bus(self.folder))
+        self.cloud = self.enterContext(programs.Cloud())
+
+    def start_gateway(self, calls=1000, **options):
+        """A daemon that allows root ten times as many calls a second; members of the group are in "games"."""
+        config = programs.write_config(self.folder, self.cloud, ("</config>", f"""
+            <gateway_bus_calls_per_second>{calls}</gateway_bus_calls_per_second>
+            <gateway_bus_call_burst>{calls}</gateway_bus_call_burst>
+            <gateway_bus_sign_ins_per_minute>1000</gateway_bus_sign_ins_per_minute>
+            <gateway_bus_group>games</gateway_bus_group></config>"""))
+        gateway = self.enterContext(programs.Program(
+            "./qorn-gateway", "--config", config, "--log", self.folder / "log", "--audit", self.folder / "audit",
+            "--daemon", "--bus", self.bus.address, stdout=subprocess.DEVNULL, **options))
+        programs.wait_until(lambda: gateway.poll() is not None or self.answers())
+        return gateway
+
+    def answers(self):
+        return self.ctl("get-session-lifetime").status == 0
+
+    def ctl(self, *words, **options):
+        return programs.run("qornctl", "--bus", self.bus.address, *words, **options)
+
+    def assert_stops(self, gateway):
+        gateway.terminate()
+        self.assertEqual(gateway.wait(programs.PATIENCE), 0)
