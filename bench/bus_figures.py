@@ -10,10 +10,6 @@ import sys
 import tempfile
 import time
 
-# As the system's bus, but that everybody may have every name; for more callers than it takes.
-BUS = """<busconfig><type>system</type><listen>unix:path={}/bus</listen><auth>EXTERNAL</auth>
-<policy context='default'><allow user='*'/><allow own='*'/><allow send_destination='*' eavesdrop='true'/>
-<allow eavesdrop='true'/></policy><limit name='max_connections_per_user'>1000</limit></busconfig>"""
 LIMITS = ["calls_per_second", "call_burst", "calls_in_flight", "all_calls_in_flight", "sign_ins_per_minute"]
 PEER = pathlib.Path("/usr/libexec/accounts-daemon")
 
@@ -31,16 +27,11 @@ class Place:
         self.ending = contextlib.ExitStack()
         memory = "/dev/shm" if os.path.isdir("/dev/shm") else None
         self.folder = pathlib.Path(self.ending.enter_context(tempfile.TemporaryDirectory(dir=memory)))
-        self.address = f"unix:path={self.folder}/bus"
-        (self.folder / "bus.conf").write_text(BUS.format(self.folder))
-        bus = self.start("dbus-daemon", "--nofork", "--nopidfile", "--print-address",
-                         f"--config-file={self.folder}/bus.conf", stdout=subprocess.PIPE)
-        bus.stdout.readline()
+        self.bus = self.ending.enter_context(self.programs.Bus(self.folder))
         self.cloud = self.ending.enter_context(self.programs.Cloud())
         keys = "".join(f"<gateway_bus_{key}>1000000</gateway_bus_{key}>" for key in LIMITS)
         self.programs.write_config(self.folder, self.cloud, ("</config>", keys + "</config>"))
-        # What a crash would print is of no use here, and costs memory.
-        self.preload = os.environ.pop("LD_PRELOAD", None)
+        os.environ.pop("LD_PRELOAD")  # It costs memory.
         return self
 
     def __exit__(self, *failure):
@@ -50,7 +41,7 @@ class Place:
         return self.ending.enter_context(self.programs.Program(*command, **options))
 
     def ctl(self, *words):
-        ended = self.programs.run("qornctl", "--bus", self.address, "--show-secrets", *words)
+        ended = self.programs.run("qornctl", "--bus", self.bus.address, "--show-secrets", *words)
         if ended.status != 0:
             sys.exit(f"qornctl {words[0]} failed: {ended.errors}")
         return dict(re.findall(r"^  (\w+): (.*)$", ended.output, re.MULTILINE))
@@ -64,7 +55,7 @@ class Place:
             begin = time.monotonic()
             with self.programs.Program("./qorn-gateway", "--config", self.folder / "config.xml", "--log",
                                        self.folder / "log", "--daemon", *options, env=environment,
-                                       stdout=subprocess.DEVNULL) as process:
+                                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as process:
                 while b"READY=1" not in ready.recv(4096):
                     pass
                 yield process, 1000 * (time.monotonic() - begin)
@@ -81,7 +72,7 @@ def idle(place, times):
     """Memory and start of a daemon, without a bus and with it, in turn."""
     samples = {"start": ([], []), "memory": ([], [])}
     for _ in range(times):
-        for column, options in enumerate([[], ["--bus", place.address]]):
+        for column, options in enumerate([[], ["--bus", place.bus.address]]):
             with place.gateway(*options) as (process, milliseconds):
                 samples["start"][column].append(milliseconds)
                 samples["memory"][column].append(resident_kibibytes(process))
@@ -90,18 +81,18 @@ def idle(place, times):
 
 def measure(build, benchmark, figure, times):
     """`benchmark` runs a program of Google Benchmark; `figure` makes a line of samples."""
-    program = build / "bin/qorn_bus_bench"
+    program = build.resolve() / "bin/qorn_bus_bench"
     with Place(build) as place:
         samples = idle(place, times)
         figures = [figure("bus-start/daemon_ready", samples["start"][1], samples["start"][0], "ms"),
                    figure("bus-memory/idle_daemon", samples["memory"][1], samples["memory"][0], "KiB")]
-        os.environ["QORN_BENCH_BUS"] = place.address
+        os.environ["QORN_BENCH_BUS"] = place.bus.address
         place.start(program, "--echo")
         if PEER.exists():
-            place.start(PEER, env={**os.environ, "DBUS_SYSTEM_BUS_ADDRESS": place.address})
+            place.start(PEER, env={**os.environ, "DBUS_SYSTEM_BUS_ADDRESS": place.bus.address})
         else:
             print("accountsservice is not here", file=sys.stderr)
-        with place.gateway("--bus", place.address):
+        with place.gateway("--bus", place.bus.address):
             place.ctl("create-user", "ann", place.cloud.issue_code("ann"))
             os.environ["QORN_BENCH_SESSION"] = place.ctl("sign-in-alt", "ann", "")["session_id"]
             os.environ["QORN_BENCH_USER"] = "ann"
