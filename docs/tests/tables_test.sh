@@ -1,5 +1,5 @@
 #!/bin/sh
-# The tables of operations.md and events.md against the interface, the table of operations and the
+# The tables of operations.md, events.md and bus.md against the interface, the table of operations and the
 # texts of the results. Run in the repository's root; shows the lines that differ.
 set -eu
 folder=$(mktemp -d)
@@ -36,6 +36,11 @@ sed -i -E 's/^(GetNetworkSettingStatus).*/\1/' "$folder/doc"
 tr -d '\n' <gateway/operations/operations.cc | grep -oE 'Describe<&Accounts::[^{]*\{[0-9, ]*\}' |
   sed -E 's/^[^(]*\( *"(\w+)".*\{([0-9, ]*)\}$/\1 \2/; s/,//g; s/ *$//' >"$folder/code"
 same "an operation's name or results in the table"
+
+tr -s '\n ' ' ' <gateway/operations/operations.cc | grep -oE '"\w+", k\w+, Right::k\w+' |
+  sed -E 's/"(\w+)", k(\w+), Right::k(.*)/\2.\1 \L\3/; s/signin/sign-in/' | sort >"$folder/code"
+sed -nE '/\.List/d; s/^\| `(\w+\.\w+)` \| ([a-z-]+) \|.*\|.*\|$/\1 \2/p' docs/bus.md | sort >"$folder/doc"
+same "bus.md, rights"
 
 for table in operations:kAccount events:kEventAccount; do
   page=docs/${table%:*}.md constant="${table#*:}[A-Z]\w+"

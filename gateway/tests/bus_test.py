@@ -1,7 +1,9 @@
 """A gateway on a bus of the test's own, and qornctl."""
 
 import os
+import re
 import subprocess
+import xml.etree.ElementTree
 
 import dbus
 import dbus.bus
@@ -71,6 +73,23 @@ class Bus(bus_test_case.BusTestCase):
         self.assert_one_line(taken.errors, "qorn-gateway: the name org.qorn.Accounts1 cannot be had on the bus ")
         self.assert_stops(gateway)
 
+    def test_the_documented_tables_are_the_introspection(self):
+        self.start_gateway()
+        gateway = self.connect().get_object("org.qorn.Accounts1", "/org/qorn/Accounts1")
+        rows = set()
+        for interface in xml.etree.ElementTree.fromstring(
+                gateway.Introspect(dbus_interface=dbus.INTROSPECTABLE_IFACE)).iterfind("interface"):
+            group = interface.get("name").removeprefix("org.qorn.Accounts1.")
+            for member in () if "." in group else (*interface.iterfind("method"), *interface.iterfind("signal")):
+                cells = [", ".join(f"{arg.get('name')} `{arg.get('type')}`".replace(" `s`", "")
+                                   for arg in member.iterfind("arg") if arg.get("direction") == direction)
+                         for direction in (("in", "out") if member.tag == "method" else (None,))]
+                rows.add((f"{group}.{member.get('name')}", *cells))
+        page = (programs.SOURCE / "docs/bus.md").read_text()
+        methods = re.findall(r"(?m)^\| `(\w+\.\w+)` \| [a-z-]+ \| (?:(.+) )?\| (?:(.+) )?\|$", page)
+        signals = re.findall(r"(?m)^\| `(\w+\.\w+)` \| ([^|]+) \|$", page)
+        self.assertEqual(rows, {*methods, *signals})
+
     def test_rights_are_the_callers(self):
         self.start_gateway()
         for user, groups, denied in (("root", "root", []), ("nobody", "games", MANAGES), ("nobody", "nogroup", LINES)):
@@ -94,10 +113,14 @@ class Bus(bus_test_case.BusTestCase):
         mock.wait()
         self.assert_denied(LINES, "nobody", "nogroup")
 
-    def polkit(self):
-        """What says to the mock of polkit what to allow."""
+    def connect(self):
         connection = dbus.bus.BusConnection(self.bus.address)
         self.addCleanup(connection.close)
+        return connection
+
+    def polkit(self):
+        """What says to the mock of polkit what to allow."""
+        connection = self.connect()
         programs.wait_until(lambda: connection.name_has_owner("org.freedesktop.PolicyKit1"))
         return dbus.Interface(connection.get_object(
             "org.freedesktop.PolicyKit1", "/org/freedesktop/PolicyKit1/Authority"), "org.freedesktop.DBus.Mock")

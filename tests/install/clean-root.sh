@@ -13,6 +13,7 @@ if [ "${1:-}" != --inside ]; then
 fi
 . tests/install/check.sh
 . tests/install/debian.sh
+. tests/install/bus.sh
 build=$2 root=$3
 umask 022
 patience=90  # seconds; only ends what hangs
@@ -38,7 +39,7 @@ install_dependencies() {
   needed=$(apt_get install --simulate "${packages[@]}" |
     sed -nE '/^Inst (lib)?qorn-/d; s/^Inst ([^ ]+) .*/\1/p') || return 1
   # shellcheck disable=SC2086
-  apt_get install logrotate systemd $needed
+  apt_get install logrotate systemd polkitd $needed
 }
 
 # Starts the development cloud; sets $http and $https. It ends with this script.
@@ -67,17 +68,34 @@ make_next_version() {
   done
   rm -r "$folder"
 }
-# Starts the service with the command of its unit and waits until it reports that it is ready; sets
-# $service and $ready.
+# The command of the service's unit.
+service_command() {
+  sed -nE '/^ExecStart=/,/[^\\]$/ { s/^ExecStart=//; s/\\$//; p }' \
+    "$root/lib/systemd/system/qorn-gateway.service" | tr '\n' ' '
+}
+# The bus starts the unit by a name that the unit has once it is enabled.
+bus_starts_the_enabled_unit() {
+  local name activation=$root/usr/share/dbus-1/system-services/org.qorn.Accounts1.service
+  name=$(sed -n 's/^SystemdService=//p' "$activation")
+  not inside test -e "/lib/systemd/system/$name" && inside systemctl enable qorn-gateway &&
+    equal /lib/systemd/system/qorn-gateway.service readlink "$root/etc/systemd/system/$name"
+}
+ends_without_a_bus() {
+  local said status=0
+  # shellcheck disable=SC2046
+  said=$(as qorn $(service_command) 2>&1) || status=$?
+  echo "$said"
+  [ "$status" -eq 2 ] && [ "$(wc -l <<<"$said")" -eq 1 ] && [[ $said == *'bus system'* ]]
+}
+# Starts the service with that command and waits until it reports that it is ready; sets $service
+# and $ready.
 start_service() {
-  local command unit=$root/lib/systemd/system/qorn-gateway.service
   exec {notify}< <(perl -MIO::Socket::UNIX -e '$| = 1; umask 0;
     my $socket = IO::Socket::UNIX->new(Type => SOCK_DGRAM, Local => $ARGV[0]) or die $!;
     print "listening\n"; $socket->recv(my $text, 4096); print "$text\n"' "$root/run/notify")
   read -r _ <&"$notify"
-  command=$(sed -nE '/^ExecStart=/,/[^\\]$/ { s/^ExecStart=//; s/\\$//; p }' "$unit" | tr '\n' ' ')
-  # shellcheck disable=SC2086
-  as qorn env NOTIFY_SOCKET=/run/notify $command >"$root/root/packages/service" 2>&1 &
+  # shellcheck disable=SC2046
+  as qorn env NOTIFY_SOCKET=/run/notify $(service_command) >"$root/root/packages/service" 2>&1 &
   service=$!
   read -r -t "$patience" ready <&"$notify" || true
   rm "$root/run/notify"
@@ -98,6 +116,7 @@ end_service() {
 
 chmod 755 "$root"
 make_root "$root" "$PWD/build/bookworm.tar"
+install -m 755 /dev/stdin "$root/usr/sbin/policy-rc.d" <<<$'#!/bin/sh\nexit 101'  # Packages start nothing.
 mkdir "$root/root/packages"
 cp "$build"/*.deb "$root/root/packages"
 names=() packages=()
@@ -134,11 +153,16 @@ check 'the gateway creates a user and signs in, with the installed configuration
 check 'the database is the gateway'"'"'s alone' equal '600 qorn:qorn' mode /var/lib/qorn/account.db
 check 'the log is the gateway'"'"'s alone' equal '600 qorn:qorn' mode /var/log/qorn/gateway.log
 check 'the doctor finds nothing bad' doctor
+check 'without a bus the service ends with one line and status 2' ends_without_a_bus
+start_bus
 start_service
 check 'the service starts as its unit says, and says when it is ready' equal READY=1 echo "$ready"
 check 'logrotate and SIGHUP give it new files' turn_logs_over
+use_bus
 end_service && status=0 || status=$?
 check 'SIGTERM ends it in order' [ "$status" -eq 0 ]
+end_bus
+check 'once it is enabled, the bus can start it' bus_starts_the_enabled_unit
 
 make_next_version
 edited=$(sha256sum <"$root/etc/qorn/config.xml")

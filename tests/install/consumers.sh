@@ -56,6 +56,13 @@ watches() {
     --component "$1" --log "$work/log" <<<'expect success sign-in-alt qornsystem mivu5830' &&
     grep 'presence: qornsystem is home' "$work/log"
 }
+build_with_the_client() {
+  sed -n '/^```cpp$/,/^```$/ { /^```/d; p }' docs/bus.md >"$work/users.cc"
+  # shellcheck disable=SC2046
+  g++ -std=c++20 "$work/users.cc" -o "$work/users" $(flags --cflags --libs qorn-client)
+}
+ask_without_a_bus() { LD_LIBRARY_PATH=$root/usr/$libdir DBUS_SYSTEM_BUS_ADDRESS=unix:path=$work/bus "$work/users"; }
+
 all_headers() {
   (cd "$root/usr/include/qorn" && find . -name '*.h' -printf '#include "%P"\n') >"$work/all.cc"
   g++ -std=c++20 -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror -fsyntax-only -MD -MF "$work/all.d" \
@@ -67,5 +74,8 @@ check 'a component builds with find_package(QornAccount)' build_with_cmake
 check 'it runs beside the account component' watches "$work/cmake/libpresence_watch.so"
 check 'a component builds with pkg-config qorn-account' build_with_pkg_config
 check 'it runs beside the account component too' watches "$work/by-pkg-config.so"
+check 'the program of docs/bus.md builds with pkg-config qorn-client' build_with_the_client
+check 'it says that there is no bus' [ "$(ask_without_a_bus 2>&1)" = \
+  'the bus system cannot be reached: No such file or directory' ]
 check 'all installed headers compile, without those of other packages' all_headers
 [ "$failed" -eq 0 ]
