@@ -166,6 +166,11 @@ gateway::ConsoleServices Program::MakeServices() {
   services.list_friends = [this](const std::string& user_uuid, FieldRows* friends) {
     return ListFriends(*client_, user_uuid, friends);
   };
+  services.read_metrics = [this](std::string* text, std::string* error) {
+    const AccountResult result = client_->GetMetrics(text);
+    if (result != kAccountSuccess) *error = qorn::Client::LastError();
+    return result == kAccountSuccess;
+  };
   services.count_sessions = [this](int* count) { return client_->GetOpenSessions(count); };
   services.explain = [] { return qorn::Client::LastError(); };
   return services;

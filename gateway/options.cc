@@ -34,6 +34,9 @@ void Declare(CLI::App* app, Options* options) {
   app->add_option("--bus", options->bus_address,
                   "Offer the accounts to other processes on D-Bus: system, session or an address")
       ->type_name("ADDRESS");
+  app->add_flag("--metrics", options->metrics,
+                "Count the calls of the console and of all components, too, not only those from "
+                "D-Bus");
   app->add_flag("--json", options->json, "Write one JSON object a line");
   app->add_flag("--keep-going", options->keep_going,
                 "Go on after a command of a script or a pipe failed");
@@ -83,6 +86,8 @@ void FillDefaults(Options* options) {
     options->components.push_back(
         BesideProgramOr("../lib/libqorn_account.so", QORN_LIBDIR "/qorn/libqorn_account.so"));
   }
+  options->metrics_component =
+      BesideProgramOr("../lib/libqorn_metrics.so", QORN_LIBDIR "/qorn/libqorn_metrics.so");
 }
 
 }  // namespace

@@ -19,6 +19,8 @@ struct Options {
   std::string script_file;  // "": lines come from standard input
   bool daemon = false;      // no lines are read
   std::string bus_address;  // "system", "session" or a D-Bus address; "": no service on a bus
+  bool metrics = false;     // all calls of the process are counted, not the bus's alone
+  std::string metrics_component;
   bool json = false;
   bool keep_going = false;
   bool show_secrets = false;

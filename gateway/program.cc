@@ -21,6 +21,7 @@
 #include "gateway/doctor/doctor.h"
 #include "gateway/exit_status.h"
 #include "gateway/host/host.h"
+#include "gateway/metrics/metrics.h"
 #include "gateway/operations/audit.h"
 #include "gateway/operations/event_listener.h"
 #include "gateway/operations/seen_ids.h"
@@ -63,6 +64,18 @@ GatewayFacts MakeFacts(const Options& options, const Host& host) {
   return facts;
 }
 
+// The runtime asks the first component first: in front the metrics component counts all calls, at
+// the end those of the service, which asks for that component itself.
+std::vector<std::string> Components(const Options& options) {
+  std::vector<std::string> components = options.components;
+  if (options.metrics) {
+    components.insert(components.begin(), options.metrics_component);
+  } else if (!options.bus_address.empty() && BusService::IsBuilt()) {
+    components.push_back(options.metrics_component);
+  }
+  return components;
+}
+
 int ExitStatusOf(std::optional<Severity> worst) {
   if (!worst) return kExitCannotStart;
   if (*worst == Severity::kBad) return kExitDoctorBad;
@@ -90,6 +103,7 @@ class Program {
   bool RunConsole(const Host& host, base::ScopedFd input);
   void Watch(std::optional<std::chrono::seconds> time);
   ConsoleServices MakeServices(const Host& host);
+  std::string MetricsText(const Host& host) const;
 
   const Options& options_;
   Printer printer_;
@@ -98,6 +112,7 @@ class Program {
   Audit audit_;
   StopSignals signals_;
   LogView log_view_;
+  Metrics* metrics_ = nullptr;  // while the host lives; null when nothing is counted
   std::unique_ptr<BusService> service_;
   // For the platform's bus, which may deliver events while the service is being made.
   std::atomic<BusService*> listening_service_{nullptr};
@@ -148,11 +163,12 @@ int Program::Run() {
     if (audit_.TakeFailure()) printer_.Error(kAuditFailure);
   });
   std::string error;
-  std::unique_ptr<Host> host = Host::Start(options_.config_file, options_.components, &error);
+  std::unique_ptr<Host> host = Host::Start(options_.config_file, Components(options_), &error);
   if (host == nullptr) {
     printer_.Error(error);
     return kExitCannotStart;
   }
+  metrics_ = static_cast<Metrics*>(host->FindInterface(kMetricsInterface));
   for (const std::string& fault : host->storage_faults()) printer_.Error(fault);
   if (!StartService(*host)) return kExitCannotStart;
   Notify("READY=1");
@@ -177,14 +193,16 @@ bool Program::StartService(const Host& host) {
   std::string error;
   if (ReadBusKeys([&](const std::string& key) { return host.ConfigOption(key); }, &options,
                   &error)) {
-    service_ =
-        BusService::Start(options,
-                          {.accounts = host.accounts(),
-                           .audit = &audit_,
-                           .seen_ids = &seen_ids_,
-                           .flush_events = [] { evt::EventManager::GetInstance()->Flush(); },
-                           .report = [this](const std::string& line) { printer_.Error(line); }},
-                          &error);
+    service_ = BusService::Start(
+        options,
+        {.accounts = metrics_ == nullptr ? host.accounts() : metrics_->counted_accounts(),
+         .audit = &audit_,
+         .seen_ids = &seen_ids_,
+         .flush_events = [] { evt::EventManager::GetInstance()->Flush(); },
+         .report = [this](const std::string& line) { printer_.Error(line); },
+         .metrics = [this, &host] { return MetricsText(host); },
+         .on_refusal = [this](Refusal why) { metrics_->CountRefusal(why); }},
+        &error);
   }
   if (service_ == nullptr) printer_.Error(error);
   listening_service_ = service_.get();
@@ -224,7 +242,21 @@ ConsoleServices Program::MakeServices(const Host& host) {
         [this] { return signals_.WaitForStop(kNow); }, code, error);
   };
   services.watch = [this](std::optional<std::chrono::seconds> time) { Watch(time); };
+  services.read_metrics = [this, &host](std::string* text, std::string* error) {
+    if (metrics_ != nullptr) *text = MetricsText(host);
+    if (metrics_ == nullptr) *error = "nothing is counted without --metrics";
+    return metrics_ != nullptr;
+  };
   return services;
+}
+
+std::string Program::MetricsText(const Host& host) const {
+  Metrics::HostState state{.open_sessions = CountOpenSessions(*metrics_->accounts(), seen_ids_)};
+  struct stat database {};
+  if (stat(host.DatabasePath().c_str(), &database) == 0) {
+    state.database_bytes = static_cast<uint64_t>(database.st_size);
+  }
+  return metrics_->Text(state);
 }
 
 }  // namespace

@@ -80,6 +80,8 @@ class __attribute__((visibility("default"))) Client {
   // 1, or 19 when the gateway does not answer.
   AccountResult GetVersion(std::string* version) const;
   AccountResult GetOpenSessions(int* count) const;
+  // What the gateway counts, in Prometheus's text format.
+  AccountResult GetMetrics(std::string* text) const;
 
   // Calls `listener` for each event until the listener is removed. The number is for
   // RemoveListener, after whose return it does not run any more.

@@ -104,6 +104,14 @@ AccountResult Client::GetOpenSessions(int* count) const {
   return impl_->GetProperty("OpenSessions", "i", count);
 }
 
+AccountResult Client::GetMetrics(std::string* text) const {
+  return CodeOf(impl_->remote.Send(
+      {.interface = std::string(bus::kInterfacePrefix) + "Gateway",
+       .member = "Metrics",
+       .arguments = {},
+       .read = [text](sd_bus_message* reply) { return Output(text).Read(reply); }}));
+}
+
 int Client::AddListener(std::function<void(const ClientEvent&)> listener) {
   return impl_->remote.AddListener(std::move(listener));
 }

@@ -39,7 +39,7 @@ same "an operation's name or results in the table"
 
 tr -s '\n ' ' ' <gateway/operations/operations.cc | grep -oE '"\w+", k\w+, Right::k\w+' |
   sed -E 's/"(\w+)", k(\w+), Right::k(.*)/\2.\1 \L\3/; s/signin/sign-in/' | sort >"$folder/code"
-sed -nE '/\.List/d; s/^\| `(\w+\.\w+)` \| ([a-z-]+) \|.*\|.*\|$/\1 \2/p' docs/bus.md | sort >"$folder/doc"
+sed -nE '/\.(List|Metrics)/d; s/^\| `(\w+\.\w+)` \| ([a-z-]+) \|.*\|.*\|$/\1 \2/p' docs/bus.md | sort >"$folder/doc"
 same "bus.md, rights"
 
 for table in operations:kAccount events:kEventAccount; do

@@ -39,6 +39,10 @@ const std::vector<Console::Builtin>& Console::Builtins() {
                                           Secrecy::kOpen)},
                    .help = "follow events and log lines; Enter ends it at a terminal"},
        .run = &Console::Watch},
+      {.command = {.name = "metrics",
+                   .group = kLooking,
+                   .help = "print what the gateway counts, in Prometheus's text format"},
+       .run = &Console::Metrics},
       {.command = {.name = "request-code",
                    .alias = "code",
                    .group = kConsole,
@@ -119,6 +123,19 @@ Console::Step Console::Help(const Words& words) {
   const Command* const command = FindCommand(words[1]);
   if (command == nullptr) return Step{"help: " + UnknownCommand(words[1]), {}};
   ShowCommand(*command, parts_.printer);
+  return Step{};
+}
+
+Console::Step Console::Metrics(const Words&) {
+  std::string text;
+  std::string error;
+  if (!services_.read_metrics(&text, &error)) return Step{"metrics: " + error, {}};
+  if (parts_.printer->style().json) {
+    parts_.printer->Show(
+        Record{.type = "metrics", .attributes = {{.name = "text", .values = {text}}}});
+  } else {
+    parts_.printer->ShowLines(text);
+  }
   return Step{};
 }
 

@@ -94,6 +94,7 @@ class Console {
   Step Expect(const Words& words);
   Step Friends(const Words& words);
   Step Help(const Words& words);
+  Step Metrics(const Words& words);
   Step Quit(const Words& words);
   Step RequestCode(const Words& words);
   Step Say(const Words& words);

@@ -43,6 +43,9 @@ struct ConsoleServices {
   std::function<AccountResult(FieldRows* users)> list_users;
   std::function<AccountResult(const std::string& user_uuid, FieldRows* friends)> list_friends;
 
+  // What the gateway counts, in Prometheus's text format; false with one line in `error`.
+  std::function<bool(std::string* text, std::string* error)> read_metrics;
+
   // For a gateway in another process, and not needed for one in this process.
   std::function<AccountResult(int* count)> count_sessions = {};
   // What the code of the latest operation does not tell about its failure; "" for nothing.

@@ -18,16 +18,21 @@ std::unique_ptr<Host> Host::Start(const std::string& config_file,
   for (const std::string& component : components) {
     if (!runtime->LoadComponent(component, error)) return nullptr;
   }
-  void* accounts = nullptr;
-  if (!runtime->QueryInterface("account_interface", &accounts)) {
+  host->accounts_ = static_cast<AccountManager*>(host->FindInterface("account_interface"));
+  if (host->accounts_ == nullptr) {
     *error = "none of the loaded components has the account interface";
     return nullptr;
   }
-  host->accounts_ = static_cast<AccountManager*>(accounts);
   return host;
 }
 
 Host::~Host() { runtime::Runtime::Destroy(); }
+
+void* Host::FindInterface(const std::string& name) const {
+  void* found = nullptr;
+  runtime::Runtime::GetInstance()->QueryInterface(name, &found);
+  return found;
+}
 
 std::string Host::ConfigOption(const std::string& key) const {
   std::string value;

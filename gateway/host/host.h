@@ -28,6 +28,9 @@ class Host {
   // Valid while the host lives. No operation may be running when the host is destroyed.
   AccountManager* accounts() const { return accounts_; }
 
+  // Asks all components, as for the account interface; null when none has this one.
+  void* FindInterface(const std::string& name) const;
+
   // What was wrong with the database at the start, one line each. The host runs nevertheless: most
   // operations work, and the faults may be mended meanwhile.
   const std::vector<std::string>& storage_faults() const { return storage_faults_; }

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "core_fw/account/include/account_manager.h"
 #include "gateway/output/clock_text.h"
 
 namespace gateway {
@@ -91,6 +90,13 @@ std::set<std::string> SeenIds::Ids(IdKind kind) const {
   base::AutoLock hold(lock_);
   auto found = ids_.find(kind);
   return found == ids_.end() ? std::set<std::string>() : found->second;
+}
+
+size_t CountOpenSessions(AccountManager& accounts, const SeenIds& seen_ids) {
+  const std::vector<SeenIds::Session> seen = seen_ids.sessions();
+  return static_cast<size_t>(std::count_if(seen.begin(), seen.end(), [&](const auto& session) {
+    return accounts.CheckSessionValidation(session.session_id) == kAccountSuccess;
+  }));
 }
 
 }  // namespace gateway

@@ -12,6 +12,7 @@
 
 #include "base/lock.h"
 #include "base/thread_annotations.h"
+#include "core_fw/account/include/account_manager.h"
 #include "gateway/operations/events.h"
 #include "gateway/operations/parameters.h"
 #include "gateway/output/records.h"
@@ -53,6 +54,10 @@ class SeenIds {
   std::deque<PastEvent> events_ GUARDED_BY(lock_);
   std::map<IdKind, std::set<std::string>> ids_ GUARDED_BY(lock_);
 };
+
+// How many of the seen sessions are open: they may have expired without a sign-out, and a reset
+// closes them without an event. Any thread.
+size_t CountOpenSessions(AccountManager& accounts, const SeenIds& seen_ids);
 
 }  // namespace gateway
 

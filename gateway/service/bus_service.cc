@@ -66,10 +66,11 @@ BusService::Impl::Impl(const Options& options, const Parts& parts)
       parts_(parts),
       properties_(parts_.accounts, parts_.seen_ids),
       calls_({.loop = &loop_,
-              .accounts = parts_.accounts,
+              .sources = {.accounts = parts_.accounts, .metrics = parts_.metrics},
               .audit = parts_.audit,
               .flush_events = parts_.flush_events,
-              .on_change = [this](const Method& method) { OnChange(method); }},
+              .on_change = [this](const Method& method) { OnChange(method); },
+              .on_refusal = parts_.on_refusal},
              options.limits, options.group) {}
 
 BusService::Impl::~Impl() { Stop(); }
@@ -179,6 +180,8 @@ void BusService::Impl::LookForNetwork() {
 
 BusService::BusService(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}
 BusService::~BusService() = default;
+
+bool BusService::IsBuilt() { return true; }
 
 std::unique_ptr<BusService> BusService::Start(const Options& options, const Parts& parts,
                                               std::string* error) {

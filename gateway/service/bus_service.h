@@ -8,6 +8,7 @@
 #include <string>
 
 #include "core_fw/account/include/account_manager.h"
+#include "gateway/metrics/metrics.h"
 #include "gateway/operations/audit.h"
 #include "gateway/operations/events.h"
 #include "gateway/operations/seen_ids.h"
@@ -30,7 +31,14 @@ class BusService {
     std::function<void()> flush_events;  // returns once all published events were delivered
     // One line for people: the bus is gone, or back. On the service's thread.
     std::function<void(const std::string&)> report;
+    // In Prometheus's text format, for Gateway.Metrics. Any thread.
+    std::function<std::string()> metrics = [] { return std::string(); };
+    // A call was refused. On the service's thread.
+    std::function<void(Refusal)> on_refusal = [](Refusal) {};
   };
+
+  // False in a build without D-Bus, where Start fails.
+  static bool IsBuilt();
 
   // Connects and takes the name. Null with one line in `error` when the bus cannot be reached or
   // somebody else has the name.

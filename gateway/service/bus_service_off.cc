@@ -8,6 +8,8 @@ class BusService::Impl {};
 BusService::BusService(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}
 BusService::~BusService() = default;
 
+bool BusService::IsBuilt() { return false; }
+
 std::unique_ptr<BusService> BusService::Start(const Options& /*options*/, const Parts& /*parts*/,
                                               std::string* error) {
   *error = "--bus: this program was built without D-Bus";

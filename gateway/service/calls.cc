@@ -63,6 +63,21 @@ size_t ReplyBytes(const Outcome& outcome) {
   return bytes;
 }
 
+const char* ErrorOf(Refusal refusal) {
+  switch (refusal) {
+    case Refusal::kTooManyCalls:
+      return bus::kLimitsExceeded;
+    case Refusal::kBadArguments:
+      return bus::kInvalidArgs;
+    case Refusal::kStopping:
+      return bus::kStopping;
+    case Refusal::kNoRight:
+    case Refusal::kUnknownCaller:
+      break;
+  }
+  return bus::kAccessDenied;
+}
+
 std::string WaitText(int seconds) {
   return "too many calls; try again in " + std::to_string(seconds) +
          (seconds == 1 ? " second" : " seconds");
@@ -99,7 +114,7 @@ Calls::~Calls() = default;
 void Calls::Take(const Method& method, sd_bus_message* message) {
   const auto call = std::make_shared<Call>(this, method, message);
   if (on_all_ended_) return RefuseStopping(call.get());
-  if (open_ > kMostOpenCalls) return Refuse(call.get(), bus::kLimitsExceeded, WaitText(1));
+  if (open_ > kMostOpenCalls) return Refuse(call.get(), Refusal::kTooManyCalls, WaitText(1));
   std::string fault = "the arguments cannot be read";
   if (ReadWords(method, message, &call->words, &fault)) {
     call->right = method.RightFor(call->words);
@@ -110,7 +125,7 @@ void Calls::Take(const Method& method, sd_bus_message* message) {
                     [this, call](const CallerPtr& caller) {
                       if (on_all_ended_) return RefuseStopping(call.get());
                       if (caller == nullptr) {
-                        return Refuse(call.get(), bus::kAccessDenied, "not allowed");
+                        return Refuse(call.get(), Refusal::kUnknownCaller, "not allowed");
                       }
                       call->caller = caller;
                       Admit(call);
@@ -131,7 +146,7 @@ void Calls::Admit(const CallPtr& call) {
   call->entered = true;
   if (!call->fault.empty()) {
     Note(*call, std::nullopt, "refused: " + call->fault);
-    return Refuse(call.get(), bus::kInvalidArgs, call->fault);
+    return Refuse(call.get(), Refusal::kBadArguments, call->fault);
   }
   const bool interactive =
       sd_bus_message_get_allow_interactive_authorization(call->message.get()) > 0;
@@ -141,14 +156,14 @@ void Calls::Admit(const CallPtr& call) {
               if (granted) return Run(call);
               Note(*call, std::nullopt,
                    std::string("refused: no right to ") + RightName(call->right));
-              Refuse(call.get(), bus::kAccessDenied, "not allowed");
+              Refuse(call.get(), Refusal::kNoRight, "not allowed");
             });
 }
 
 void Calls::Run(const CallPtr& call) {
   switch (call->method.backend) {
     case Backend::kMemory:
-      call->outcome = call->method.run(*parts_.accounts, call->words);
+      call->outcome = call->method.run(parts_.sources, call->words);
       return Finish(call.get());
     case Backend::kDatabase:
       return RunOnWorker(&database_, call);
@@ -161,7 +176,7 @@ void Calls::RunOnWorker(Workers* workers, const CallPtr& call) {
   // The loop's thread keeps the call, since messages belong to it.
   running_.emplace(call.get(), call);
   workers->Post(call->caller->user, [this, running = call.get()] {
-    running->outcome = running->method.run(*parts_.accounts, running->words);
+    running->outcome = running->method.run(parts_.sources, running->words);
     if (running->right != Right::kLook) parts_.flush_events();
     parts_.loop->Post([this, running] {
       Finish(running);
@@ -192,23 +207,26 @@ void Calls::SendOutcome(Call* call) {
   }
   if (result >= 0) return;
   // A caller without a reply would wait until it gives up.
-  Refuse(call, SD_BUS_ERROR_FAILED,
-         std::string("the answer cannot be sent: ") + std::strerror(-result));
+  SendError(call, SD_BUS_ERROR_FAILED,
+            std::string("the answer cannot be sent: ") + std::strerror(-result));
 }
 
-void Calls::RefuseStopping(Call* call) { Refuse(call, bus::kStopping, "the gateway is stopping"); }
+void Calls::RefuseStopping(Call* call) {
+  Refuse(call, Refusal::kStopping, "the gateway is stopping");
+}
 
 void Calls::RefuseLater(const CallPtr& call, int seconds) {
+  parts_.on_refusal(Refusal::kTooManyCalls);
   // A late reply slows nobody down who expects none.
   if (sd_bus_message_get_expect_reply(call->message.get()) <= 0) return;
   const uid_t user = call->caller->user;
   if (held_[user] >= kMostHeldOfAUser) {
-    return Refuse(call.get(), bus::kLimitsExceeded, WaitText(seconds));
+    return SendError(call.get(), bus::kLimitsExceeded, WaitText(seconds));
   }
   ++held_[user];
   parts_.loop->PostAt(Guard::Clock::now() + kHold, [this, call, user, seconds] {
     if (--held_[user] == 0) held_.erase(user);
-    Refuse(call.get(), bus::kLimitsExceeded, WaitText(seconds));
+    SendError(call.get(), bus::kLimitsExceeded, WaitText(seconds));
   });
 }
 
@@ -217,7 +235,12 @@ void Calls::Lose() {
   callers_.Clear();
 }
 
-void Calls::Refuse(Call* call, const char* error, const std::string& text) {
+void Calls::Refuse(Call* call, Refusal refusal, const std::string& text) {
+  parts_.on_refusal(refusal);
+  SendError(call, ErrorOf(refusal), text);
+}
+
+void Calls::SendError(Call* call, const char* error, const std::string& text) {
   sd_bus_reply_method_errorf(call->message.get(), error, "%s", text.c_str());
 }
 

@@ -11,6 +11,7 @@
 
 #include "bus/handles.h"
 #include "bus/loop.h"
+#include "gateway/metrics/metrics.h"
 #include "gateway/operations/audit.h"
 #include "gateway/service/callers.h"
 #include "gateway/service/guard.h"
@@ -24,12 +25,13 @@ class Calls {
  public:
   struct Parts {
     bus::Loop* loop;
-    AccountManager* accounts;
+    Sources sources;
     Audit* audit;
     // Returns once all published events were delivered, so that signals stand before replies.
     std::function<void()> flush_events;
     // After each call that may have changed something.
     std::function<void(const Method& method)> on_change;
+    std::function<void(Refusal)> on_refusal;
   };
 
   // Borrows the parts.
@@ -60,7 +62,8 @@ class Calls {
   void RunOnWorker(Workers* workers, const CallPtr& call);
   void Finish(Call* call);
   void SendOutcome(Call* call);
-  void Refuse(Call* call, const char* error, const std::string& text);
+  void SendError(Call* call, const char* error, const std::string& text);
+  void Refuse(Call* call, Refusal refusal, const std::string& text);
   void RefuseStopping(Call* call);
   // Refuses a call over the limits, after a delay.
   void RefuseLater(const CallPtr& call, int seconds);

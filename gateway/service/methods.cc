@@ -67,17 +67,18 @@ int AppendOutputs(const Outcome& outcome, sd_bus_message* reply) {
 }
 
 Method MethodOf(const Operation& operation) {
-  Method method{
-      .name = operation.name,
-      .group = operation.group,
-      .takes = ValuesOf(operation.arguments, operation.argument_shapes),
-      .gives = ValuesOf(operation.outputs, operation.output_shapes),
-      .right = operation.right,
-      .backend = operation.backend,
-      .operation = &operation,
-      .run = [&operation](AccountManager& accounts,
-                          const Words& words) { return RunOperation(operation, accounts, words); },
-      .append = &AppendOutputs};
+  Method method{.name = operation.name,
+                .group = operation.group,
+                .takes = ValuesOf(operation.arguments, operation.argument_shapes),
+                .gives = ValuesOf(operation.outputs, operation.output_shapes),
+                .right = operation.right,
+                .backend = operation.backend,
+                .operation = &operation,
+                .run =
+                    [&operation](const Sources& sources, const Words& words) {
+                      return RunOperation(operation, *sources.accounts, words);
+                    },
+                .append = &AppendOutputs};
   // A state is what the operation returns.
   if (operation.results.empty()) method.gives = {{"status", "i"}};
   return method;
@@ -133,10 +134,10 @@ Method ListOf(const char* name, const char* information, const char* rows_name, 
           .right = Right::kLook,
           .backend = Backend::kDatabase,
           .run =
-              [read, columns](AccountManager& accounts, const Words& words) {
+              [read, columns](const Sources& sources, const Words& words) {
                 FieldRows rows;
                 Outcome outcome;
-                outcome.code = read(accounts, words, &rows);
+                outcome.code = read(*sources.accounts, words, &rows);
                 TakeRows(rows, columns, &outcome.rows);
                 return outcome;
               },
@@ -144,6 +145,21 @@ Method ListOf(const char* name, const char* information, const char* rows_name, 
               [members](const Outcome& outcome, sd_bus_message* reply) {
                 return AppendRows(reply, members, outcome.rows);
               }};
+}
+
+// It reads files and looks at each session, so it is not the bus's thread that does it.
+Method MetricsMethod() {
+  return {.name = "Metrics",
+          .group = "Gateway",
+          .takes = {},
+          .gives = {{"text", "s"}},
+          .right = Right::kLook,
+          .backend = Backend::kDatabase,
+          .run =
+              [](const Sources& sources, const Words& /*words*/) {
+                return Outcome{.outputs = {{.name = "text", .values = {sources.metrics()}}}};
+              },
+          .append = &AppendOutputs};
 }
 
 std::vector<Method> MakeMethods() {
@@ -159,6 +175,7 @@ std::vector<Method> MakeMethods() {
                              return ReadFriends(accounts, words.at(0), rows);
                            }));
   methods.back().takes = {{"user_uuid", "s"}};
+  methods.push_back(MetricsMethod());
   return methods;
 }
 

@@ -1,5 +1,5 @@
-// What the service offers on the bus: the 32 operations and two lists, each with the right that it
-// needs, and how its answer is put into a reply.
+// What the service offers on the bus: the 32 operations, two lists and the metrics, each with the
+// right that it needs, and how its answer is put into a reply.
 #ifndef QORN_GATEWAY_SERVICE_METHODS_H_
 #define QORN_GATEWAY_SERVICE_METHODS_H_
 
@@ -23,6 +23,12 @@ struct Outcome {
   std::vector<Words> rows = {};  // of a list, each with the list's columns
 };
 
+// What methods answer from.
+struct Sources {
+  AccountManager* accounts;              // borrowed
+  std::function<std::string()> metrics;  // in Prometheus's text format; any thread
+};
+
 struct Method {
   struct Value {
     std::string name;
@@ -37,14 +43,14 @@ struct Method {
   Backend backend;
   const Operation* operation = nullptr;  // null for what is none of the 32
   // Any thread. The words are as many as it takes.
-  std::function<Outcome(AccountManager& accounts, const Words& words)> run;
+  std::function<Outcome(const Sources& sources, const Words& words)> run;
   // Appends all that it gives. A negative errno when that fails.
   std::function<int(const Outcome& outcome, sd_bus_message* reply)> append;
 
   Right RightFor(const Words& words) const;
 };
 
-// In the interface's order, the lists last.
+// In the interface's order, the others last.
 const std::vector<Method>& Methods();
 
 // Null when the group has no such method.

@@ -78,7 +78,7 @@ Properties::Properties(AccountManager* accounts, SeenIds* seen_ids)
            .gives = {{"value", "v"}},
            .right = Right::kLook,
            .backend = Backend::kMemory,
-           .run = [this](AccountManager&,
+           .run = [this](const Sources&,
                          const Words& words) { return Outcome{.outputs = {Read(words.at(1))}}; },
            .append = &AppendFirst},
       get_all_{.name = "GetAll",
@@ -88,7 +88,7 @@ Properties::Properties(AccountManager* accounts, SeenIds* seen_ids)
                .right = Right::kLook,
                .backend = Backend::kMemory,
                .run =
-                   [this](AccountManager&, const Words&) {
+                   [this](const Sources&, const Words&) {
                      Outcome outcome;
                      for (const Property& property : All()) {
                        outcome.outputs.push_back(Read(property.name));
@@ -105,12 +105,7 @@ Field Properties::Read(const std::string& name) const {
     return NumberField(name, accounts_->GetNetworkSettingStatus());
   }
   if (name == kSessionLifetime) return NumberField(name, LifetimeOf(*accounts_));
-  // Sessions may have expired without a sign-out, and a reset closes them without an event.
-  const std::vector<SeenIds::Session> seen = seen_ids_->sessions();
-  return NumberField(name, std::count_if(seen.begin(), seen.end(), [&](const auto& session) {
-                       return accounts_->CheckSessionValidation(session.session_id) ==
-                              kAccountSuccess;
-                     }));
+  return NumberField(name, static_cast<int>(CountOpenSessions(*accounts_, *seen_ids_)));
 }
 
 int Properties::Append(const std::string& name, sd_bus_message* reply) const {

@@ -122,6 +122,7 @@ TEST_F(BusServiceTest, RefusesWhoAsksTooMuchAndSaysForHowLong) {
   EXPECT_EQ(calls, allowed);
   EXPECT_THAT(refusal, testing::MatchesRegex(std::string(bus::kLimitsExceeded) +
                                              ": too many calls; try again in [0-9]+ seconds?"));
+  EXPECT_EQ(Refusals(), std::vector(1, Refusal::kTooManyCalls));
 }
 
 TEST_F(BusServiceTest, TheClientWaitsAsLongAsTheGuardSays) {

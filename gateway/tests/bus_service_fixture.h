@@ -67,7 +67,9 @@ class BusServiceTest : public testing::Test {
                                   .audit = &audit_,
                                   .seen_ids = &seen_ids_,
                                   .flush_events = [] {},
-                                  .report = [this](const std::string& line) { Report(line); }},
+                                  .report = [this](const std::string& line) { Report(line); },
+                                  .metrics = [] { return std::string("counts"); },
+                                  .on_refusal = [this](Refusal why) { NoteRefusal(why); }},
                                  &error);
     ASSERT_NE(service_, nullptr) << error;
     client_ = qorn::Client::Connect({.address = bus_.address()}, &error);
@@ -131,6 +133,15 @@ class BusServiceTest : public testing::Test {
     reported_.wait(hold, [&] { return reports_.size() >= count; });
   }
 
+  void NoteRefusal(Refusal refusal) {
+    const std::lock_guard<std::mutex> hold(mutex_);
+    refusals_.push_back(refusal);
+  }
+  std::vector<Refusal> Refusals() {
+    const std::lock_guard<std::mutex> hold(mutex_);
+    return refusals_;
+  }
+
   PrivateBus bus_;
   std::string group_ = "qorn";
   Accounts accounts_;
@@ -139,6 +150,7 @@ class BusServiceTest : public testing::Test {
   std::mutex mutex_;
   std::condition_variable reported_;
   Texts reports_;
+  std::vector<Refusal> refusals_;
   std::unique_ptr<BusService> service_;
   std::unique_ptr<qorn::Client> client_;
   bus::ConnectionPtr raw_;

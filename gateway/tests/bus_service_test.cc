@@ -71,6 +71,7 @@ TEST_F(BusServiceTest, RefusesWhatGoesIntoNoOperation) {
   EXPECT_THAT(CallRaw("Sessions", "SignOut", "", ""), HasSubstr("InvalidArgs"));
   EXPECT_THAT(CallRaw("Users", "SignOut", "s", "x"), HasSubstr("UnknownMethod"));
   EXPECT_EQ(accounts_.calls.size(), 1u);
+  EXPECT_EQ(Refusals(), std::vector(3, Refusal::kBadArguments));  // The others get no further.
 }
 
 TEST_F(BusServiceTest, TextsThatAreNoUtf8AndLargeListsArrive) {
@@ -127,6 +128,9 @@ TEST_F(BusServiceTest, PropertiesTellOfTheirChanges) {
   std::string version;
   EXPECT_EQ(client_->GetVersion(&version), 1);
   EXPECT_NE(version, "");
+  std::string metrics;
+  EXPECT_EQ(client_->GetMetrics(&metrics), 1);
+  EXPECT_EQ(metrics, "counts");
 }
 
 TEST_F(BusServiceTest, AStalledCloudHoldsUpNobodyAndAStopWaitsForIt) {
@@ -149,6 +153,7 @@ TEST_F(BusServiceTest, AStalledCloudHoldsUpNobodyAndAStopWaitsForIt) {
   std::string refusal;
   while ((refusal = CallRaw("Sessions", "SignOut", "s", "x")).empty()) continue;
   EXPECT_THAT(refusal, HasSubstr(bus::kStopping));
+  EXPECT_EQ(Refusals(), std::vector(1, Refusal::kStopping));
   stalled.count_down();
   for (auto& sign_in : sign_ins) EXPECT_EQ(sign_in.get(), 1);
   stop.get();

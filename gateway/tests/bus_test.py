@@ -24,7 +24,8 @@ get-session-lifetime
 get-network-setting-status
 get-nts-server-info-and-peer-id
 users
-friends""".splitlines()
+friends
+metrics""".splitlines()
 SIGN_INS = ["sign-in x x", "sign-in-alt x x", "sign-out x", "reset-count-for-session-maintenance x"]
 MANAGES = """create-user x x
 create-user-request x x
@@ -90,10 +91,40 @@ class Bus(bus_test_case.BusTestCase):
         signals = re.findall(r"(?m)^\| `(\w+\.\w+)` \| ([^|]+) \|$", page)
         self.assertEqual(rows, {*methods, *signals})
 
+    def test_metrics_count_each_call_once(self):
+        self.start_gateway("--metrics")
+        self.ctl("create-user", "ann", self.cloud.issue_code("ann"))
+        self.ctl("--keep-going", text="in-alt ann ''\ncheck-session-validation x\ncheck-session-validation y\n")
+        for _ in range(2):  # Reading them counts nothing but their own reading.
+            text = self.ctl("metrics").output
+            for sample in ('operations_total{operation="CreateUser",result="Success"} 1',
+                           'operations_total{operation="CheckSessionValidation",result="Success"} 0',
+                           'operations_total{operation="CheckSessionValidation",result="InvalidSessionId"} 2',
+                           'operation_duration_seconds_count{operation="CheckSessionValidation"} 2',
+                           'events_total{event="UserCreated"} 1', 'refused_calls_total{reason="no_right"} 0',
+                           'open_sessions 1'):
+                self.assertIn(f"\nqorn_{sample}\n", text)
+            for gauge in "qorn_cloud_last_answer_age_seconds", "qorn_database_size_bytes", "process_start_time_seconds":
+                self.assertRegex(text, rf"\n{gauge} [0-9.e+-]*[1-9]")
+            self.assertNotIn('"ann"', text)
+
+    def test_metrics_of_console_and_other_components_are_kept_only_when_asked_for(self):
+        command = ("qorn-gateway", "--config", programs.write_config(self.folder, self.cloud), "--log", self.folder / "log",
+                   "--component", programs.LIBRARIES / "libqorn_account.so",
+                   "--component", programs.LIBRARIES / "libpresence_watch.so")
+        text = "sign-in-alt qornsystem mivu5830\nmetrics\n"
+        counted = programs.run(*command, "--metrics", text=text).output
+        for operation in "SignInAlt", "CheckSessionValidation":  # The console's, the component's.
+            self.assertIn(f'\nqorn_operations_total{{operation="{operation}",result="Success"}} 1\n', counted)
+        self.assert_one_line(programs.run(*command, text=text).errors, "qorn-gateway: standard input:2: metrics: ")
+
     def test_rights_are_the_callers(self):
         self.start_gateway()
         for user, groups, denied in (("root", "root", []), ("nobody", "games", MANAGES), ("nobody", "nogroup", LINES)):
             self.assert_denied(denied, user, groups)
+        text = self.ctl("metrics").output
+        self.assertIn('\nqorn_operations_total{operation="DoFactoryReset",result="Success"} 1\n', text)
+        self.assertRegex(text, r'\nqorn_refused_calls_total\{reason="no_right"\} [1-9]')
         audit = (self.folder / "audit").read_text()
         self.assertIn('"method":"DoFactoryReset","caller":"root","program":"qornctl","result":1', audit)
         self.assertIn('"method":"DoFactoryReset","caller":"nobody","program":"qornctl","message":"refused: no right', audit)

@@ -12,7 +12,7 @@ class BusTestCase(programs.TestCase):
         self.bus = self.enterContext(programs.Bus(self.folder))
         self.cloud = self.enterContext(programs.Cloud())
 
-    def start_gateway(self, calls=1000, **options):
+    def start_gateway(self, *arguments, calls=1000, **options):
         """A daemon that allows root ten times as many calls a second; members of the group are in "games"."""
         config = programs.write_config(self.folder, self.cloud, ("</config>", f"""
             <gateway_bus_calls_per_second>{calls}</gateway_bus_calls_per_second>
@@ -21,7 +21,7 @@ class BusTestCase(programs.TestCase):
             <gateway_bus_group>games</gateway_bus_group></config>"""))
         gateway = self.enterContext(programs.Program(
             "./qorn-gateway", "--config", config, "--log", self.folder / "log", "--audit", self.folder / "audit",
-            "--daemon", "--bus", self.bus.address, stdout=subprocess.DEVNULL, **options))
+            "--daemon", "--bus", self.bus.address, *arguments, stdout=subprocess.DEVNULL, **options))
         programs.wait_until(lambda: gateway.poll() is not None or self.answers())
         return gateway
 
