@@ -28,6 +28,7 @@ void Declare(CLI::App* app, Options* options) {
       "A command and its words may stand behind the options: qornctl users. Without one, commands\n"
       "are read one a line.\n"
       "\"qornctl help\" lists the commands: those of the gateway's own console.\n"
+      "\"qornctl completion bash\", or zsh, prints a script by which the shell completes them.\n"
       "Exit status: 0 good; 1 a command failed, or the output could not be written; 2 wrong "
       "option,\n"
       "or no gateway answers.");
@@ -45,6 +46,19 @@ int CommandStart(int argc, const char* const* argv) {
 }
 
 }  // namespace
+
+std::vector<KnownOption> KnownOptions() {
+  CLI::App app;
+  Options ignored;
+  Declare(&app, &ignored);
+  std::vector<KnownOption> known;
+  for (const CLI::Option* option : app.get_options()) {
+    known.push_back({.name = "--" + option->get_lnames().at(0),
+                     .takes_value = option->get_expected_max() > 0,
+                     .help = option->get_description()});
+  }
+  return known;
+}
 
 std::optional<int> ParseOptions(int argc, const char* const* argv, std::ostream& out,
                                 std::ostream& err, Options* options) {

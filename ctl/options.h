@@ -18,6 +18,13 @@ struct Options {
   std::vector<std::string> command;  // empty: commands are read
 };
 
+struct KnownOption {
+  std::string name;  // "--bus"
+  bool takes_value;
+  std::string help;  // one line
+};
+std::vector<KnownOption> KnownOptions();
+
 // Fills `options`. An exit status when the program has nothing more to do: after --help and
 // --version, which write to `out`, or after a wrong option, which gets one line on `err`.
 std::optional<int> ParseOptions(int argc, const char* const* argv, std::ostream& out,

@@ -166,3 +166,17 @@ class Bus(bus_test_case.BusTestCase):
         # A state has no code that could tell.
         self.assertEqual(refused, [line for line in denied if line != "get-network-setting-status"])
         self.assertEqual("version" in self.ctl("status", **caller).output, LOOKS[0] not in denied)  # A property.
+
+
+class Completion(programs.TestCase):
+    def test_knows_options_and_commands(self):
+        script = programs.run("qornctl", "completion", "bash").output
+        cases = {"us": "users", "--bus system get-user-info": "get-user-info-by-type get-user-information",
+                 "--j": "--json", "--bus s": "system session", "help sig": "sign-in sign-in-alt sign-out",
+                 "users u": "", "--timeout ''": "", "completion z": "zsh"}
+        for words in cases:
+            script += f"COMP_WORDS=(qornctl {words}); COMP_CWORD=$((${{#COMP_WORDS[@]}} - 1)); _qornctl; echo ${{COMPREPLY[*]}}\n"
+        ended = subprocess.run(["bash", "-c", script], capture_output=True, text=True, timeout=programs.PATIENCE)
+        self.assertEqual((ended.stdout.split("\n")[:-1], ended.stderr), (list(cases.values()), ""))
+        self.assertIn("'users:show all users in a table'\n", programs.run("qornctl", "completion", "zsh").output)
+        self.assertEqual(programs.run("qornctl", "completion", "fish").status, 2)
