@@ -243,9 +243,12 @@ ConsoleServices Program::MakeServices(const Host& host) {
   };
   services.watch = [this](std::optional<std::chrono::seconds> time) { Watch(time); };
   services.read_metrics = [this, &host](std::string* text, std::string* error) {
-    if (metrics_ != nullptr) *text = MetricsText(host);
-    if (metrics_ == nullptr) *error = "nothing is counted without --metrics";
-    return metrics_ != nullptr;
+    if (metrics_ == nullptr) {
+      *error = "nothing is counted without --metrics";
+      return false;
+    }
+    *text = MetricsText(host);
+    return true;
   };
   return services;
 }

@@ -144,6 +144,10 @@ for program in qorn-gateway qorn-devcloud qornctl; do
   check "$program --help" as nobody "$program" --help
   check "the manual has $program(1)" inside gzip -t "/usr/share/man/man1/$program.1.gz"
 done
+check 'bash completes qornctl' inside bash -c \
+  '. /usr/share/bash-completion/completions/qornctl && complete -p qornctl'
+check 'zsh finds its completions' inside grep -q '^#compdef qornctl' \
+  /usr/share/zsh/vendor-completions/_qornctl
 
 start_cloud
 check 'the cloud starts as qorn' [ -n "${https:-}" ]
@@ -153,6 +157,7 @@ check 'the gateway creates a user and signs in, with the installed configuration
 check 'the database is the gateway'"'"'s alone' equal '600 qorn:qorn' mode /var/lib/qorn/account.db
 check 'the log is the gateway'"'"'s alone' equal '600 qorn:qorn' mode /var/log/qorn/gateway.log
 check 'the doctor finds nothing bad' doctor
+check 'it counts its calls' as qorn qorn-gateway --metrics --log /var/log/qorn/gateway.log <<<metrics
 check 'without a bus the service ends with one line and status 2' ends_without_a_bus
 start_bus
 start_service
