@@ -244,7 +244,7 @@ ConsoleServices Program::MakeServices(const Host& host) {
   services.watch = [this](std::optional<std::chrono::seconds> time) { Watch(time); };
   services.read_metrics = [this, &host](std::string* text, std::string* error) {
     if (metrics_ == nullptr) {
-      *error = "nothing is counted without --metrics";
+      *error = "nothing is counted; start the gateway with --metrics";
       return false;
     }
     *text = MetricsText(host);
