@@ -84,7 +84,7 @@ const std::vector<Console::Builtin>& Console::Builtins() {
                                           Secrecy::kOpen)},
                    .help = "list the commands, or explain one"},
        .run = &Console::Help},
-      {.command = {.name = "quit", .alias = "exit", .group = kConsole, .help = "stop the gateway"},
+      {.command = {.name = "quit", .alias = "exit", .group = kConsole, .help = "end this program"},
        .run = &Console::Quit},
   };
   return builtins;

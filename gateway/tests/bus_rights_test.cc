@@ -1,9 +1,7 @@
 // Who may ask for what on the bus, and how much.
 #include <cstring>
-#include <optional>
 #include <regex>
 
-#include "gateway/service/authority.h"
 #include "gateway/service/methods.h"
 #include "gateway/tests/bus_service_fixture.h"
 
@@ -69,7 +67,7 @@ TEST_F(BusServiceTest, OneUsersStalledCallsLeaveThreadsToOthers) {
   service_->Stop();
 }
 
-// A person may take a minute to type a password.
+// Polkit asks a person only for callers who allow it, who may take a minute to type a password.
 TEST_F(BusServiceTest, AStopDoesNotWaitForAPerson) {
   if (getuid() != 0) GTEST_SKIP() << "only root can be other users";
   std::string error;
@@ -78,32 +76,36 @@ TEST_F(BusServiceTest, AStopDoesNotWaitForAPerson) {
   Start();
   const bus::ConnectionPtr stranger = ConnectAsStranger();
   ASSERT_NE(stranger, nullptr);
-  sd_bus_message* made = nullptr;
-  sd_bus_message_new_method_call(stranger.get(), &made, bus::kService, bus::kObject,
-                                 "org.qorn.Accounts1.Users", "ListUsers");
-  const bus::MessagePtr call(made);
-  sd_bus_message_set_allow_interactive_authorization(made, 1);
-  std::string refusal;
-  sd_bus_call_async(
-      stranger.get(), nullptr, made,
-      [](sd_bus_message* reply, void* told, sd_bus_error*) {
-        *static_cast<std::string*>(told) = sd_bus_message_get_error(reply)->name;
-        return 0;
-      },
-      &refusal, 0);
-  sd_bus_flush(stranger.get());
-  bus::MessagePtr question;
-  while (question == nullptr ||
-         sd_bus_message_is_method_call(question.get(), nullptr, "CheckAuthorization") <= 0) {
-    sd_bus_message* next = nullptr;
-    if (sd_bus_process(polkit.get(), &next) == 0) sd_bus_wait(polkit.get(), UINT64_MAX);
-    if (next != nullptr) question.reset(next);
+  Texts refusals;
+  const auto on_reply = [](sd_bus_message* reply, void* told, sd_bus_error*) {
+    static_cast<Texts*>(told)->emplace_back(sd_bus_message_get_error(reply)->name);
+    return 0;
+  };
+  for (const uint32_t interactive : {0u, 1u}) {
+    sd_bus_message* made = nullptr;
+    sd_bus_message_new_method_call(stranger.get(), &made, bus::kService, bus::kObject,
+                                   "org.qorn.Accounts1.Users", "ListUsers");
+    const bus::MessagePtr call(made);
+    sd_bus_message_set_allow_interactive_authorization(made, static_cast<int>(interactive));
+    sd_bus_call_async(stranger.get(), nullptr, made, on_reply, &refusals, 0);
+    sd_bus_flush(stranger.get());
+    bus::MessagePtr question;
+    while (question == nullptr ||
+           sd_bus_message_is_method_call(question.get(), nullptr, "CheckAuthorization") <= 0) {
+      sd_bus_message* next = nullptr;
+      if (sd_bus_process(polkit.get(), &next) == 0) sd_bus_wait(polkit.get(), UINT64_MAX);
+      if (next != nullptr) question.reset(next);
+    }
+    uint32_t flags = 2;
+    sd_bus_message_skip(question.get(), "(sa{sv})sa{ss}");
+    sd_bus_message_read(question.get(), "u", &flags);
+    EXPECT_EQ(flags, interactive);
   }
   service_->Stop();
-  while (refusal.empty()) {
+  while (refusals.size() < 2) {
     if (sd_bus_process(stranger.get(), nullptr) == 0) sd_bus_wait(stranger.get(), UINT64_MAX);
   }
-  EXPECT_EQ(refusal, bus::kStopping);
+  EXPECT_EQ(refusals, Texts(2, bus::kStopping));
 }
 
 // Sign-ins, since their allowance does not come back while the test runs.
@@ -164,63 +166,6 @@ TEST(GuardTest, EachUserHasAnAllowanceAndRootTenTimesAsMuch) {
   EXPECT_EQ(guard.Enter(5, false, at(9)), 1);  // Two of its calls run.
   EXPECT_EQ(guard.Enter(6, false, at(9)), std::nullopt);
   EXPECT_EQ(guard.Enter(6, false, at(9)), 1);  // Three of all users.
-}
-
-// Polkit as a stranger's call meets it; it grants sign-ins, and looks when it may ask.
-class AuthorityTest : public testing::Test {
- protected:
-  static int OnQuestion(sd_bus_message* question, void*, sd_bus_error*) {
-    const char* action = nullptr;
-    uint32_t flags = 0;
-    sd_bus_message_skip(question, "(sa{sv})");
-    sd_bus_message_read(question, "s", &action);
-    sd_bus_message_skip(question, "a{ss}");
-    sd_bus_message_read(question, "u", &flags);
-    const std::string asked = action;
-    const bool granted =
-        asked == "org.qorn.accounts1.sign-in" || (asked == "org.qorn.accounts1.look" && flags == 1);
-    return sd_bus_reply_method_return(question, "(bba{ss})", granted, 0, 0);
-  }
-
-  bool Ask(const Caller& caller, Right right, bool interactive) {
-    std::optional<bool> answer;
-    Authorise(gateway_.get(), &pending_, caller, right, interactive,
-              [&](bool granted) { answer = granted; });
-    while (!answer) {
-      while (sd_bus_process(polkit_.get(), nullptr) > 0) continue;
-      while (sd_bus_process(gateway_.get(), nullptr) > 0) continue;
-      if (!answer) sd_bus_wait(gateway_.get(), 1000);
-    }
-    return *answer;
-  }
-
-  PrivateBus bus_;
-  bus::PendingCalls pending_;
-  std::string error_;
-  bus::ConnectionPtr gateway_ = bus::Connect(bus_.address(), &error_);
-  bus::ConnectionPtr polkit_ = bus::Connect(bus_.address(), &error_);
-};
-
-TEST_F(AuthorityTest, StrangersHaveWhatPolkitGrants) {
-  const Caller stranger{
-      .connection = ":1.7", .user = 12345, .user_name = "stranger", .program = ""};
-  Caller member = stranger;
-  member.is_member = true;
-  EXPECT_FALSE(Ask(stranger, Right::kSignIn, false)) << "without polkit";
-  static const sd_bus_vtable kPolkit[] = {
-      SD_BUS_VTABLE_START(0),
-      SD_BUS_METHOD("CheckAuthorization", "(sa{sv})sa{ss}us", "(bba{ss})", &OnQuestion,
-                    SD_BUS_VTABLE_UNPRIVILEGED),
-      SD_BUS_VTABLE_END};
-  sd_bus_add_object_vtable(polkit_.get(), nullptr, "/org/freedesktop/PolicyKit1/Authority",
-                           "org.freedesktop.PolicyKit1.Authority", kPolkit, nullptr);
-  ASSERT_GE(sd_bus_request_name(polkit_.get(), "org.freedesktop.PolicyKit1", 0), 0);
-  EXPECT_TRUE(Ask(stranger, Right::kSignIn, false));
-  EXPECT_FALSE(Ask(stranger, Right::kLook, false));
-  EXPECT_TRUE(Ask(stranger, Right::kLook, true));
-  EXPECT_FALSE(Ask(stranger, Right::kReset, true));
-  EXPECT_TRUE(Ask(member, Right::kLook, false));
-  EXPECT_FALSE(Ask(member, Right::kManage, false));
 }
 
 }  // namespace
