@@ -19,7 +19,6 @@
 #include "gateway/console/session.h"
 #include "gateway/console/views.h"
 #include "gateway/doctor/doctor.h"
-#include "gateway/exit_status.h"
 #include "gateway/host/host.h"
 #include "gateway/metrics/metrics.h"
 #include "gateway/operations/audit.h"
@@ -29,6 +28,7 @@
 #include "gateway/output/printer.h"
 #include "gateway/output/style.h"
 #include "gateway/process/activity.h"
+#include "gateway/process/exit_status.h"
 #include "gateway/process/proxies.h"
 #include "gateway/process/service_manager.h"
 #include "gateway/process/signals.h"
@@ -275,6 +275,9 @@ int RunGateway(const Options& options) {
     return ExitStatusOf(worst);
   }
   ForgetProxies();
+  if (options.maintain != nullptr) {
+    return options.maintain(options.maintenance, std::cout, std::cerr);
+  }
   return Program(options).Run();
 }
 

@@ -1,6 +1,6 @@
 // The program's exit statuses, which scripts and service managers read: never renumber.
-#ifndef QORN_GATEWAY_EXIT_STATUS_H_
-#define QORN_GATEWAY_EXIT_STATUS_H_
+#ifndef QORN_GATEWAY_PROCESS_EXIT_STATUS_H_
+#define QORN_GATEWAY_PROCESS_EXIT_STATUS_H_
 
 namespace gateway {
 
@@ -15,4 +15,4 @@ constexpr int kExitDoctorBad = 3;
 
 }  // namespace gateway
 
-#endif  // QORN_GATEWAY_EXIT_STATUS_H_
+#endif  // QORN_GATEWAY_PROCESS_EXIT_STATUS_H_
