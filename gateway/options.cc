@@ -8,6 +8,7 @@
 #include "gateway/maintenance/backup.h"
 #include "gateway/maintenance/restore.h"
 #include "gateway/maintenance/retire.h"
+#include "gateway/maintenance/support_report.h"
 #include "gateway/process/exit_status.h"
 
 namespace gateway {
@@ -125,6 +126,26 @@ void DeclareRetire(CLI::App* app, Options* options) {
       "cloud;\n2 wrong option. It can be run again.");
 }
 
+void DeclareReport(CLI::App* app, Options* options) {
+  MaintenanceOptions& maintenance = options->maintenance;
+  CLI::App* const report =
+      DeclareMaintenance(app, options, "report",
+                         "Write one text for a support case, without private values", &RunReport);
+  report->add_option("OUTPUT", maintenance.file, "The text; -: standard output")
+      ->capture_default_str();
+  report->add_flag("--force", maintenance.force, "Replace an existing file");
+  DeclareLogs(report, &maintenance);
+  report
+      ->add_option("--bus", maintenance.bus_address,
+                   "Where a running gateway is asked: system, session or an address")
+      ->type_name("ADDRESS")
+      ->capture_default_str();
+  report->footer(
+      "Exit status: 0 written; 1 cannot be written; 2 wrong option; 3 not written, since a "
+      "private\n"
+      "value would still be in it.");
+}
+
 // In a build tree everything lies beside the program, installed it lies in the system's folders.
 std::string BesideProgramOr(const std::string& beside, const std::string& installed) {
   FilePath folder;
@@ -162,6 +183,7 @@ std::optional<int> ParseOptions(int argc, const char* const* argv, std::ostream&
   DeclareDoctor(&app, options);
   DeclareBackups(&app, options);
   DeclareRetire(&app, options);
+  DeclareReport(&app, options);
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success& wanted) {  // --help or --version

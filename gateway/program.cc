@@ -274,10 +274,10 @@ int RunGateway(const Options& options) {
     if (!worst) std::cerr << "qorn-gateway: not all of the output could be written\n";
     return ExitStatusOf(worst);
   }
-  ForgetProxies();
   if (options.maintain != nullptr) {
     return options.maintain(options.maintenance, std::cout, std::cerr);
   }
+  ForgetProxies();
   return Program(options).Run();
 }
 

@@ -17,6 +17,7 @@ struct MaintenanceOptions {
   bool local = false;  // leave the cloud alone
   std::string log_file;
   std::string audit_file;
+  std::string bus_address = "system";  // where report asks a running gateway
 };
 
 }  // namespace gateway

@@ -14,6 +14,7 @@
 #include "gateway/operations/result_names.h"
 #include "gateway/output/text.h"
 #include "gateway/process/exit_status.h"
+#include "gateway/process/proxies.h"
 #include "gateway/process/quiet_log.h"
 #include "gateway/process/signals.h"
 
@@ -45,6 +46,7 @@ class Retirement {
   }
 
   bool EmptyDatabase() {
+    ForgetProxies();
     curl_global_init(CURL_GLOBAL_DEFAULT);
     // A signal must not end the process after the cloud issued tokens and before they are stored.
     const StopSignals signals([] {}, [] {});

@@ -13,6 +13,9 @@ constexpr int kExitCannotStart = 2;
 constexpr int kExitDoctorWarnings = 1;
 constexpr int kExitDoctorBad = 3;
 
+// Of `qorn-gateway report`: it was not written, since a private value would be in it.
+constexpr int kExitStillPrivate = 3;
+
 }  // namespace gateway
 
 #endif  // QORN_GATEWAY_PROCESS_EXIT_STATUS_H_

@@ -127,3 +127,29 @@ $""")
         self.type(f"create-user ann {self.cloud.issue_code('ann')}")
         self.assertEqual(self.run_command("retire", "--local", env=places), (0, "The database is empty.\n", ""))
         self.assertEqual(registered(), 1)
+
+    def test_reports_without_private_values(self):
+        carol, log, audit = "carol@example.com", self.folder / "log", self.folder / "audit"
+        programs.run("qorn-gateway", "--config", self.config, "--log", log, "--audit", audit,
+                     text=f"create-user {carol} {self.cloud.issue_code(carol)}\nremove-user {carol} {carol}\n"
+                          "add-friend-to-db $user_uuid gone g Home 02:00:5E:10:00:01 PEER-9")
+        tokens = self.secrets()
+        with open(log, "a") as lines:
+            lines.write(f"cannot user=ann&x=%61nn%40 Carol%40EXAMPLE.com {tokens[0]}x%3D{tokens[1].upper()} "
+                        "00:11:22:aa:bb:cc\n")
+        private = tokens + [carol, "eve", "gone", "PEER-DDEEFF-1", "AABBCC", "secret-of-client", "secr…", "00:11:22"]
+        private += [text for row in self.rows("SELECT userUuid, userGuid FROM Users") for text in row]
+        report = ("report", "--log", log, "--audit", audit, "--bus", "unix:path=/none")
+        made = self.run_command(*report)
+        self.assertEqual((made.status, made.errors), (0, ""))
+        for value in private + ["ann", "bob"]:
+            self.assertNotRegex(made.output.lower(), f"\\b{value.lower()}\\b")
+        for line in ("qorn-gateway 0.1.0", "OAuth_AsClient_app_secret: secret-1", "users: 2", "not asked: ",
+                     "cannot user=user-[12]&x=user-[12]%40 user-3 token-[1-4]x%3Dtoken-[1-4] address-[2-9]"):
+            self.assertRegex(made.output, f"(?m){line}")
+        self.assertRegex(made.output, '"user_id":"user-3"')
+
+        with open(log, "a") as lines:
+            lines.write("carol%2540example.com")
+        self.assertEqual(self.run_command(*report, self.folder / "report").status, 3)
+        self.assertFalse((self.folder / "report").exists())
