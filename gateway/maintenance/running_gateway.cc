@@ -36,7 +36,7 @@ std::string DescribeRunningGateway(const std::string& bus_address) {
   const bus::ConnectionPtr connection = bus::Connect(bus_address, &error);
   if (connection == nullptr) return "not asked: " + error + "\n";
   sd_bus_set_method_call_timeout(connection.get(), kTimeoutMicroseconds);
-  sd_bus_error failure = SD_BUS_ERROR_NULL;
+  sd_bus_error failure{};
   sd_bus_message* answer = nullptr;
   const std::string interface = std::string(bus::kInterfacePrefix) + "Gateway";
   if (sd_bus_call_method(connection.get(), bus::kService, bus::kObject,
