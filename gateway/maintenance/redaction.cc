@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <regex>
 #include <sstream>
+#include <string_view>
 #include <utility>
 
 #include "gateway/output/text.h"
@@ -31,17 +32,16 @@ int HexValue(char c) {
 
 // Reads the escape of a byte: %40, \x40, \" or \\. Returns its length; 0 for none.
 size_t ReadEscape(const std::string& text, size_t position, char* byte) {
-  const char first = text[position];
-  if (first != '%' && first != '\\') return 0;
-  const size_t digits = first == '%' ? position + 1 : position + 2;
-  if ((first == '%' || (digits <= text.size() && text[position + 1] == 'x')) &&
-      digits + 1 < text.size() && HexValue(text[digits]) >= 0 && HexValue(text[digits + 1]) >= 0) {
-    *byte = static_cast<char>(HexValue(text[digits]) * 16 + HexValue(text[digits + 1]));
-    return digits + 2 - position;
+  const std::string_view rest = std::string_view(text).substr(position, 4);
+  const size_t prefix = rest.starts_with("%") ? 1 : rest.starts_with("\\x") ? 2 : 0;
+  if (prefix > 0 && rest.size() >= prefix + 2 && HexValue(rest[prefix]) >= 0 &&
+      HexValue(rest[prefix + 1]) >= 0) {
+    *byte = static_cast<char>(HexValue(rest[prefix]) * 16 + HexValue(rest[prefix + 1]));
+    return prefix + 2;
   }
-  if (first == '%' || position + 1 >= text.size()) return 0;
-  *byte = text[position + 1];
-  return *byte == '"' || *byte == '\\' ? 2 : 0;
+  if (!rest.starts_with("\\\"") && !rest.starts_with("\\\\")) return 0;
+  *byte = rest[1];
+  return 2;
 }
 
 bool IsWholeWord(const std::string& text, size_t begin, size_t end) {
