@@ -4,7 +4,7 @@
 
 #include "ctl/options.h"
 #include "gateway/console/console.h"
-#include "gateway/exit_status.h"
+#include "gateway/process/exit_status.h"
 
 namespace ctl {
 namespace {

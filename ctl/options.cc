@@ -3,7 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 
-#include "gateway/exit_status.h"
+#include "gateway/process/exit_status.h"
 
 namespace ctl {
 namespace {

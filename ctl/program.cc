@@ -11,12 +11,12 @@
 #include "gateway/console/session.h"
 #include "gateway/console/views.h"
 #include "gateway/console/words.h"
-#include "gateway/exit_status.h"
 #include "gateway/operations/audit.h"
 #include "gateway/operations/seen_ids.h"
 #include "gateway/output/printer.h"
 #include "gateway/output/style.h"
 #include "gateway/process/activity.h"
+#include "gateway/process/exit_status.h"
 #include "gateway/process/signals.h"
 #include "gateway/process/standard_streams.h"
 

@@ -5,7 +5,11 @@
 
 #include "base/file_path.h"
 #include "base/path_service.h"
-#include "gateway/exit_status.h"
+#include "gateway/maintenance/backup.h"
+#include "gateway/maintenance/restore.h"
+#include "gateway/maintenance/retire.h"
+#include "gateway/maintenance/support_report.h"
+#include "gateway/process/exit_status.h"
 
 namespace gateway {
 namespace {
@@ -68,6 +72,80 @@ void DeclareDoctor(CLI::App* app, Options* options) {
       "2 wrong option, or the findings cannot be written.");
 }
 
+CLI::App* DeclareMaintenance(CLI::App* app, Options* options, const char* name,
+                             const char* description, decltype(Options::maintain) maintain) {
+  CLI::App* const command = app->add_subcommand(name, description);
+  command->add_option("--config", options->config_file, "As without " + command->get_name())
+      ->type_name("FILE");
+  command->callback([options, maintain] { options->maintain = maintain; });
+  command->footer(
+      "Exit status: 0 done; 1 not done, and one line on standard error says why; 2 wrong option.");
+  return command;
+}
+
+void DeclareBackups(CLI::App* app, Options* options) {
+  MaintenanceOptions& maintenance = options->maintenance;
+  CLI::App* const backup = DeclareMaintenance(
+      app, options, "backup", "Copy the database into an archive; the gateway may run meanwhile",
+      &RunBackup);
+  backup->add_option("COPY", maintenance.file, "The archive; -: standard output")->required();
+  backup->add_flag("--force", maintenance.force, "Replace an existing file");
+  backup->add_flag("--with-tokens", maintenance.with_tokens,
+                   "Copy the users' tokens too; no gateway may run");
+  CLI::App* const restore = DeclareMaintenance(
+      app, options, "restore", "Replace the database by the one of an archive; no gateway may run",
+      &RunRestore);
+  restore->add_option("COPY", maintenance.file, "The archive; -: standard input")->required();
+}
+
+void DeclareLogs(CLI::App* command, MaintenanceOptions* maintenance) {
+  command
+      ->add_option("--log", maintenance->log_file,
+                   "The gateway's log (default with the installed configuration: " QORN_LOG_FOLDER
+                   "gateway.log)")
+      ->type_name("FILE");
+  command
+      ->add_option("--audit", maintenance->audit_file,
+                   "The gateway's audit (default with the installed configuration: " QORN_LOG_FOLDER
+                   "audit.log)")
+      ->type_name("FILE");
+}
+
+void DeclareRetire(CLI::App* app, Options* options) {
+  CLI::App* const retire = DeclareMaintenance(
+      app, options, "retire",
+      "Remove all users from cloud and database, and the files that name them; no gateway may run",
+      &RunRetire);
+  retire->add_option("--component", options->components, "As without retire")
+      ->type_name("FILE")
+      ->allow_extra_args(false);
+  retire->add_flag("--local", options->maintenance.local, "Leave the cloud as it is");
+  DeclareLogs(retire, &options->maintenance);
+  retire->footer(
+      "Exit status: 0 done; 1 not all of it: lines on standard error say what is left, also in the "
+      "cloud;\n2 wrong option. It can be run again.");
+}
+
+void DeclareReport(CLI::App* app, Options* options) {
+  MaintenanceOptions& maintenance = options->maintenance;
+  CLI::App* const report =
+      DeclareMaintenance(app, options, "report",
+                         "Write one text for a support case, without private values", &RunReport);
+  report->add_option("OUTPUT", maintenance.file, "The text; -: standard output")
+      ->capture_default_str();
+  report->add_flag("--force", maintenance.force, "Replace an existing file");
+  DeclareLogs(report, &maintenance);
+  report
+      ->add_option("--bus", maintenance.bus_address,
+                   "Where a running gateway is asked: system, session or an address")
+      ->type_name("ADDRESS")
+      ->capture_default_str();
+  report->footer(
+      "Exit status: 0 written; 1 cannot be written; 2 wrong option; 3 not written, since a "
+      "private\n"
+      "value would still be in it.");
+}
+
 // In a build tree everything lies beside the program, installed it lies in the system's folders.
 std::string BesideProgramOr(const std::string& beside, const std::string& installed) {
   FilePath folder;
@@ -81,6 +159,11 @@ std::string BesideProgramOr(const std::string& beside, const std::string& instal
 void FillDefaults(Options* options) {
   if (options->config_file.empty()) {
     options->config_file = BesideProgramOr("config.xml", QORN_CONFIG_FILE);
+  }
+  if (options->config_file == QORN_CONFIG_FILE) {
+    MaintenanceOptions& maintenance = options->maintenance;
+    if (maintenance.log_file.empty()) maintenance.log_file = QORN_LOG_FOLDER "gateway.log";
+    if (maintenance.audit_file.empty()) maintenance.audit_file = QORN_LOG_FOLDER "audit.log";
   }
   if (options->components.empty()) {
     options->components.push_back(
@@ -96,7 +179,11 @@ std::optional<int> ParseOptions(int argc, const char* const* argv, std::ostream&
                                 std::ostream& err, Options* options) {
   CLI::App app("Hosts the account component of a home gateway.", "qorn-gateway");
   Declare(&app, options);
+  app.require_subcommand(0, 1);
   DeclareDoctor(&app, options);
+  DeclareBackups(&app, options);
+  DeclareRetire(&app, options);
+  DeclareReport(&app, options);
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success& wanted) {  // --help or --version
@@ -111,6 +198,8 @@ std::optional<int> ParseOptions(int argc, const char* const* argv, std::ostream&
   options->doctor.config_file = options->config_file;
   options->doctor.json = options->json;
   options->doctor.components = options->components;
+  options->maintenance.config_file = options->config_file;
+  options->maintenance.components = options->components;
   return std::nullopt;
 }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "gateway/doctor/doctor.h"
+#include "gateway/maintenance/options.h"
 
 namespace gateway {
 
@@ -25,6 +26,9 @@ struct Options {
   bool keep_going = false;
   bool show_secrets = false;
   DoctorOptions doctor;
+  // What to do instead of running: null, or one of gateway/maintenance/.
+  int (*maintain)(const MaintenanceOptions&, std::ostream& out, std::ostream& err) = nullptr;
+  MaintenanceOptions maintenance;
 };
 
 // Fills `options`, with defaults found from the program's own folder. An exit status when the

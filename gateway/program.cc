@@ -19,7 +19,6 @@
 #include "gateway/console/session.h"
 #include "gateway/console/views.h"
 #include "gateway/doctor/doctor.h"
-#include "gateway/exit_status.h"
 #include "gateway/host/host.h"
 #include "gateway/metrics/metrics.h"
 #include "gateway/operations/audit.h"
@@ -29,6 +28,7 @@
 #include "gateway/output/printer.h"
 #include "gateway/output/style.h"
 #include "gateway/process/activity.h"
+#include "gateway/process/exit_status.h"
 #include "gateway/process/proxies.h"
 #include "gateway/process/service_manager.h"
 #include "gateway/process/signals.h"
@@ -273,6 +273,9 @@ int RunGateway(const Options& options) {
     const std::optional<Severity> worst = RunDoctor(doctor, std::cout);
     if (!worst) std::cerr << "qorn-gateway: not all of the output could be written\n";
     return ExitStatusOf(worst);
+  }
+  if (options.maintain != nullptr) {
+    return options.maintain(options.maintenance, std::cout, std::cerr);
   }
   ForgetProxies();
   return Program(options).Run();

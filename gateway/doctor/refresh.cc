@@ -4,9 +4,9 @@
 #include <chrono>
 #include <memory>
 
-#include "base/logging.h"
 #include "gateway/host/host.h"
 #include "gateway/process/proxies.h"
+#include "gateway/process/quiet_log.h"
 #include "gateway/process/signals.h"
 
 namespace gateway {
@@ -17,18 +17,6 @@ Finding Untried(Severity state, const std::string& why) {
 }
 
 bool CanRefresh(const StoredUser& user) { return user.has_refresh_token && !user.id.empty(); }
-
-// Drops the component's log lines, which would stand between the findings.
-class QuietLog {
- public:
-  QuietLog() {
-    logging::SetLogMessageHandler(
-        [](int, const char*, int, size_t, const std::string&) { return true; });
-  }
-  ~QuietLog() { logging::SetLogMessageHandler({}); }
-  QuietLog(const QuietLog&) = delete;
-  QuietLog& operator=(const QuietLog&) = delete;
-};
 
 Finding Refresh(const Host& host, const StoredUser& user) {
   Finding finding{"users.refresh", user.id, "the account server gave new tokens"};
@@ -42,7 +30,6 @@ Findings RefreshAll(const DoctorOptions& options, const Stored& stored) {
   ForgetProxies();
   // A signal must not end the process after the cloud issued tokens and before they are stored.
   const StopSignals signals([] {}, [] {});
-  // Declared before the host, which logs until it is destroyed.
   const QuietLog quiet;
   std::string error;
   const std::unique_ptr<Host> host = Host::Start(options.config_file, options.components, &error);

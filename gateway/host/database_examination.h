@@ -28,8 +28,11 @@ struct Stored {
 // journal and rolls nothing back. Waits at most two seconds for a locked database.
 Findings ExamineDatabase(const std::string& path, Stored* stored);
 
-// The same as far as it takes no time: does not read a large database whole, and does not wait for
-// a locked one.
+// Examines the bytes of a database file.
+Findings ExamineDatabaseImage(const std::string& image, Stored* stored);
+
+// What ExamineDatabase does, as far as it takes no time: does not read a large database whole, and
+// does not wait for a locked one.
 Findings ExamineDatabaseQuickly(const std::string& path);
 
 }  // namespace gateway

@@ -11,6 +11,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "gateway/host/database_path.h"
+
 namespace gateway {
 namespace {
 
@@ -31,12 +33,6 @@ std::string UserName(uid_t uid) {
     return entry.pw_name;
   }
   return "user " + std::to_string(uid);
-}
-
-std::string FolderOf(const std::string& path) {
-  const size_t slash = path.rfind('/');
-  if (slash == std::string::npos) return ".";
-  return slash == 0 ? "/" : path.substr(0, slash);
 }
 
 // Marks what is wrong with the owner or the mode of a folder or a file.

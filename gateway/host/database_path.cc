@@ -14,4 +14,10 @@ std::string JoinDatabasePath(const std::string& storage_path, const std::string&
   return program_folder.Append(file_name).value();
 }
 
+std::string FolderOf(const std::string& path) {
+  const size_t slash = path.rfind('/');
+  if (slash == std::string::npos) return ".";
+  return slash == 0 ? "/" : path.substr(0, slash);
+}
+
 }  // namespace gateway

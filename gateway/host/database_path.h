@@ -9,6 +9,9 @@ namespace gateway {
 // account component does it; "" when the latter is empty.
 std::string JoinDatabasePath(const std::string& storage_path, const std::string& file_name);
 
+// The folder of a file, without "/" at its end; "." for a name alone.
+std::string FolderOf(const std::string& path);
+
 }  // namespace gateway
 
 #endif  // QORN_GATEWAY_HOST_DATABASE_PATH_H_

@@ -72,6 +72,8 @@ class Bus(bus_test_case.BusTestCase):
                              "--log", self.folder / "other")
         self.assertEqual(taken.status, 2)
         self.assert_one_line(taken.errors, "qorn-gateway: the name org.qorn.Accounts1 cannot be had on the bus ")
+        report = programs.run("qorn-gateway", "report", "--config", self.folder / "config.xml", "--bus", self.bus.address)
+        self.assertRegex(report.output, r"== Running gateway\nVersion: 0\.1\.0\n(\w+: \d+\n){3}\n")
         self.assert_stops(gateway)
 
     def test_the_documented_tables_are_the_introspection(self):

@@ -1,6 +1,6 @@
 // The program's exit statuses, which scripts and service managers read: never renumber.
-#ifndef QORN_GATEWAY_EXIT_STATUS_H_
-#define QORN_GATEWAY_EXIT_STATUS_H_
+#ifndef QORN_GATEWAY_PROCESS_EXIT_STATUS_H_
+#define QORN_GATEWAY_PROCESS_EXIT_STATUS_H_
 
 namespace gateway {
 
@@ -13,6 +13,9 @@ constexpr int kExitCannotStart = 2;
 constexpr int kExitDoctorWarnings = 1;
 constexpr int kExitDoctorBad = 3;
 
+// Of `qorn-gateway report`: it was not written, since a private value would be in it.
+constexpr int kExitStillPrivate = 3;
+
 }  // namespace gateway
 
-#endif  // QORN_GATEWAY_EXIT_STATUS_H_
+#endif  // QORN_GATEWAY_PROCESS_EXIT_STATUS_H_
