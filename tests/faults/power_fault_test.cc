@@ -3,8 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
+#include <fstream>
 #include <functional>
+#include <map>
 #include <optional>
 #include <random>
 #include <unordered_set>
@@ -15,43 +18,91 @@
 #include "runtime/runtime.h"
 #include "sql/connection.h"
 #include "tests/faults/operation_sweep.h"
-#include "tests/faults/power_cut.h"
 
 namespace faults {
 namespace {
 
-constexpr const char* kStory[] = {
-    "create-user ann@x $code_ann",
-    "create-user bob@x $code_bob",
-    "create-user tim@x $code_tim",
-    "sign-in ann@x $code_ann",
-    "sign-in-alt bob@x ''",
-    "set-user-info-by-type $ann 201 Anna",
-    "refresh-access-token ann@x",
-    "add-friend-to-db $ann f1 g d a p",
-    "add-friend-to-db $ann f2 g d a p",
-    "add-friend-to-db $ann f3 g d a p",
-    "add-friend-candidate $ann pal@x $peer",
-    "add-friend-request pal@x $friend_auth_code $code_pal m d a",
-    "remove-friend-from-db $ann f2 p",
-    "set-user-info-by-type $ann 200 anna@x",
-    "sign-in-alt anna@x ''",
-    "sign-out $session_id",
-    "remove-friend-request $ann pal@x $peer",
-    "add-friend-to-db $ann f4 g d a p",
-    "remove-user bob@x anna@x",
-    "refresh-access-token bob@x",
-    "create-user ann@x $code_ann",
-    "sign-in tim@x $code_tim",
-    "do-factory-reset",
-    "create-user eve@x $code_eve",
-    "sign-in eve@x $code_eve",
-    "add-friend-to-db $user_uuid f5 g d a p",
-    "sign-in-alt eve@x ''",
-    "create-user tim@x $code_tim",
-    "remove-user eve@x tim@x",
-    "set-user-info-by-type $eve 201 Eve",
+using bench::DiskChange;
+using Kind = DiskChange::Kind;
+using Files = bench::MemoryDisk::Files;
+
+constexpr std::int64_t kSector = 512;
+
+// Follows the changes of a disk up to the moment of a power cut. What was synced is there
+// afterwards; of what was not, any part may be: of a file's writes any of their sectors, in any
+// order; of the folder's entries, for each name, those up to some change of it.
+class PowerCut {
+ public:
+  // A disk that lies about its syncs has synced nothing.
+  explicit PowerCut(bool syncs) : syncs_(syncs) {}
+
+  void Follow(const DiskChange& change);
+
+  // What is left. So many tenths of the sectors that were not synced are there, and all or none of
+  // such entries; without `entries_kept` any of them.
+  Files Left(std::size_t tenths, std::optional<bool> entries_kept, std::mt19937& random) const;
+
+ private:
+  struct File {
+    std::string synced;
+    std::vector<DiskChange> pending;  // Truncations, and writes cut into sectors.
+  };
+
+  static void Make(const DiskChange& change, std::string* data) {
+    const auto at = static_cast<std::size_t>(change.at);
+    if (change.kind == Kind::kTruncate) return data->resize(at);
+    bench::Overwrite(at, change.data, data);
+  }
+
+  const bool syncs_;
+  std::map<int, File> files_;
+  // The files that a name stood for, 0 for none: the one that was synced and those after it.
+  std::map<std::string, std::vector<int>> entries_;
 };
+
+void PowerCut::Follow(const DiskChange& change) {
+  const auto enter = [&](int file) {
+    entries_.try_emplace(change.name, 1, 0).first->second.push_back(file);
+  };
+  File& file = files_[change.file];
+  if (change.kind == Kind::kCreate) enter(change.file);
+  if (change.kind == Kind::kDelete) enter(0);
+  if (change.kind == Kind::kTruncate) file.pending.push_back(change);
+  for (std::size_t begin = 0, end = 0; begin < change.data.size(); begin = end) {
+    const std::int64_t at = change.at + static_cast<std::int64_t>(begin);
+    end = begin + static_cast<std::size_t>(kSector - at % kSector);
+    file.pending.push_back(change);
+    file.pending.back().at = at;
+    file.pending.back().data = change.data.substr(begin, end - begin);
+  }
+  if (change.kind == Kind::kSync && syncs_) {
+    for (const DiskChange& pending : file.pending) Make(pending, &file.synced);
+    file.pending.clear();
+  }
+  if (change.kind == Kind::kSyncFolder && syncs_) {
+    for (auto& [name, entries] : entries_) entries.erase(entries.begin(), entries.end() - 1);
+  }
+}
+
+Files PowerCut::Left(std::size_t tenths, std::optional<bool> entries_kept,
+                     std::mt19937& random) const {
+  Files files;
+  for (const auto& [name, entries] : entries_) {
+    const std::size_t last = entries.size() - 1;
+    const int number =
+        entries[entries_kept ? (*entries_kept ? last : 0) : random() % entries.size()];
+    if (number == 0) continue;
+    File file = files_.at(number);
+    if (tenths < 10 && random() % 2 == 0) {
+      std::shuffle(file.pending.begin(), file.pending.end(), random);
+    }
+    for (const DiskChange& pending : file.pending) {
+      if (random() % 10 < tenths) Make(pending, &file.synced);
+    }
+    files[name] = file.synced;
+  }
+  return files;
+}
 
 class PowerCuts : public StoredUsersTest {
  protected:
@@ -69,18 +120,17 @@ class PowerCuts : public StoredUsersTest {
  private:
   // The tables after the component has started on these files; none if that or something else
   // failed.
-  std::optional<Rows> StartOn(const PowerCut::Files& files);
+  std::optional<Rows> StartOn(const Files& files);
   // All rows of both tables; none if the database is not sound.
   std::optional<Rows> ReadTables() const;
   void CutNow(const PowerCut& cut, int samples);
-  void Judge(const PowerCut::Files& files);
 
   bench::MemoryDisk disk_;
-  std::vector<bench::DiskChange> changes_;
-  std::map<std::size_t, Rows>
-      answered_;                     // The tables after so many changes, when an operation was.
+  std::vector<DiskChange> changes_;
+  // The tables after so many changes, where an operation answered then.
+  std::map<std::size_t, Rows> answered_;
   std::vector<Rows> history_;        // What the tables held until now, each time they changed.
-  std::size_t newest_answered_ = 0;  // Its place in there.
+  std::size_t newest_answered_ = 0;  // The place of the latest answered state in it.
   std::unordered_set<std::size_t> seen_;
   std::mt19937 random_{16};
 };
@@ -110,9 +160,11 @@ void PowerCuts::Play(const std::string& durable_storage) {
   EXPECT_EQ(gateway::Host::Start(folder_ + "/config.xml", {}, &error), nullptr);
   StartRuntime();
   variables_.Set("peer", cloud_->PeerId(account::kGatewayAddress));
-  disk_.Observe([this](const bench::DiskChange& change) { changes_.push_back(change); });
+  disk_.Observe([this](const DiskChange& change) { changes_.push_back(change); });
   StartService();
-  for (const std::string line : kStory) {
+  std::ifstream story(QORN_STORY);
+  for (std::string line; std::getline(story, line);) {
+    if (line.starts_with('#')) continue;
     for (const std::string id : {"ann", "bob", "eve", "pal", "tim"}) {
       variables_.Set("code_" + id, cloud_->IssueCode(id + "@x"));
     }
@@ -127,7 +179,7 @@ void PowerCuts::Play(const std::string& durable_storage) {
   log_.Take();
 }
 
-std::optional<Rows> PowerCuts::StartOn(const PowerCut::Files& files) {
+std::optional<Rows> PowerCuts::StartOn(const Files& files) {
   disk_.SetFiles(files);
   StartService();
   std::vector<std::string> users;
@@ -137,30 +189,25 @@ std::optional<Rows> PowerCuts::StartOn(const PowerCut::Files& files) {
   return code == 1 ? ReadTables() : std::nullopt;
 }
 
-void PowerCuts::Judge(const PowerCut::Files& files) {
-  ++states_;
-  const std::optional<Rows> rows = StartOn(files);
-  const auto found = rows ? std::find(history_.rbegin(), history_.rend(), *rows) : history_.rend();
-  const auto place = static_cast<std::size_t>(history_.rend() - found);  // 0 if it is not there.
-  if (place == 0) {
-    ++broken_;
-  } else if (place <= newest_answered_) {
-    ++lost_;
-  }
-}
-
 void PowerCuts::CutNow(const PowerCut& cut, int samples) {
-  std::vector<PowerCut::Files> all;
-  for (const bool files : {true, false}) {
-    for (const bool folder : {true, false}) all.push_back(cut.Extreme(files, folder));
+  std::vector<Files> all;
+  for (const std::size_t tenths : {std::size_t{0}, std::size_t{10}}) {
+    for (const bool entries : {true, false}) all.push_back(cut.Left(tenths, entries, random_));
   }
-  for (int i = 0; i < samples; ++i) all.push_back(cut.Sample(random_));
-  for (const PowerCut::Files& files : all) {
+  for (int i = 0; i < samples; ++i) {
+    all.push_back(cut.Left(1 + random_() % 9, std::nullopt, random_));
+  }
+  for (const Files& files : all) {
     std::size_t hash = newest_answered_;
-    for (const auto& [name, data] : files) {
-      hash = hash * 31 + std::hash<std::string>()(name + data);
-    }
-    if (seen_.insert(hash).second) Judge(files);
+    for (const auto& [name, data] : files) hash = hash * 31 + std::hash<std::string>()(name + data);
+    if (!seen_.insert(hash).second) continue;
+    const std::optional<Rows> rows = StartOn(files);
+    const auto found =
+        rows ? std::find(history_.rbegin(), history_.rend(), *rows) : history_.rend();
+    const auto place = static_cast<std::size_t>(history_.rend() - found);  // 0 if it is not there.
+    ++states_;
+    broken_ += place == 0 ? 1 : 0;
+    lost_ += place != 0 && place <= newest_answered_ ? 1 : 0;
   }
 }
 
@@ -169,8 +216,8 @@ void PowerCuts::CutEverywhere(bool syncs, int samples) {
   for (std::size_t moment = 0; moment <= changes_.size(); ++moment) {
     if (moment > 0) cut.Follow(changes_[moment - 1]);
     // A deleted journal is a commit.
-    if (moment == 0 || changes_[moment - 1].kind == bench::DiskChange::Kind::kDelete) {
-      const Rows now = StartOn(cut.Extreme(true, true)).value();
+    if (moment == 0 || changes_[moment - 1].kind == Kind::kDelete) {
+      const Rows now = StartOn(cut.Left(10, true, random_)).value();
       if (history_.empty() || history_.back() != now) history_.push_back(now);
     }
     if (const auto answered = answered_.find(moment); answered != answered_.end()) {
