@@ -12,8 +12,8 @@ import sys
 import bus_figures
 import report
 
-PROGRAMS = ["store", "session", "operation", "cloud", "text", "event", "thread", "peers"]
-OTHERS = ["start", "size", "instructions", "bus"]
+PROGRAMS = ["store", "session", "operation", "cloud", "text", "event", "thread", "durable", "peers"]
+OTHERS = ["flash", "start", "size", "instructions", "bus"]
 # How often every measurement is repeated, and the seconds that each repetition takes at least.
 FULL = (7, 0.05)
 QUICK = (1, 0.001)
@@ -93,6 +93,18 @@ def memory(build, times):
     return figures
 
 
+def flash(build):
+    """What operations write; a line whose floor is "-" has none."""
+    figures = []
+    for line in run(build / "bin/qorn_flash_probe").stdout.splitlines():
+        name, ours, floor, unit = line.split()
+        if floor == "-":
+            figures.append({"name": name, "unit": unit, "ours": float(ours)})
+        else:
+            figures.append(figure(name, [float(ours)], [float(floor)], unit))
+    return figures
+
+
 def stripped_size(build, library):
     stripped = build / "stripped.so"
     run("strip", "-o", stripped, library)
@@ -154,6 +166,8 @@ def main():
         if name == "start":
             figures += starts(options.build, 2 if options.quick else STARTS)
             figures += memory(options.build, 1 if options.quick else 5)
+        elif name == "flash":
+            figures += flash(options.build)
         elif name == "size":
             figures += size(options.build)
         elif name == "instructions":
@@ -164,8 +178,10 @@ def main():
             print("libaccounts-glib is not here", file=sys.stderr)
         else:
             figures += google_benchmark(program, repetitions, seconds, quick=options.quick)
-        if name in ("operation", "cloud") and not options.quick:
-            figures += google_benchmark(program, repetitions, seconds, folder=folder)
+        if name in ("operation", "cloud", "durable") and not options.quick:
+            # A sync takes milliseconds, and the difference is one of them.
+            time = 10 * seconds if name == "durable" else seconds
+            figures += google_benchmark(program, repetitions, time, folder=folder)
     (folder / "report.json").write_text(json.dumps(figures, indent=1) + "\n")
     report.write(figures, folder)
     print(json.dumps(figures, indent=1) if options.json else report.table(figures))

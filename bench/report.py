@@ -20,6 +20,7 @@ AIMS = [
     (r"bus/lookup/callers:1$", 1.6),
     (r"bus/lookup/callers:8$", 1.75),
     (r"bus/lookup/", 1.25),
+    (r"flash/", 1.0),
 ]
 UNITS = [("ns", 1e9, "s"), ("ns", 1e6, "ms"), ("ns", 1e3, "µs"), ("ns", 1, "ns")]
 

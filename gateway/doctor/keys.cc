@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "gateway/doctor/url.h"
+#include "gateway/host/durable_storage.h"
 #include "gateway/output/nearest_word.h"
 #include "gateway/output/text.h"
 #include "gateway/service/bus_keys.h"
@@ -151,6 +152,11 @@ void JudgeBusLimit(const std::string& value, Finding* finding) {
   finding->MarkBad("is no number from 1 to 1000000: with --bus the gateway does not start");
 }
 
+void JudgeDurableStorage(const std::string& value, Finding* finding) {
+  JudgeSwitch(value, "a power cut loses no change that was answered",
+              "a power cut can undo the change before it", finding);
+}
+
 KeyRule HostKey(const char* name, const char* meaning, decltype(KeyRule::judge) judge) {
   return {.name = name,
           .meaning = meaning,
@@ -164,8 +170,10 @@ KeyRule HostKey(const char* name, const char* meaning, decltype(KeyRule::judge) 
 }
 
 std::vector<KeyRule> MakeHostRules() {
-  std::vector<KeyRule> rules = {HostKey(
-      kBusGroupKey, "the group whose members may look and sign in on the bus", JudgeNothing)};
+  std::vector<KeyRule> rules = {
+      HostKey(kDurableStorageKey, "", JudgeDurableStorage),
+      HostKey(kBusGroupKey, "the group whose members may look and sign in on the bus",
+              JudgeNothing)};
   for (const BusLimitKey& key : kBusLimitKeys) {
     rules.push_back(HostKey(key.name, key.meaning, JudgeBusLimit));
   }

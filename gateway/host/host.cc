@@ -1,6 +1,7 @@
 #include "gateway/host/host.h"
 
 #include "gateway/host/database_path.h"
+#include "gateway/host/durable_storage.h"
 #include "gateway/host/storage_check.h"
 #include "runtime/runtime.h"
 
@@ -15,6 +16,10 @@ std::unique_ptr<Host> Host::Start(const std::string& config_file,
   // After the lock, so that no other gateway writes; before the component opens the database, since
   // closing this examination's descriptor would drop the locks that SQLite holds by then.
   host->storage_faults_ = FindStorageFaults(host->DatabasePath());
+  if (host->ConfigOption(kDurableStorageKey) == "on" && !UseDurableStorage()) {
+    *error = std::string(kDurableStorageKey) + ": SQLite cannot be initialised";
+    return nullptr;
+  }
   for (const std::string& component : components) {
     if (!runtime->LoadComponent(component, error)) return nullptr;
   }

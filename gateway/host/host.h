@@ -15,8 +15,9 @@ namespace gateway {
 // At most one exists in a process. Create and destroy it on the same thread; use it from any.
 class Host {
  public:
-  // Reads the configuration, locks the storage folder, loads each component and asks for the
-  // account interface. Null with one line in `error` when one of these fails.
+  // Reads the configuration, locks the storage folder, makes storage durable if the configuration
+  // says so, loads each component and asks for the account interface. Null with one line in `error`
+  // when one of these fails.
   static std::unique_ptr<Host> Start(const std::string& config_file,
                                      const std::vector<std::string>& components,
                                      std::string* error);
