@@ -30,6 +30,7 @@ class Place:
         self.bus = self.ending.enter_context(self.programs.Bus(self.folder))
         self.cloud = self.ending.enter_context(self.programs.Cloud())
         keys = "".join(f"<gateway_bus_{key}>1000000</gateway_bus_{key}>" for key in LIMITS)
+        keys += "<account_log_level>LOG_ERROR</account_log_level>"
         self.programs.write_config(self.folder, self.cloud, ("</config>", keys + "</config>"))
         os.environ.pop("LD_PRELOAD")  # It costs memory.
         return self
