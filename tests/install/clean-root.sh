@@ -132,8 +132,9 @@ check 'apt installs the packages' apt_get install "${packages[@]}"
 check 'the linker knows the platform' inside sh -c 'ldconfig -p | grep -q libqorn_platform.so.1'
 check '/var/lib/qorn is the gateway'"'"'s alone' equal '700 qorn:qorn' mode /var/lib/qorn
 check '/var/log/qorn is the gateway'"'"'s alone' equal '700 qorn:qorn' mode /var/log/qorn
-check 'config.xml is read by the gateway and written by root' equal '640 root:qorn' mode /etc/qorn/config.xml
-check 'nobody else reads config.xml' as nobody sh -c '! test -r /etc/qorn/config.xml'
+check 'config.xml is the gateway'"'"'s alone' equal '600 qorn:root' mode /etc/qorn/config.xml
+check 'a member of the group qorn does not read it' \
+  inside setpriv --reuid nobody --regid qorn --clear-groups sh -c '! test -r /etc/qorn/config.xml'
 check 'the user qorn cannot log in' equal /usr/sbin/nologin inside sh -c 'getent passwd qorn | cut -d: -f7'
 # --threshold takes tenths.
 check 'the service is exposed by 1.5 at most' inside systemd-analyze security --offline=true \
@@ -175,13 +176,13 @@ check 'apt upgrades the packages' apt_get --option Dpkg::Options::=--force-confo
   install "${packages[@]/packages\//packages/next-}"
 check 'the version is the new one' inside sh -c "dpkg-query -W -f '\${Version}' qorn-gateway | grep -q next"
 check 'the edited configuration is kept' equal "$edited" sha256sum <"$root/etc/qorn/config.xml"
-check 'and its mode' equal '640 root:qorn' mode /etc/qorn/config.xml
+check 'and its mode' equal '600 qorn:root' mode /etc/qorn/config.xml
 check 'the accounts are kept' gateway <<<'expect success get-user-uuid-from-user-id alice@example.com'
 
 check 'apt removes the packages' apt_get remove "${names[@]}"
 check 'the programs are gone' not inside sh -c 'ls /usr/bin/qorn-* /usr/lib/*/qorn /usr/lib/*/libqorn*'
 check 'the accounts outlive removal' equal '600 qorn:qorn' mode /var/lib/qorn/account.db
-check 'so does the configuration' equal '640 root:qorn' mode /etc/qorn/config.xml
+check 'so does the configuration' equal '600 qorn:root' mode /etc/qorn/config.xml
 check 'apt purges the packages' apt_get purge qorn-gateway
 check 'nothing is left, nothing else has gone' diff <(echo "$before") <(files)
 check 'the user qorn is kept, so that its number goes to nobody else' inside getent passwd qorn
