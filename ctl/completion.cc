@@ -19,7 +19,12 @@ _qornctl() {
   local word=${COMP_WORDS[COMP_CWORD]} command='' words='@COMMANDS@' i
   for ((i = 1; i < COMP_CWORD; i++)); do
     case ${COMP_WORDS[i]} in
-      @VALUES@) ((i++)) ;;
+      @VALUES@)
+        ((i++))
+        # Bash makes words of "=" and ":", and of what is around them.
+        [[ ${COMP_WORDS[i]} != = ]] || ((i++))
+        while [[ ${COMP_WORDS[i + 1]} == [:=]* ]]; do ((i += 2)); done
+        ;;
       -*) ;;
       *)
         command=${COMP_WORDS[i]}

@@ -156,6 +156,14 @@ std::string BesideProgramOr(const std::string& beside, const std::string& instal
   return (program / (built ? beside : installed)).lexically_normal().string();
 }
 
+// Log, audit and bus may also stand before the command that uses them.
+void TakeOptionsBeforeCommand(Options* options) {
+  MaintenanceOptions& maintenance = options->maintenance;
+  if (maintenance.log_file.empty()) maintenance.log_file = options->log_file;
+  if (maintenance.audit_file.empty()) maintenance.audit_file = options->audit_file;
+  if (!options->bus_address.empty()) maintenance.bus_address = options->bus_address;
+}
+
 void FillDefaults(Options* options) {
   if (options->config_file.empty()) {
     options->config_file = BesideProgramOr("config.xml", QORN_CONFIG_FILE);
@@ -193,6 +201,7 @@ std::optional<int> ParseOptions(int argc, const char* const* argv, std::ostream&
     err << "qorn-gateway: " << wrong.what() << "; --help lists the options\n";
     return kExitCannotStart;
   }
+  TakeOptionsBeforeCommand(options);
   // The doctor looks at the same files as the gateway would.
   FillDefaults(options);
   options->doctor.config_file = options->config_file;

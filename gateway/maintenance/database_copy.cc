@@ -44,7 +44,8 @@ bool CopyIntoMemory(const std::string& path, sqlite3* memory, std::string* error
     sqlite3_backup_step(backup, -1);
     sqlite3_backup_finish(backup);
   }
-  const int code = sqlite3_extended_errcode(memory);
+  // A source that cannot be opened is not told of by the copy.
+  const int code = sqlite3_extended_errcode(backup != nullptr ? memory : source.handle());
   if (code == SQLITE_OK) return true;
   *error = path + ": cannot be copied: " +
            (code == SQLITE_READONLY_ROLLBACK

@@ -147,11 +147,19 @@ bool ReplaceDatabase(const std::string& path, const std::string& bytes, std::str
   const std::string kept = path + ".before-restore";
   Draft draft(path + ".new");
   if (!draft.Write(bytes, true)) return Fail(path, "cannot be replaced", error);
-  // A second name for the old file, so that its own is never missing.
-  if (mode != 0 && ((unlink(kept.c_str()) != 0 && errno != ENOENT) ||
-                    link(path.c_str(), kept.c_str()) != 0 || !SyncFolder(folder))) {
-    return Fail(kept, "cannot be made", error);
+  // A second name for the old file, so that its own is never missing. What was kept before goes
+  // only when that is there.
+  const std::string second = kept + ".new";
+  unlink(second.c_str());  // from a run that crashed
+  if (mode != 0 && (link(path.c_str(), second.c_str()) != 0 ||
+                    renameat2(AT_FDCWD, second.c_str(), AT_FDCWD, kept.c_str(), 0) != 0 ||
+                    !SyncFolder(folder))) {
+    Fail(kept, "cannot be made", error);
+    unlink(second.c_str());
+    return false;
   }
+  // A rename between two names of one file leaves both.
+  unlink(second.c_str());
   if (!draft.Rename(path, true)) return Fail(path, "cannot be replaced", error);
   return SyncFolder(folder) ||
          Fail(folder, "cannot be synced: a power cut may undo the restore", error);

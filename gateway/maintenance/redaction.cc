@@ -15,8 +15,13 @@ namespace {
 constexpr size_t kLongBytes = 8;
 // A value that agrees so far may have been cut off.
 constexpr size_t kPrefixBytes = 64;
-// The pattern search recurses for each byte.
-constexpr size_t kMaxLineBytes = 4096;
+// The pattern search recurses for each byte. The parts overlap, so that no value is cut in all of
+// them.
+constexpr size_t kPartBytes = 4096;
+constexpr size_t kOverlapBytes = 512;
+// Of an e-mail address: RFC 5321, section 4.5.3.1.
+constexpr size_t kMaxLocalBytes = 64;
+constexpr size_t kMaxDomainBytes = 255;
 constexpr int kDecodings = 3;
 
 unsigned char Small(char c) {
@@ -30,10 +35,13 @@ int HexValue(char c) {
   return Small(c) >= 'a' && Small(c) <= 'f' ? Small(c) - 'a' + 10 : -1;
 }
 
-// Reads the escape of a byte: %40, \x40, \" or \\. Returns its length; 0 for none.
+// Reads the escape of a byte: %40, \x40, \u0040, \" or \\. Returns its length; 0 for none.
 size_t ReadEscape(const std::string& text, size_t position, char* byte) {
-  const std::string_view rest = std::string_view(text).substr(position, 4);
-  const size_t prefix = rest.starts_with("%") ? 1 : rest.starts_with("\\x") ? 2 : 0;
+  const std::string_view rest = std::string_view(text).substr(position, 6);
+  const size_t prefix = rest.starts_with("%")       ? 1
+                        : rest.starts_with("\\x")   ? 2
+                        : rest.starts_with("\\u00") ? 4
+                                                    : 0;
   if (prefix > 0 && rest.size() >= prefix + 2 && HexValue(rest[prefix]) >= 0 &&
       HexValue(rest[prefix + 1]) >= 0) {
     *byte = static_cast<char>(HexValue(rest[prefix]) * 16 + HexValue(rest[prefix + 1]));
@@ -69,6 +77,30 @@ std::string Decoded(const std::string& text) {
   return decoded;
 }
 
+bool BelongsToLocalPart(char c) {
+  return IsWordByte(c) || c == '_' || c == '.' || c == '+' || c == '-';
+}
+
+// The e-mail address around an "@" of `bytes` bytes at the position; "" for none.
+std::string EmailAround(const std::string& line, size_t position, size_t bytes) {
+  size_t begin = position;
+  while (begin > 0 && position - begin < kMaxLocalBytes && BelongsToLocalPart(line[begin - 1])) {
+    --begin;
+  }
+  // The digits of an escape begin no address.
+  if (begin > 0 && line[begin - 1] == '%') begin = std::min(begin + 2, position);
+  size_t end = position + bytes;
+  const size_t domain = end;
+  size_t dots = 0;
+  for (; end < line.size() && end - domain < kMaxDomainBytes; ++end) {
+    const bool dot = line[end] == '.' && end > domain && line[end - 1] != '.';
+    if (!dot && !IsWordByte(line[end]) && line[end] != '_' && line[end] != '-') break;
+    if (dot) ++dots;
+  }
+  if (dots > 0 && line[end - 1] == '.') --end, --dots;
+  return begin == position || dots == 0 ? "" : line.substr(begin, end - begin);
+}
+
 }  // namespace
 
 void Redaction::Add(const std::string& kind, const std::string& value) {
@@ -83,19 +115,26 @@ void Redaction::Add(const std::string& kind, const std::string& value) {
   values.insert(shorter, {value, place->second});
 }
 
+void Redaction::AddEmails(const std::string& line) {
+  for (size_t i = 0; i < line.size(); ++i) {
+    const size_t bytes = line[i] == '@' ? 1 : line.compare(i, 3, "%40") == 0 ? 3 : 0;
+    if (bytes > 0) Add("user", Decoded(EmailAround(line, i, bytes)));
+  }
+}
+
 void Redaction::AddPatterns(const std::string& text) {
   // Escapes are stepped over, so that none of their digits begins a value.
   static const std::string kEscapes = "(?:%[0-9a-fA-F]{2})*";
   static const std::pair<const char*, std::regex> kPatterns[] = {
       {"uuid", std::regex(kEscapes + "([0-9a-fA-F]{8}(?:-[0-9a-fA-F]{4}){3}-[0-9a-fA-F]{12})")},
-      {"user", std::regex(kEscapes + "([\\w.+-]+(?:@|%40)[\\w-]+(?:\\.[\\w-]+)+)")},
       {"address", std::regex(kEscapes + "([0-9a-fA-F]{2}(?:[:-][0-9a-fA-F]{2}){5})")},
       {"token", std::regex(kEscapes + "([0-9a-fA-F]{32,})")},
   };
   std::istringstream lines(text);
   for (std::string line; std::getline(lines, line);) {
-    for (size_t begin = 0; begin < line.size(); begin += kMaxLineBytes) {
-      const std::string part = line.substr(begin, kMaxLineBytes);
+    AddEmails(line);
+    for (size_t begin = 0; begin < line.size(); begin += kPartBytes - kOverlapBytes) {
+      const std::string part = line.substr(begin, kPartBytes);
       for (const auto& [kind, pattern] : kPatterns) {
         for (std::sregex_iterator found(part.begin(), part.end(), pattern), end; found != end;
              ++found) {
@@ -111,7 +150,8 @@ size_t Redaction::MatchAt(const std::string& text, size_t position, const std::s
   size_t matched = 0;
   for (; matched < value.size() && end < text.size(); ++matched) {
     char byte = 0;
-    if (Small(text[end]) == Small(value[matched])) {
+    if (Small(text[end]) == Small(value[matched]) ||
+        (text[end] == '+' && value[matched] == ' ')) {  // In a form's encoding.
       ++end;
     } else if (const size_t length = ReadEscape(text, end, &byte);
                length > 0 && Small(byte) == Small(value[matched])) {

@@ -9,9 +9,9 @@
 namespace gateway {
 
 // Replaces private values in a text by "user-1", "token-2" and the like: the same value by the same
-// word. A value is found in any case, also where some of its bytes are written as %40, \x40 or \",
-// and a long one also where it was cut off. Values of fewer than 8 bytes are replaced only where
-// they are whole words: a user "ann" is not in "cannot". Not thread-safe.
+// word. A value is found in any case, also where some of its bytes are written as %40, \x40,
+// \u0040, \" or, a blank, +, and a long one also where it was cut off. Values of fewer than 8 bytes
+// are replaced only where they are whole words: a user "ann" is not in "cannot". Not thread-safe.
 class Redaction {
  public:
   // `kind` is the replacement's first part: "user". Ignores "" and a value that is known.
@@ -28,6 +28,8 @@ class Redaction {
   bool IsClean(const std::string& text) const;
 
  private:
+  void AddEmails(const std::string& line);
+
   struct Value {
     std::string text;
     std::string replacement;

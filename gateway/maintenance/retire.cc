@@ -9,7 +9,9 @@
 
 #include "gateway/host/database_reader.h"
 #include "gateway/host/host.h"
+#include "gateway/host/storage_lock.h"
 #include "gateway/maintenance/config.h"
+#include "gateway/maintenance/files.h"
 #include "gateway/maintenance/traces.h"
 #include "gateway/operations/result_names.h"
 #include "gateway/output/text.h"
@@ -33,8 +35,14 @@ class Retirement {
     StorageConfig config;
     std::string error;
     if (!ReadStorageConfig(options_.config_file, &config, &error)) return Fail(error);
-    if (!EmptyDatabase()) return false;
-    if (HoldsPeople(config.database)) return Fail(config.database + " could not be emptied");
+    // A gateway that has no database yet gets none here: it might be root's.
+    if (Exists(config.database) && !EmptyDatabase()) return false;
+    // A gateway that starts from here on would lose its new files.
+    StorageLock lock;
+    if (!lock.Take(config.database, &error)) return Fail(error);
+    if (Exists(config.database) && HoldsPeople(config.database)) {
+      return Fail(config.database + " could not be emptied");
+    }
     out_ << "The database is empty.\n";
     return RemoveFiles(config.database);
   }
@@ -69,9 +77,11 @@ class Retirement {
     }
     bool all = true;
     for (const std::string& uuid : uuids) {
+      if (uuid == kSystemUser) continue;
       std::string id;
-      if (uuid == kSystemUser ||
-          accounts->GetUserInfoByType(uuid, kUserInfoGetUserId, &id) != kAccountSuccess) {
+      const AccountResult found = accounts->GetUserInfoByType(uuid, kUserInfoGetUserId, &id);
+      if (found != kAccountSuccess) {
+        all = Fail("the ID of the user " + uuid + " " + DescribeResult(found));
         continue;
       }
       if (signals.WaitForStop(std::chrono::milliseconds(0))) {

@@ -36,12 +36,19 @@ std::string DescribeRunningGateway(const std::string& bus_address) {
   const bus::ConnectionPtr connection = bus::Connect(bus_address, &error);
   if (connection == nullptr) return "not asked: " + error + "\n";
   sd_bus_set_method_call_timeout(connection.get(), kTimeoutMicroseconds);
+  sd_bus_message* question = nullptr;
+  const std::string interface = std::string(bus::kInterfacePrefix) + "Gateway";
+  int result =
+      sd_bus_message_new_method_call(connection.get(), &question, bus::kService, bus::kObject,
+                                     "org.freedesktop.DBus.Properties", "GetAll");
+  const bus::MessagePtr owner(question);
+  // A report must not start the gateway whose state it tells.
+  if (result >= 0) result = sd_bus_message_set_auto_start(question, 0);
+  if (result >= 0) result = sd_bus_message_append(question, "s", interface.c_str());
   sd_bus_error failure{};
   sd_bus_message* answer = nullptr;
-  const std::string interface = std::string(bus::kInterfacePrefix) + "Gateway";
-  if (sd_bus_call_method(connection.get(), bus::kService, bus::kObject,
-                         "org.freedesktop.DBus.Properties", "GetAll", &failure, &answer, "s",
-                         interface.c_str()) < 0) {
+  if (result >= 0) result = sd_bus_call(connection.get(), question, 0, &failure, &answer);
+  if (result < 0) {
     error = failure.message == nullptr ? "no answer" : failure.message;
     sd_bus_error_free(&failure);
     return "does not tell: " + error + "\n";

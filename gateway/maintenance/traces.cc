@@ -21,28 +21,37 @@ std::vector<std::string> WithRotated(const std::string& path) {
   std::vector<std::string> found;
   if (path.empty()) return found;
   std::error_code none;
-  for (const auto& entry : std::filesystem::directory_iterator(FolderOf(path), none)) {
-    const std::string name = entry.path().filename().string();
-    const std::string own = std::filesystem::path(path).filename().string();
+  const std::string own = std::filesystem::path(path).filename().string();
+  for (std::filesystem::directory_iterator entry(FolderOf(path), none), end; !none && entry != end;
+       entry.increment(none)) {
+    const std::string name = entry->path().filename().string();
     if (name.starts_with(own) && std::regex_match(name.substr(own.size()), kAdded)) {
-      found.push_back(entry.path().string());
+      found.push_back(entry->path().string());
     }
   }
   std::sort(found.begin(), found.end());
   return found;
 }
 
+// What a symbolic link leads to; "" for anything else.
+std::string TargetOf(const std::string& path) {
+  std::error_code none;
+  if (!std::filesystem::is_symlink(path, none)) return "";
+  const std::filesystem::path target = std::filesystem::canonical(path, none);
+  return none ? "" : target.string();
+}
+
 }  // namespace
 
 std::vector<std::string> FindTraces(const std::string& database, const std::string& log_file,
                                     const std::string& audit_file) {
-  std::vector<std::string> paths = {database + ".before-restore", database + ".new",
-                                    FolderOf(database) + "/keeper.json",
+  std::vector<std::string> paths = {database + ".before-restore", database + ".before-restore.new",
+                                    database + ".new", FolderOf(database) + "/keeper.json",
                                     HistoryFile::DefaultPath()};
   paths.erase(std::remove_if(paths.begin(), paths.end(),
                              [](const std::string& path) { return path.empty() || !Exists(path); }),
               paths.end());
-  for (const std::string& file : {log_file, audit_file}) {
+  for (const std::string& file : {log_file, TargetOf(log_file), audit_file, TargetOf(audit_file)}) {
     const std::vector<std::string> rotated = WithRotated(file);
     paths.insert(paths.end(), rotated.begin(), rotated.end());
   }

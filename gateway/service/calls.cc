@@ -18,6 +18,7 @@ constexpr std::chrono::milliseconds kHold{250};
 constexpr size_t kMostOpenCalls = 4096;
 constexpr std::chrono::seconds kBetweenNotes{1};
 constexpr size_t kMostNotedUsers = 1024;
+constexpr size_t kMostNotedBytes = 320;
 constexpr int kMostHeldOfAUser = 64;
 // The bus drops whoever sends more than 32 MiB at once.
 constexpr size_t kMostReplyBytes = size_t{31} << 20;
@@ -76,6 +77,11 @@ const char* ErrorOf(Refusal refusal) {
       break;
   }
   return bus::kAccessDenied;
+}
+
+// Whoever is refused must not fill the audit with arguments.
+std::string ShortenId(const std::string& id) {
+  return id.size() <= kMostNotedBytes ? id : id.substr(0, kMostNotedBytes) + "...";
 }
 
 std::string WaitText(int seconds) {
@@ -254,8 +260,9 @@ void Calls::Note(const Call& call, std::optional<int> result, const std::string&
   const Operation* const operation = call.fault.empty() ? call.method.operation : nullptr;
   for (size_t i = 0; operation != nullptr && i < operation->arguments.size(); ++i) {
     const Parameter& argument = operation->arguments[i];
-    if (argument.kind == IdKind::kUserUuid) note.user_uuid = call.words[i];
-    if (argument.kind == IdKind::kUserId && note.user_id.empty()) note.user_id = call.words[i];
+    if (argument.kind == IdKind::kUserUuid) note.user_uuid = ShortenId(call.words[i]);
+    if (argument.kind == IdKind::kUserId && note.user_id.empty())
+      note.user_id = ShortenId(call.words[i]);
   }
   parts_.audit->NoteCall(note);
 }

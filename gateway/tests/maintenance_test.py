@@ -125,7 +125,11 @@ $""")
         self.assertEqual((self.folder / "log.txt").read_text(), "ann")
 
         self.type(f"create-user ann {self.cloud.issue_code('ann')}")
-        self.assertEqual(self.run_command("retire", "--local", env=places), (0, "The database is empty.\n", ""))
+        (self.folder / "audit").symlink_to(self.write("elsewhere", "ann"))
+        done = programs.run("qorn-gateway", "--audit", self.folder / "audit", "retire", "--local", "--config",
+                            self.config, env=places)
+        self.assertEqual((done.status, done.output.count("removed")), (0, 2), done)
+        self.assertFalse((self.folder / "elsewhere").exists())
         self.assertEqual(registered(), 1)
 
     def test_reports_without_private_values(self):
@@ -136,8 +140,9 @@ $""")
         tokens = self.secrets()
         with open(log, "a") as lines:
             lines.write(f"cannot user=ann&x=%61nn%40 Carol%40EXAMPLE.com {tokens[0]}x%3D{tokens[1].upper()} "
-                        "00:11:22:aa:bb:cc\n")
-        private = tokens + [carol, "eve", "gone", "PEER-DDEEFF-1", "AABBCC", "secret-of-client", "secr…", "00:11:22"]
+                        "00:11:22:aa:bb:cc\n" + "x" * 4087 + " removed.person@example.com CAROL\\u0040example.com\n")
+        private = tokens + [carol, "eve", "gone", "PEER-DDEEFF-1", "AABBCC", "secret-of-client", "secr…", "00:11:22",
+                            "person", "carol"]
         private += [text for row in self.rows("SELECT userUuid, userGuid FROM Users") for text in row]
         report = ("report", "--log", log, "--audit", audit, "--bus", "unix:path=/none")
         made = self.run_command(*report)
