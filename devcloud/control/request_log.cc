@@ -52,7 +52,7 @@ void RequestLog::SetReply(std::uint64_t number, const std::string& fault,
                           std::optional<std::string> answer) {
   base::AutoLock lock(lock_);
   if (FindEntry(number) == nullptr) return;
-  Entry& entry = entries_[number - entries_.front().request.number];
+  Entry& entry = entries_[static_cast<size_t>(number - entries_.front().request.number)];
   bytes_ -= SizeOf(entry.request);
   entry.request.fault = fault;
   entry.request.answer = std::move(answer);
@@ -117,7 +117,8 @@ bool RequestLog::WaitFor(std::size_t count) const {
 const RequestLog::Entry* RequestLog::FindEntry(std::uint64_t number) const {
   if (entries_.empty()) return nullptr;
   const std::uint64_t first = entries_.front().request.number;
-  return number >= first && number <= last_number_ ? &entries_[number - first] : nullptr;
+  return number >= first && number <= last_number_ ? &entries_[static_cast<size_t>(number - first)]
+                                                   : nullptr;
 }
 
 void RequestLog::DropOldest() {
