@@ -172,6 +172,11 @@ gateway::ConsoleServices Program::MakeServices() {
     return result == kAccountSuccess;
   };
   services.count_sessions = [this](int* count) { return client_->GetOpenSessions(count); };
+  services.sign_in_needed = [this] {
+    std::vector<std::string> uuids;
+    client_->GetSignInNeeded(&uuids);
+    return uuids;
+  };
   services.explain = [] { return qorn::Client::LastError(); };
   return services;
 }

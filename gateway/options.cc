@@ -14,6 +14,8 @@
 namespace gateway {
 namespace {
 
+constexpr int kMostKeepHours = 365 * 24;
+
 void Declare(CLI::App* app, Options* options) {
   app->add_option("--config", options->config_file,
                   "Configuration (default: config.xml beside the program, else " QORN_CONFIG_FILE
@@ -38,6 +40,10 @@ void Declare(CLI::App* app, Options* options) {
   app->add_option("--bus", options->bus_address,
                   "Offer the accounts to other processes on D-Bus: system, session or an address")
       ->type_name("ADDRESS");
+  app->add_option("--keep-tokens", options->keep_tokens_hours,
+                  "Refresh each user's tokens every so many hours (default: 0, never)")
+      ->type_name("HOURS")
+      ->check(CLI::Range(0, kMostKeepHours));
   app->add_flag("--metrics", options->metrics,
                 "Count the calls of the console and of all components, too, not only those from "
                 "D-Bus");

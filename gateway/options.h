@@ -15,12 +15,13 @@ namespace gateway {
 struct Options {
   std::string config_file;
   std::vector<std::string> components;
-  std::string log_file;     // "": the log goes to standard error
-  std::string audit_file;   // "": no audit
-  std::string script_file;  // "": lines come from standard input
-  bool daemon = false;      // no lines are read
-  std::string bus_address;  // "system", "session" or a D-Bus address; "": no service on a bus
-  bool metrics = false;     // all calls of the process are counted, not the bus's alone
+  std::string log_file;       // "": the log goes to standard error
+  std::string audit_file;     // "": no audit
+  std::string script_file;    // "": lines come from standard input
+  bool daemon = false;        // no lines are read
+  std::string bus_address;    // "system", "session" or a D-Bus address; "": no service on a bus
+  int keep_tokens_hours = 0;  // between two refreshes of a user's tokens; 0: none
+  bool metrics = false;       // all calls of the process are counted, not the bus's alone
   std::string metrics_component;
   bool json = false;
   bool keep_going = false;

@@ -20,6 +20,8 @@
 #include "gateway/console/views.h"
 #include "gateway/doctor/doctor.h"
 #include "gateway/host/host.h"
+#include "gateway/keeper/host_keeper.h"
+#include "gateway/keeper/transfer_error.h"
 #include "gateway/metrics/metrics.h"
 #include "gateway/operations/audit.h"
 #include "gateway/operations/event_listener.h"
@@ -90,7 +92,7 @@ class Program {
         printer_(std::cout, std::cerr, MakeStyle(options.json, options.show_secrets)),
         signals_([this] { SayStopping(); }, [this] { OpenFiles(); }),
         log_view_(&printer_, OnTerminal(options) && options.log_file.empty(),
-                  !options.log_file.empty()) {}
+                  !options.log_file.empty(), &NoteTransferError) {}
 
   int Run();
 
@@ -100,6 +102,10 @@ class Program {
   bool OpenFiles();
   // Does nothing without an address. False after a line that says what is wrong.
   bool StartService(const Host& host);
+  // Does nothing without hours. Its first refresh waits for the keeper's Start.
+  void MakeTokenKeeper(const Host& host);
+  void NoteSignInNeeded(const keeper::User& user, bool needed);
+  std::vector<std::string> SignInNeeded() const;
   bool RunConsole(const Host& host, base::ScopedFd input);
   void Watch(std::optional<std::chrono::seconds> time);
   ConsoleServices MakeServices(const Host& host);
@@ -112,9 +118,11 @@ class Program {
   Audit audit_;
   StopSignals signals_;
   LogView log_view_;
-  Metrics* metrics_ = nullptr;  // while the host lives; null when nothing is counted
+  Metrics* metrics_ = nullptr;      // while the host lives; null when nothing is counted
+  std::unique_ptr<Keeper> keeper_;  // null when no tokens are kept fresh
   std::unique_ptr<BusService> service_;
-  // For the platform's bus, which may deliver events while the service is being made.
+  // For the platform's bus, which may deliver events while these are being made.
+  std::atomic<Keeper*> listening_keeper_{nullptr};
   std::atomic<BusService*> listening_service_{nullptr};
 };
 
@@ -159,6 +167,7 @@ int Program::Run() {
     seen_ids_.NoteEvent(event);
     audit_.NoteEvent(event);
     printer_.Show(EventRecord(event));
+    if (Keeper* const keeper = listening_keeper_) keeper->NoteEvent(event);
     if (BusService* const service = listening_service_) service->NoteEvent(event);
     if (audit_.TakeFailure()) printer_.Error(kAuditFailure);
   });
@@ -170,11 +179,14 @@ int Program::Run() {
   }
   metrics_ = static_cast<Metrics*>(host->FindInterface(kMetricsInterface));
   for (const std::string& fault : host->storage_faults()) printer_.Error(fault);
+  MakeTokenKeeper(*host);
   if (!StartService(*host)) return kExitCannotStart;
   Notify("READY=1");
+  if (keeper_ != nullptr) keeper_->Start();
   const bool good = RunConsole(*host, std::move(input));
   Activity::Scope scope(activity_, "the components to finish");
   if (signals_.WaitForStop(kNow)) SayStopping();
+  if (keeper_ != nullptr) keeper_->Stop();
   if (service_ != nullptr) service_->Stop();
   host.reset();
   // Components publish until they are finalised; what they did must not be missing in the audit.
@@ -201,12 +213,45 @@ bool Program::StartService(const Host& host) {
          .flush_events = [] { evt::EventManager::GetInstance()->Flush(); },
          .report = [this](const std::string& line) { printer_.Error(line); },
          .metrics = [this, &host] { return MetricsText(host); },
+         .sign_in_needed = [this] { return SignInNeeded(); },
          .on_refusal = [this](Refusal why) { metrics_->CountRefusal(why); }},
         &error);
   }
   if (service_ == nullptr) printer_.Error(error);
   listening_service_ = service_.get();
   return service_ != nullptr;
+}
+
+void Program::MakeTokenKeeper(const Host& host) {
+  if (options_.keep_tokens_hours == 0) return;
+  keeper_ = MakeKeeper(
+      host, options_.keep_tokens_hours,
+      {.on_refresh =
+           [this](const keeper::User& user, int result, const char* what) {
+             audit_.NoteKeeper(
+                 {.user_uuid = user.uuid, .user_id = user.id, .result = result, .message = what});
+           },
+       .on_sign_in_needed = [this](const keeper::User& user,
+                                   bool needed) { NoteSignInNeeded(user, needed); },
+       .report = [this](const std::string& line) { printer_.Error(line); }});
+  listening_keeper_ = keeper_.get();
+}
+
+void Program::NoteSignInNeeded(const keeper::User& user, bool needed) {
+  audit_.NoteKeeper({.user_uuid = user.uuid,
+                     .user_id = user.id,
+                     .message = needed ? "must sign in" : "need not sign in any more"});
+  if (BusService* const service = listening_service_) {
+    service->NoteSignInNeeded(user.uuid, user.id, needed);
+  }
+  Notify("STATUS=Users that must sign in: " + std::to_string(SignInNeeded().size()));
+}
+
+std::vector<std::string> Program::SignInNeeded() const {
+  std::vector<std::string> uuids;
+  if (keeper_ == nullptr) return uuids;
+  for (const keeper::User& user : keeper_->SignInNeeded()) uuids.push_back(user.uuid);
+  return uuids;
 }
 
 bool Program::RunConsole(const Host& host, base::ScopedFd input) {
@@ -233,6 +278,7 @@ ConsoleServices Program::MakeServices(const Host& host) {
   ConsoleServices services;
   UseAccounts(host.accounts(), &services);
   services.facts = MakeFacts(options_, host);
+  services.sign_in_needed = [this] { return SignInNeeded(); };
   services.flush_events = [] { evt::EventManager::GetInstance()->Flush(); };
   services.pause = [this](std::chrono::milliseconds time) { return signals_.WaitForStop(time); };
   services.request_code = [this, &host](const std::string& user, std::string* code,
@@ -255,6 +301,7 @@ ConsoleServices Program::MakeServices(const Host& host) {
 
 std::string Program::MetricsText(const Host& host) const {
   Metrics::HostState state{.open_sessions = CountOpenSessions(*metrics_->accounts(), seen_ids_)};
+  if (keeper_ != nullptr) state.sign_in_needed = SignInNeeded().size();
   struct stat database {};
   if (stat(host.DatabasePath().c_str(), &database) == 0) {
     state.database_bytes = static_cast<uint64_t>(database.st_size);

@@ -80,6 +80,8 @@ class __attribute__((visibility("default"))) Client {
   // 1, or 19 when the gateway does not answer.
   AccountResult GetVersion(std::string* version) const;
   AccountResult GetOpenSessions(int* count) const;
+  // The UUIDs of the users whose tokens the gateway cannot keep fresh until they sign in.
+  AccountResult GetSignInNeeded(std::vector<std::string>* user_uuids) const;
   // What the gateway counts, in Prometheus's text format.
   AccountResult GetMetrics(std::string* text) const;
 

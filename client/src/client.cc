@@ -104,6 +104,10 @@ AccountResult Client::GetOpenSessions(int* count) const {
   return impl_->GetProperty("OpenSessions", "i", count);
 }
 
+AccountResult Client::GetSignInNeeded(std::vector<std::string>* user_uuids) const {
+  return impl_->GetProperty("SignInNeeded", "as", user_uuids);
+}
+
 AccountResult Client::GetMetrics(std::string* text) const {
   return CodeOf(impl_->remote.Send(
       {.interface = std::string(bus::kInterfacePrefix) + "Gateway",

@@ -43,6 +43,11 @@ struct ConsoleServices {
   std::function<AccountResult(FieldRows* users)> list_users;
   std::function<AccountResult(const std::string& user_uuid, FieldRows* friends)> list_friends;
 
+  // The UUIDs of the users whose tokens cannot be kept fresh until they sign in.
+  std::function<std::vector<std::string>()> sign_in_needed = [] {
+    return std::vector<std::string>();
+  };
+
   // What the gateway counts, in Prometheus's text format; false with one line in `error`.
   std::function<bool(std::string* text, std::string* error)> read_metrics;
 

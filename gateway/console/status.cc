@@ -30,7 +30,8 @@ struct Snapshot {
   std::string peer_id;
   long long database_bytes = -1;
   int session_count = 0;
-  std::vector<SeenIds::Session> sessions;  // those whose sign-in this program saw
+  std::vector<std::string> sign_in_needed;  // IDs of users
+  std::vector<SeenIds::Session> sessions;   // those whose sign-in this program saw
 };
 
 Snapshot TakeSnapshot(const ConsoleServices& services, SeenIds* seen_ids) {
@@ -40,6 +41,10 @@ Snapshot TakeSnapshot(const ConsoleServices& services, SeenIds* seen_ids) {
   const AccountResult result = accounts.GetAllUsersUUID(&users);
   snapshot.users =
       result == kAccountSuccess ? std::to_string(users.size()) : DescribeResult(result);
+  for (const std::string& uuid : services.sign_in_needed()) {
+    std::string& id = snapshot.sign_in_needed.emplace_back(uuid);
+    accounts.GetUserInfoByType(uuid, kUserInfoGetUserId, &id);
+  }
   accounts.GetSessionLifetime(&snapshot.lifetime);
   snapshot.network_status = accounts.GetNetworkSettingStatus();
   // Before the status is 1 another thread may be writing these strings.
@@ -105,7 +110,8 @@ Record RemoteStatusRecord(const GatewayFacts& facts, const Snapshot& snapshot) {
                      NumberField("open_sessions", snapshot.session_count),
                      NumberField("session_lifetime_minutes", snapshot.lifetime),
                      NumberField("network_setting_status", snapshot.network_status),
-                     TextField("peer_id", snapshot.peer_id)}};
+                     TextField("peer_id", snapshot.peer_id),
+                     ListField("sign_in_needed", snapshot.sign_in_needed)}};
 }
 
 Record StatusRecord(const GatewayFacts& facts, const Snapshot& snapshot) {
@@ -129,7 +135,8 @@ Record StatusRecord(const GatewayFacts& facts, const Snapshot& snapshot) {
               TextField("account_server", facts.account_server),
               TextField("user_portal", facts.user_portal),
               TextField("log", facts.log_file),
-              TextField("audit", facts.audit_file)}};
+              TextField("audit", facts.audit_file),
+              ListField("sign_in_needed", snapshot.sign_in_needed)}};
 }
 
 std::string DescribeDatabase(const GatewayFacts& facts, const Snapshot& snapshot) {
@@ -142,6 +149,11 @@ std::string DescribeNetwork(const GatewayFacts& facts, const Snapshot& snapshot)
   if (snapshot.network_status == 1) return "fetched; this gateway's peer ID is " + snapshot.peer_id;
   if (!facts.remote.empty()) return "not fetched";
   return facts.network_setting == "on" ? "not fetched yet" : "off";
+}
+
+std::string DescribeUsers(const Snapshot& snapshot) {
+  if (snapshot.sign_in_needed.empty()) return snapshot.users;
+  return snapshot.users + "; must sign in: " + JoinWords(snapshot.sign_in_needed);
 }
 
 std::string DescribeSessions(const GatewayFacts& facts, const Snapshot& snapshot) {
@@ -167,7 +179,7 @@ std::string Indented(const Table& table, const PrinterStyle& style) {
 std::string Summary(const GatewayFacts& facts, const Snapshot& snapshot, bool color) {
   const std::vector<std::pair<const char*, std::string>> remote = {
       {"Gateway", facts.remote},
-      {"Users", snapshot.users},
+      {"Users", DescribeUsers(snapshot)},
       {"Network setting", DescribeNetwork(facts, snapshot)},
       {"Sessions", DescribeSessions(facts, snapshot)},
   };
@@ -175,7 +187,7 @@ std::string Summary(const GatewayFacts& facts, const Snapshot& snapshot, bool co
       {"Component", JoinWords(facts.components)},
       {"Configuration", OrNone(facts.config_file)},
       {"Database", DescribeDatabase(facts, snapshot)},
-      {"Users", snapshot.users},
+      {"Users", DescribeUsers(snapshot)},
       {"Network setting", DescribeNetwork(facts, snapshot)},
       {"Account server", OrNone(facts.account_server)},
       {"User Portal", OrNone(facts.user_portal)},

@@ -1,5 +1,6 @@
 #include "gateway/console/views.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "gateway/operations/operations.h"
@@ -15,6 +16,18 @@ std::vector<Parameter> RowParameters() {
     parameters.insert(parameters.end(), outputs.begin(), outputs.end());
   }
   return parameters;
+}
+
+// Adds a column that says who must sign in, unless nobody must. A row begins with the user's UUID.
+void MarkSignInNeeded(const std::vector<std::string>& uuids, Table* users) {
+  if (uuids.empty()) return;
+  users->columns.insert(users->columns.begin() + 3, {"sign_in_needed", "MUST SIGN IN"});
+  for (std::vector<Field>& row : users->rows) {
+    const bool needed = std::find(uuids.begin(), uuids.end(), row[0].values.at(0)) != uuids.end();
+    row.push_back({.name = "sign_in_needed",
+                   .values = {needed ? "true" : "false"},
+                   .shape = Field::Shape::kFlag});
+  }
 }
 
 }  // namespace
@@ -36,6 +49,7 @@ AccountResult ShowUsers(const ConsoleServices& services, Printer* printer) {
                           {"user_uuid", "UUID"}},
               .empty = "no users"};
   const AccountResult result = services.list_users(&table.rows);
+  if (result == kAccountSuccess) MarkSignInNeeded(services.sign_in_needed(), &table);
   if (result == kAccountSuccess) printer->Show(table);
   return result;
 }

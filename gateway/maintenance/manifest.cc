@@ -1,8 +1,8 @@
 #include "gateway/maintenance/manifest.h"
 
-#include <openssl/evp.h>
-
 #include <nlohmann/json.hpp>
+
+#include "gateway/process/sha256.h"
 
 namespace gateway {
 namespace {
@@ -11,18 +11,6 @@ constexpr char kFormat[] = "qorn-account-backup";
 // Increase it with each change that an older program would misread.
 constexpr int kVersion = 1;
 constexpr char kTimeFormat[] = "%Y-%m-%dT%H:%M:%SZ";
-
-std::string Sha256(const std::string& bytes) {
-  unsigned char digest[EVP_MAX_MD_SIZE];
-  unsigned int size = 0;
-  EVP_Digest(bytes.data(), bytes.size(), digest, &size, EVP_sha256(), nullptr);
-  std::string hex;
-  for (unsigned int i = 0; i < size; ++i) {
-    hex += "0123456789abcdef"[digest[i] >> 4];
-    hex += "0123456789abcdef"[digest[i] & 0xf];
-  }
-  return hex;
-}
 
 std::string Dump(const nlohmann::ordered_json& json) {
   return json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";

@@ -10,6 +10,17 @@ namespace {
 
 constexpr uint64_t kTimeoutMicroseconds = 5'000'000;
 
+// An array of texts in a variant: how many they are, since users' IDs are in it.
+std::string CountTexts(sd_bus_message* message) {
+  size_t count = 0;
+  sd_bus_message_enter_container(message, 'v', "as");
+  sd_bus_message_enter_container(message, 'a', "s");
+  while (sd_bus_message_skip(message, "s") > 0) ++count;
+  sd_bus_message_exit_container(message);
+  sd_bus_message_exit_container(message);
+  return std::to_string(count);
+}
+
 // A property of a simple type.
 std::string ReadVariant(sd_bus_message* message) {
   char type = 0;
@@ -23,6 +34,8 @@ std::string ReadVariant(sd_bus_message* message) {
     value = text;
   } else if (signature == "i" && sd_bus_message_read(message, "v", "i", &number) > 0) {
     value = std::to_string(number);
+  } else if (signature == "as") {
+    value = CountTexts(message);
   } else {
     sd_bus_message_skip(message, "v");
   }

@@ -158,6 +158,11 @@ void MetricsComponent::CollectGauges(const HostState& state,
     add("qorn_database_size_bytes", "Size of the database's file. Absent while there is none.",
         static_cast<double>(*state.database_bytes));
   }
+  if (state.sign_in_needed) {
+    add("qorn_sign_in_needed_users",
+        "Users that must sign in with a code. Absent when no tokens are kept fresh.",
+        static_cast<double>(*state.sign_in_needed));
+  }
   add("process_resident_memory_bytes", "Resident memory of the gateway.", ResidentBytes());
   add("process_start_time_seconds", "When the gateway started, in seconds since 1970.", started_);
 }

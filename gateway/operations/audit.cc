@@ -57,6 +57,10 @@ void Audit::NoteCall(const CallNote& call) {
   AppendDeed("call", std::move(fields), call.user_uuid, call.user_id, call.result, call.message);
 }
 
+void Audit::NoteKeeper(const KeeperNote& note) {
+  AppendDeed("keeper", {}, note.user_uuid, note.user_id, note.result, note.message);
+}
+
 void Audit::AppendDeed(const std::string& type, std::vector<Field> fields,
                        const std::string& user_uuid, const std::string& user_id,
                        std::optional<int> result, const std::string& message) {

@@ -54,6 +54,15 @@ class Audit {
   };
   void NoteCall(const CallNote& call);
 
+  // What the gateway did for a user by itself.
+  struct KeeperNote {
+    std::string user_uuid;
+    std::string user_id;
+    std::optional<int> result = {};  // of the refresh, if there was one
+    std::string message;
+  };
+  void NoteKeeper(const KeeperNote& note);
+
   // A line that is no command. Its words may be anything, a mistyped secret too, and are not kept.
   void NoteRefusedLine();
 

@@ -17,16 +17,18 @@ const char* SeverityName(int severity) {
 
 }  // namespace
 
-LogView::LogView(Printer* printer, bool always, bool also_written) {
-  logging::SetLogMessageHandler([this, printer, always, also_written](int severity, const char*,
-                                                                      int, size_t,
-                                                                      const std::string& text) {
-    // False leaves the line to the log file or to standard error.
-    if (!always && !following_) return false;
-    // The line comes with its line break, which the printer adds itself.
-    printer->LogLine(SeverityName(severity), text.substr(0, text.find_last_not_of('\n') + 1));
-    return !also_written;
-  });
+LogView::LogView(Printer* printer, bool always, bool also_written,
+                 const std::function<void(const std::string& line)>& on_line) {
+  logging::SetLogMessageHandler(
+      [this, printer, always, also_written, on_line](int severity, const char*, int, size_t,
+                                                     const std::string& text) {
+        on_line(text);
+        // False leaves the line to the log file or to standard error.
+        if (!always && !following_) return false;
+        // The line comes with its line break, which the printer adds itself.
+        printer->LogLine(SeverityName(severity), text.substr(0, text.find_last_not_of('\n') + 1));
+        return !also_written;
+      });
 }
 
 LogView::~LogView() { logging::SetLogMessageHandler({}); }

@@ -3,6 +3,8 @@
 #define QORN_GATEWAY_OUTPUT_LOG_VIEW_H_
 
 #include <atomic>
+#include <functional>
+#include <string>
 
 #include "gateway/output/printer.h"
 
@@ -14,8 +16,9 @@ class LogView {
  public:
   // Borrows `printer`. `always` shows all lines: for a terminal without a log file, where lines on
   // standard error would be written over the prompt. `also_written` sends shown lines to the log as
-  // well.
-  LogView(Printer* printer, bool always, bool also_written);
+  // well. `on_line` gets each line on the thread that logs it.
+  LogView(Printer* printer, bool always, bool also_written,
+          const std::function<void(const std::string& line)>& on_line);
   ~LogView();
   LogView(const LogView&) = delete;
   LogView& operator=(const LogView&) = delete;

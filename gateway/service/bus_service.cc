@@ -37,6 +37,7 @@ class BusService::Impl {
   void Run();
   void Stop();
   void NoteEvent(const SeenEvent& event);
+  void NoteSignInNeeded(const std::string& user_uuid, const std::string& user_id, bool needed);
 
  private:
   static int OnMethod(sd_bus_message* message, void* impl, sd_bus_error* error);
@@ -64,7 +65,7 @@ class BusService::Impl {
 BusService::Impl::Impl(const Options& options, const Parts& parts)
     : options_(options),
       parts_(parts),
-      properties_(parts_.accounts, parts_.seen_ids),
+      properties_(parts_.accounts, parts_.seen_ids, parts_.sign_in_needed),
       calls_({.loop = &loop_,
               .sources = {.accounts = parts_.accounts, .metrics = parts_.metrics},
               .audit = parts_.audit,
@@ -109,6 +110,15 @@ void BusService::Impl::Run() {
 void BusService::Impl::NoteEvent(const SeenEvent& event) {
   loop_.Post([this, event] {
     if (connection_ != nullptr) EmitSignal(connection_.get(), event);
+  });
+}
+
+void BusService::Impl::NoteSignInNeeded(const std::string& user_uuid, const std::string& user_id,
+                                        bool needed) {
+  loop_.Post([this, user_uuid, user_id, needed] {
+    if (connection_ == nullptr) return;
+    if (needed) EmitSignInNeeded(connection_.get(), user_uuid, user_id);
+    properties_.AnnounceSignInNeeded(connection_.get());
   });
 }
 
@@ -194,5 +204,10 @@ std::unique_ptr<BusService> BusService::Start(const Options& options, const Part
 void BusService::Stop() { impl_->Stop(); }
 
 void BusService::NoteEvent(const SeenEvent& event) { impl_->NoteEvent(event); }
+
+void BusService::NoteSignInNeeded(const std::string& user_uuid, const std::string& user_id,
+                                  bool needed) {
+  impl_->NoteSignInNeeded(user_uuid, user_id, needed);
+}
 
 }  // namespace gateway

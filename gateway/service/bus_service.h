@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "core_fw/account/include/account_manager.h"
 #include "gateway/metrics/metrics.h"
@@ -33,6 +34,10 @@ class BusService {
     std::function<void(const std::string&)> report;
     // In Prometheus's text format, for Gateway.Metrics. Any thread.
     std::function<std::string()> metrics = [] { return std::string(); };
+    // The UUIDs of the users that must sign in. Any thread.
+    std::function<std::vector<std::string>()> sign_in_needed = [] {
+      return std::vector<std::string>();
+    };
     // A call was refused. On the service's thread.
     std::function<void(Refusal)> on_refusal = [](Refusal) {};
   };
@@ -55,6 +60,8 @@ class BusService {
 
   // Signals the event, until Stop has returned. Any thread.
   void NoteEvent(const SeenEvent& event);
+  // The user must sign in, or need not any more: signals the former and, both times, the property.
+  void NoteSignInNeeded(const std::string& user_uuid, const std::string& user_id, bool needed);
 
  private:
   class Impl;

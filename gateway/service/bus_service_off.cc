@@ -19,5 +19,7 @@ std::unique_ptr<BusService> BusService::Start(const Options& /*options*/, const 
 void BusService::Stop() {}
 
 void BusService::NoteEvent(const SeenEvent& /*event*/) {}
+void BusService::NoteSignInNeeded(const std::string& /*user_uuid*/, const std::string& /*user_id*/,
+                                  bool /*needed*/) {}
 
 }  // namespace gateway

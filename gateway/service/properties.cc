@@ -14,6 +14,7 @@ constexpr char kVersion[] = "Version";
 constexpr char kNetworkSettingStatus[] = "NetworkSettingStatus";
 constexpr char kSessionLifetime[] = "SessionLifetime";
 constexpr char kOpenSessions[] = "OpenSessions";
+constexpr char kSignInNeeded[] = "SignInNeeded";
 constexpr char kGroup[] = "Gateway";
 
 std::string InterfaceName() { return std::string(bus::kInterfacePrefix) + kGroup; }
@@ -65,13 +66,16 @@ const std::vector<Property>& Properties::All() {
   static const std::vector<Property> all = {{kVersion, kGroup, "s", true},
                                             {kNetworkSettingStatus, kGroup, "i", true},
                                             {kSessionLifetime, kGroup, "i", true},
-                                            {kOpenSessions, kGroup, "i", false}};
+                                            {kOpenSessions, kGroup, "i", false},
+                                            {kSignInNeeded, kGroup, "as", true}};
   return all;
 }
 
-Properties::Properties(AccountManager* accounts, SeenIds* seen_ids)
+Properties::Properties(AccountManager* accounts, SeenIds* seen_ids,
+                       std::function<std::vector<std::string>()> sign_in_needed)
     : accounts_(accounts),
       seen_ids_(seen_ids),
+      sign_in_needed_(std::move(sign_in_needed)),
       get_{.name = "Get",
            .group = "Properties",
            .takes = {{"interface_name", "s"}, {"property_name", "s"}},
@@ -104,6 +108,7 @@ Field Properties::Read(const std::string& name) const {
   if (name == kNetworkSettingStatus) {
     return NumberField(name, accounts_->GetNetworkSettingStatus());
   }
+  if (name == kSignInNeeded) return ListField(name, sign_in_needed_());
   if (name == kSessionLifetime) return NumberField(name, LifetimeOf(*accounts_));
   return NumberField(name, static_cast<int>(CountOpenSessions(*accounts_, *seen_ids_)));
 }
@@ -133,6 +138,8 @@ void Properties::AnnounceLifetime(sd_bus* connection) {
   const int lifetime = LifetimeOf(*accounts_);
   if (std::exchange(lifetime_, lifetime) != lifetime) Announce(connection, kSessionLifetime);
 }
+
+void Properties::AnnounceSignInNeeded(sd_bus* connection) { Announce(connection, kSignInNeeded); }
 
 void Properties::AnnounceNetworkStatus(sd_bus* connection) {
   const int status = accounts_->GetNetworkSettingStatus();

@@ -4,6 +4,7 @@
 
 #include <systemd/sd-bus.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -25,8 +26,9 @@ class Properties {
  public:
   static const std::vector<Property>& All();
 
-  // Borrows both.
-  Properties(AccountManager* accounts, SeenIds* seen_ids);
+  // Borrows accounts and IDs. `sign_in_needed` gives the UUIDs of the users that must sign in.
+  Properties(AccountManager* accounts, SeenIds* seen_ids,
+             std::function<std::vector<std::string>()> sign_in_needed);
   Properties(const Properties&) = delete;
   Properties& operator=(const Properties&) = delete;
 
@@ -41,6 +43,8 @@ class Properties {
   // these changes, and each look is a line in the component's log.
   void AnnounceLifetime(sd_bus* connection);
   void AnnounceNetworkStatus(sd_bus* connection);
+  // Signals the value, which the caller knows to have changed.
+  void AnnounceSignInNeeded(sd_bus* connection);
   // The network setting was fetched; that does not change any more.
   bool network_is_set() const { return network_status_ == 1; }
 
@@ -49,6 +53,7 @@ class Properties {
 
   AccountManager* const accounts_;
   SeenIds* const seen_ids_;
+  const std::function<std::vector<std::string>()> sign_in_needed_;
   const Method get_;
   const Method get_all_;
   int network_status_ = 0;

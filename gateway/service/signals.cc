@@ -33,4 +33,10 @@ int EmitSignal(sd_bus* connection, const SeenEvent& event) {
   return result < 0 ? result : sd_bus_send(connection, made, nullptr);
 }
 
+int EmitSignInNeeded(sd_bus* connection, const std::string& user_uuid, const std::string& user_id) {
+  return sd_bus_emit_signal(
+      connection, bus::kObject, (std::string(bus::kInterfacePrefix) + kSignInNeededGroup).c_str(),
+      kSignInNeededSignal, "ss", bus::ToUtf8(user_uuid).c_str(), bus::ToUtf8(user_id).c_str());
+}
+
 }  // namespace gateway

@@ -7,6 +7,7 @@
 #include "gateway/operations/events.h"
 #include "gateway/service/methods.h"
 #include "gateway/service/properties.h"
+#include "gateway/service/signals.h"
 
 namespace gateway {
 namespace {
@@ -76,6 +77,11 @@ std::vector<sd_bus_vtable> Tables::Make(const std::string& group, const Handlers
     }
     table.push_back(
         SD_BUS_SIGNAL_WITH_NAMES(kind.signal, Keep(std::string(count, 's')), Keep(names), 0));
+  }
+  if (group == kSignInNeededGroup) {
+    const std::string names =
+        std::string(parameter::kUserUuid.name) + '\0' + parameter::kUserId.name + '\0';
+    table.push_back(SD_BUS_SIGNAL_WITH_NAMES(kSignInNeededSignal, "ss", Keep(names), 0));
   }
   for (const Property& property : Properties::All()) {
     if (property.group != group) continue;

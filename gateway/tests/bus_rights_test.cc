@@ -43,7 +43,7 @@ TEST_F(BusServiceTest, NothingIsWithoutARight) {
     }
   }
   EXPECT_EQ(methods, Methods().size());
-  EXPECT_EQ(properties, 4u);
+  EXPECT_EQ(properties, 5u);
 }
 
 TEST_F(BusServiceTest, OneUsersStalledCallsLeaveThreadsToOthers) {
