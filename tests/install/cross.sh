@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# cross.sh ARCHITECTURE PACKAGE...: cross-builds component, platform and their tests for Debian's arm64
-# or armhf and runs the tests under qemu. It builds in a Debian root of its own, so that this machine
-# gets no foreign packages; the root is kept. PACKAGE: the libraries' development packages.
+# cross.sh ARCHITECTURE PACKAGE...: cross-builds component, platform and their tests for an architecture
+# of Debian's (arm64) and runs the tests under qemu. It builds in a Debian root of its own, so that this
+# machine gets no foreign packages; the root is kept. PACKAGE: the libraries' development packages.
 set -euo pipefail
 if [ "${1:-}" != --inside ]; then
   exec unshare --mount --pid --fork --kill-child "$0" --inside "$@"
