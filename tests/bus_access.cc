@@ -1,20 +1,19 @@
-#include "tests/bus_access.h"
-
 #include <stdexcept>
 
 #include "client/include/qorn_client.h"
 #include "evt/event_manager.h"
 #include "gateway/service/bus_service.h"
 #include "gateway/tests/private_bus.h"
+#include "tests/scenario_runner.h"
 
 namespace scenarios {
 namespace {
 
 constexpr int kPlenty = 1'000'000;
 
-class PrivateBusAccess : public BusAccess {
+class BusAccess {
  public:
-  explicit PrivateBusAccess(AccountManager* accounts) {
+  explicit BusAccess(AccountManager* accounts) {
     std::string error;
     service_ = gateway::BusService::Start(
         {.address = bus_.address(), .limits = {kPlenty, kPlenty, kPlenty, kPlenty, kPlenty}},
@@ -28,7 +27,7 @@ class PrivateBusAccess : public BusAccess {
     if (service_ == nullptr || client_ == nullptr) throw std::runtime_error(error);
   }
 
-  AccountManager* accounts() override { return client_->accounts(); }
+  AccountManager* accounts() const { return client_->accounts(); }
 
  private:
   gateway::PrivateBus bus_;
@@ -40,8 +39,9 @@ class PrivateBusAccess : public BusAccess {
 
 }  // namespace
 
-std::shared_ptr<BusAccess> MakeBusAccess(AccountManager* accounts) {
-  return std::make_shared<PrivateBusAccess>(accounts);
+std::shared_ptr<AccountManager> MakeBusAccess(AccountManager* accounts) {
+  const auto access = std::make_shared<BusAccess>(accounts);
+  return {access, access->accounts()};
 }
 
 }  // namespace scenarios

@@ -18,7 +18,6 @@
 #include "devcloud/http/recorded_request.h"
 #include "gateway/console/commands.h"
 #include "gateway/console/variables.h"
-#include "tests/bus_access.h"
 
 namespace scenarios {
 
@@ -52,7 +51,7 @@ void TakeNext(std::deque<std::string>* found, const std::string& expected);
 class ScenarioRunner : public account::AccountTest {
  public:
   // How a started service is called; directly if there is none.
-  using Connect = std::shared_ptr<BusAccess> (*)(AccountManager*);
+  using Connect = std::shared_ptr<AccountManager> (*)(AccountManager*);
 
   explicit ScenarioRunner(Scenario scenario, Connect connect = nullptr);
   ~ScenarioRunner() override;
@@ -89,7 +88,7 @@ class ScenarioRunner : public account::AccountTest {
   void RunOperation(const std::string& text);
   // Takes what a step wrote and published.
   void Collect();
-  AccountManager& accounts() { return access_ == nullptr ? service_ : *access_->accounts(); }
+  AccountManager& accounts() { return access_ == nullptr ? service_ : *access_; }
   // Ends a step: nothing may be left that no line has told.
   void Settle();
   void MoveClock(const std::string& seconds);
@@ -107,7 +106,7 @@ class ScenarioRunner : public account::AccountTest {
   account::AccountManagerImpl service_;
   // With it, the log is not looked at: a caller on the bus does not see it, and adds lines to it.
   const Connect connect_;
-  std::shared_ptr<BusAccess> access_;
+  std::shared_ptr<AccountManager> access_;
   bool running_ = false;
   bool flag_ = false;  // What the flag of a sign-in holds before the call.
   std::unique_ptr<sqlite3, int (*)(sqlite3*)> lock_{nullptr, sqlite3_close};
@@ -121,6 +120,10 @@ class ScenarioRunner : public account::AccountTest {
   std::set<std::string> written_;  // Outputs of a failure that no line has told.
   std::vector<devcloud::RecordedRequest> requests_;
 };
+
+// The accounts over a bus of their own: while what is returned lives, a service offers them on the
+// bus and a client calls it. Only where the bus is built.
+std::shared_ptr<AccountManager> MakeBusAccess(AccountManager* accounts);
 
 }  // namespace scenarios
 

@@ -38,7 +38,6 @@ class BusAttack(bus_test_case.BusTestCase):
         # Sanitizers keep for a while what was freed.
         if not re.search(b"__[at]san_init", (programs.BUILD / "bin/qorn-gateway").read_bytes()):
             self.assertLess(resident_kibibytes(gateway), before + 2048)
-        self.assertTrue(self.answers())
         self.assert_stops(gateway)
 
     def test_strangers_are_borne_while_polkit_is_silent(self):
@@ -46,7 +45,6 @@ class BusAttack(bus_test_case.BusTestCase):
             polkit.stdout.readline()
             gateway = self.start_gateway()
             self.attack(**STRANGER)
-            self.assertTrue(self.answers())
             self.assert_stops(gateway)
 
     def test_the_bus_dies_again_and_again(self):

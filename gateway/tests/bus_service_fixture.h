@@ -26,6 +26,7 @@
 namespace gateway {
 
 using Texts = std::vector<std::string>;
+inline constexpr char kSessions[] = "org.qorn.Accounts1.Sessions";
 inline constexpr int kPlenty = 1'000'000;
 inline constexpr uid_t kStranger = 65534;  // Debian's nobody, and the number of its group.
 
@@ -77,35 +78,25 @@ class BusServiceTest : public testing::Test {
     raw_ = bus::Connect(bus_.address(), &error);
   }
 
-  // The error's name and text; "" for none.
-  std::string CallRaw(const char* group, const char* method, const char* types, const char* text,
-                      const char* second = nullptr) {
+  // Calls over raw_, with a number for each "i". The error's name and text; "" for none.
+  std::string Call(const std::string& interface, const char* member, const std::string& types,
+                   const Texts& texts) {
+    sd_bus_message* made = nullptr;
+    sd_bus_message_new_method_call(raw_.get(), &made, bus::kService, bus::kObject,
+                                   interface.c_str(), member);
+    const bus::MessagePtr call(made);
+    const int number = 30;
+    for (size_t i = 0; i < types.size(); ++i) {
+      const void* const value =
+          types[i] == 'i' ? static_cast<const void*>(&number) : texts[i].c_str();
+      sd_bus_message_append_basic(made, types[i], value);
+    }
     sd_bus_error error{};
-    sd_bus_call_method(raw_.get(), bus::kService, bus::kObject,
-                       (std::string(bus::kInterfacePrefix) + group).c_str(), method, &error,
-                       nullptr, types, text, second);
+    sd_bus_call(raw_.get(), made, 0, &error, nullptr);
     const std::string found =
         error.name == nullptr ? "" : std::string(error.name) + ": " + error.message;
     sd_bus_error_free(&error);
     return found;
-  }
-
-  // The error's name; "" for none. Goes out over raw_, with a number for the word "i".
-  std::string Call(const std::string& interface, const std::string& member, const Texts& words) {
-    sd_bus_message* made = nullptr;
-    sd_bus_message_new_method_call(raw_.get(), &made, bus::kService, bus::kObject,
-                                   interface.c_str(), member.c_str());
-    const bus::MessagePtr call(made);
-    const int number = 30;
-    for (const std::string& word : words) {
-      word == "i" ? sd_bus_message_append_basic(made, 'i', &number)
-                  : sd_bus_message_append_basic(made, 's', word.c_str());
-    }
-    sd_bus_error error{};
-    sd_bus_call(raw_.get(), made, 0, &error, nullptr);
-    const std::string name = error.name == nullptr ? "" : error.name;
-    sd_bus_error_free(&error);
-    return name;
   }
 
   // A connection of another user.
@@ -118,7 +109,9 @@ class BusServiceTest : public testing::Test {
                         syscall(SYS_setgroups, 1, groups);
                         syscall(SYS_setresgid, -1, kStranger, -1);
                         syscall(SYS_setresuid, -1, kStranger, -1);
-                        return bus::Connect(bus_.address(), &error);
+                        bus::ConnectionPtr connection = bus::Connect(bus_.address(), &error);
+                        if (connection == nullptr) throw std::runtime_error(error);
+                        return connection;
                       })
         .get();
   }

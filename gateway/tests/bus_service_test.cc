@@ -48,7 +48,7 @@ TEST_F(BusServiceTest, FailuresAreErrorsWithoutOutputs) {
     EXPECT_EQ(unreachable, code == kAccountZepServerFailure);
     EXPECT_EQ(qorn::Client::LastError(), "");
   }
-  EXPECT_EQ(CallRaw("Sessions", "SignOut", "s", "x"),
+  EXPECT_EQ(Call(kSessions, "SignOut", "s", {"x"}),
             "org.qorn.Accounts1.Error.Failure: Failure for certain reason");
 }
 
@@ -67,9 +67,9 @@ TEST_F(BusServiceTest, RefusesWhatGoesIntoNoOperation) {
     EXPECT_EQ(client_->accounts()->GetUserUUIDFromUserID(text, &uuid), kAccountFailure);
     EXPECT_THAT(qorn::Client::LastError(), HasSubstr(error));
   }
-  EXPECT_THAT(CallRaw("Sessions", "SignOut", "o", "/x"), HasSubstr("InvalidArgs"));
-  EXPECT_THAT(CallRaw("Sessions", "SignOut", "", ""), HasSubstr("InvalidArgs"));
-  EXPECT_THAT(CallRaw("Users", "SignOut", "s", "x"), HasSubstr("UnknownMethod"));
+  EXPECT_THAT(Call(kSessions, "SignOut", "o", {"/x"}), HasSubstr("InvalidArgs"));
+  EXPECT_THAT(Call(kSessions, "SignOut", "", {}), HasSubstr("InvalidArgs"));
+  EXPECT_THAT(Call("org.qorn.Accounts1.Users", "SignOut", "s", {"x"}), HasSubstr("UnknownMethod"));
   EXPECT_EQ(accounts_.calls.size(), 1u);
   EXPECT_EQ(Refusals(), std::vector(3, Refusal::kBadArguments));  // The others get no further.
 }
@@ -151,7 +151,7 @@ TEST_F(BusServiceTest, AStalledCloudHoldsUpNobodyAndAStopWaitsForIt) {
   EXPECT_EQ(client_->accounts()->GetUserUUIDFromUserID("ann", &uuid), 1);
   auto stop = std::async(std::launch::async, [this] { service_->Stop(); });
   std::string refusal;
-  while ((refusal = CallRaw("Sessions", "SignOut", "s", "x")).empty()) continue;
+  while ((refusal = Call(kSessions, "SignOut", "s", {"x"})).empty()) continue;
   EXPECT_THAT(refusal, HasSubstr(bus::kStopping));
   EXPECT_EQ(Refusals(), std::vector(1, Refusal::kStopping));
   stalled.count_down();

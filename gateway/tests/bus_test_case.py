@@ -32,5 +32,6 @@ class BusTestCase(programs.TestCase):
         return programs.run("qornctl", "--bus", self.bus.address, *words, **options)
 
     def assert_stops(self, gateway):
+        self.assertTrue(self.answers())
         gateway.terminate()
         self.assertEqual(gateway.wait(programs.PATIENCE), 0)

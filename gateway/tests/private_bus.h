@@ -2,12 +2,9 @@
 #ifndef QORN_GATEWAY_TESTS_PRIVATE_BUS_H_
 #define QORN_GATEWAY_TESTS_PRIVATE_BUS_H_
 
-#include <fcntl.h>
 #include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -44,37 +41,30 @@ class PrivateBus {
 
   // Returns once the bus takes connections.
   void Start() {
-    int ready[2];
-    if (pipe(ready) != 0) throw std::runtime_error("no pipe");
-    const std::string config = "--config-file=" + (folder_ / "bus.conf").string();
-    const std::string print = "--print-address=" + std::to_string(ready[1]);
-    const char* arguments[] = {"dbus-daemon", config.c_str(), "--nofork",
-                               "--nopidfile", print.c_str(),  nullptr};
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-    if (posix_spawnp(&process_, "dbus-daemon", &actions, nullptr,
-                     const_cast<char* const*>(arguments), environ) != 0) {
+    const std::string config = (folder_ / "bus.conf").string();
+    daemon_ = popen(("exec dbus-daemon --nofork --nopidfile --print-address=1 --print-pid=1 "
+                     "--config-file=" +
+                     config + " 2>/dev/null")
+                        .c_str(),
+                    "re");
+    char address[256];
+    if (daemon_ == nullptr || fgets(address, sizeof(address), daemon_) == nullptr ||
+        fscanf(daemon_, "%d", &process_) != 1) {
       throw std::runtime_error("dbus-daemon does not start");
     }
-    posix_spawn_file_actions_destroy(&actions);
-    close(ready[1]);
-    char line[256];
-    const bool good = read(ready[0], line, sizeof(line)) > 0;
-    close(ready[0]);
-    if (!good) throw std::runtime_error("dbus-daemon has ended");
   }
 
   void Stop() {
     if (process_ <= 0) return;
     kill(process_, SIGTERM);
-    waitpid(process_, nullptr, 0);
+    pclose(daemon_);
     process_ = 0;
     std::filesystem::remove(folder_ / "bus");
   }
 
  private:
   std::filesystem::path folder_;
+  FILE* daemon_ = nullptr;
   pid_t process_ = 0;
 };
 

@@ -150,7 +150,7 @@ void CloudFaults::Sweep(const std::string& url, int step) {
       log_.Take();
     }
   }
-  EXPECT_TRUE(account::WaitForDescriptors(descriptors));
+  EXPECT_TRUE(account::WaitForEntries("/proc/self/fd", descriptors));
   RecordProperty("faults", met_);
 }
 

@@ -67,8 +67,8 @@ bool WaitUntil(const std::function<bool()>& holds) {
   return holds();
 }
 
-bool WaitForDescriptors(long count) {
-  return WaitUntil([count] { return CountEntries("/proc/self/fd") <= count; });
+bool WaitForEntries(const char* folder, long count) {
+  return WaitUntil([=] { return CountEntries(folder) <= count; });
 }
 
 std::string LibraryPath() {

@@ -61,9 +61,9 @@ class EventCapture {
 long CountEntries(const std::string& folder);
 // Waits until the condition holds; false if it does not come to hold within 20 seconds.
 bool WaitUntil(const std::function<bool()>& holds);
-// Waits until at most `count` descriptors are open: the cloud may still be closing its side of a
-// connection.
-bool WaitForDescriptors(long count);
+// Waits until the folder has at most `count` entries: the cloud may still be closing its side of a
+// connection, the kernel may still list a thread that was joined.
+bool WaitForEntries(const char* folder, long count);
 
 // The built component, which a program that loads it must depend on.
 std::string LibraryPath();
