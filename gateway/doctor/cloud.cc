@@ -56,7 +56,10 @@ std::optional<long> ClockOffset(CURL* curl) {
   if (curl_easy_header(curl, "Date", 0, CURLH_HEADER, -1, &date) != CURLHE_OK) return std::nullopt;
   const time_t cloud = curl_getdate(date->value, nullptr);
   if (cloud == -1) return std::nullopt;
-  return static_cast<long>(cloud - std::time(nullptr));
+  // Not std::time, which lags behind by up to a tick of the kernel and so would show a second.
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  return static_cast<long>(cloud - now.tv_sec);
 }
 
 Exchange Ask(const std::string& url, bool verify) {
