@@ -22,10 +22,10 @@ Finding ExamineFile(const std::string& file, const std::string& error) {
     finding.MarkBad(error + "; nothing else can be examined");
   } else if (stat(file.c_str(), &status) == 0) {
     if ((status.st_mode & S_IROTH) != 0) {
-      finding.MarkWarning("everybody on this machine can read the client secret: chmod it to 0640");
+      finding.MarkWarning("everybody on this machine can read the client secret: chmod it to 0600");
     }
     if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
-      finding.MarkWarning("others than its owner can change it: chmod it to 0640");
+      finding.MarkWarning("others than its owner can change it: chmod it to 0600");
     }
   }
   return finding;

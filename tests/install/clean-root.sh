@@ -16,6 +16,7 @@ fi
 . tests/install/bus.sh
 build=$2 root=$3
 umask 022
+credentials=/run/credentials/qorn-gateway.service
 patience=90  # seconds; only ends what hangs
 trap 'exit 1' INT TERM
 
@@ -51,10 +52,20 @@ fill_in_config() {
   sed -i -E "s#(<account_zep_auth_url>)[^<]*#\1$http#; s#(<account_user_portal_url>)[^<]*#\1$https#
     s#replace-with-#test-#" "$root/etc/qorn/config.xml"
 }
-gateway() { as qorn qorn-gateway --log /var/log/qorn/gateway.log --audit /var/log/qorn/audit.log; }
+# Hands the gateway what LoadCredential= of its unit names, as the service manager does.
+load_credentials() {
+  local name file
+  inside install -d -m 500 -o qorn "$credentials"
+  while IFS=: read -r name file; do
+    inside install -m 400 -o qorn "$file" "$credentials/$name"
+  done < <(sed -n 's/^LoadCredential=//p' "$root/lib/systemd/system/qorn-gateway.service")
+}
+gateway() { # OPTION...
+  as qorn qorn-gateway --config "$credentials/config.xml" --log /var/log/qorn/gateway.log "$@"
+}
 
 # Exits with 1 if there are warnings, and that certificates are not checked is one.
-doctor() { as qorn qorn-gateway doctor || [ $? -eq 1 ]; }
+doctor() { inside qorn-gateway doctor || [ $? -eq 1 ]; }
 
 # Makes the same packages with a higher version and another configuration.
 make_next_version() {
@@ -68,9 +79,10 @@ make_next_version() {
   done
   rm -r "$folder"
 }
-# The command of the service's unit.
+# The command of the service's unit, as the service manager expands it.
 service_command() {
-  sed -nE '/^ExecStart=/,/[^\\]$/ { s/^ExecStart=//; s/\\$//; p }' \
+  sed -nE '/^ExecStart=/,/[^\\]$/ { s/^ExecStart=//; s/\\$//
+    s#[$][{]CREDENTIALS_DIRECTORY[}]#'"$credentials"'#; p }' \
     "$root/lib/systemd/system/qorn-gateway.service" | tr '\n' ' '
 }
 # The bus starts the unit by a name that the unit has once it is enabled.
@@ -132,9 +144,8 @@ check 'apt installs the packages' apt_get install "${packages[@]}"
 check 'the linker knows the platform' inside sh -c 'ldconfig -p | grep -q libqorn_platform.so.1'
 check '/var/lib/qorn is the gateway'"'"'s alone' equal '700 qorn:qorn' mode /var/lib/qorn
 check '/var/log/qorn is the gateway'"'"'s alone' equal '700 qorn:qorn' mode /var/log/qorn
-check 'config.xml is the gateway'"'"'s alone' equal '600 qorn:root' mode /etc/qorn/config.xml
-check 'a member of the group qorn does not read it' \
-  inside setpriv --reuid nobody --regid qorn --clear-groups sh -c '! test -r /etc/qorn/config.xml'
+check 'config.xml is root'"'"'s alone' equal '600 root:root' mode /etc/qorn/config.xml
+check 'the gateway itself does not read it' as qorn sh -c '! test -r /etc/qorn/config.xml'
 check 'the user qorn cannot log in' equal /usr/sbin/nologin inside sh -c 'getent passwd qorn | cut -d: -f7'
 # --threshold takes tenths.
 check 'the service is exposed by 1.5 at most' inside systemd-analyze security --offline=true \
@@ -153,12 +164,13 @@ check 'zsh finds its completions' inside grep -q '^#compdef qornctl' \
 start_cloud
 check 'the cloud starts as qorn' [ -n "${https:-}" ]
 fill_in_config
+load_credentials
 check 'the gateway creates a user and signs in, with the installed configuration' \
-  gateway <tests/install/commands.qorn
+  gateway --audit /var/log/qorn/audit.log <tests/install/commands.qorn
 check 'the database is the gateway'"'"'s alone' equal '600 qorn:qorn' mode /var/lib/qorn/account.db
 check 'the log is the gateway'"'"'s alone' equal '600 qorn:qorn' mode /var/log/qorn/gateway.log
 check 'the doctor finds nothing bad' doctor
-check 'it counts its calls' as qorn qorn-gateway --metrics --log /var/log/qorn/gateway.log <<<metrics
+check 'it counts its calls' gateway --metrics <<<metrics
 check 'without a bus the service ends with one line and status 2' ends_without_a_bus
 start_bus
 start_service
@@ -176,13 +188,13 @@ check 'apt upgrades the packages' apt_get --option Dpkg::Options::=--force-confo
   install "${packages[@]/packages\//packages/next-}"
 check 'the version is the new one' inside sh -c "dpkg-query -W -f '\${Version}' qorn-gateway | grep -q next"
 check 'the edited configuration is kept' equal "$edited" sha256sum <"$root/etc/qorn/config.xml"
-check 'and its mode' equal '600 qorn:root' mode /etc/qorn/config.xml
+check 'and its mode' equal '600 root:root' mode /etc/qorn/config.xml
 check 'the accounts are kept' gateway <<<'expect success get-user-uuid-from-user-id alice@example.com'
 
 check 'apt removes the packages' apt_get remove "${names[@]}"
 check 'the programs are gone' not inside sh -c 'ls /usr/bin/qorn-* /usr/lib/*/qorn /usr/lib/*/libqorn*'
 check 'the accounts outlive removal' equal '600 qorn:qorn' mode /var/lib/qorn/account.db
-check 'so does the configuration' equal '600 qorn:root' mode /etc/qorn/config.xml
+check 'so does the configuration' equal '600 root:root' mode /etc/qorn/config.xml
 check 'apt purges the packages' apt_get purge qorn-gateway
 check 'nothing is left, nothing else has gone' diff <(echo "$before") <(files)
 check 'the user qorn is kept, so that its number goes to nobody else' inside getent passwd qorn
