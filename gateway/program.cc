@@ -100,6 +100,8 @@ class Program {
   void SayStopping();
   // Opens log and audit, or opens them anew. False after a line that says what cannot be opened.
   bool OpenFiles();
+  // False when the program is told to stop meanwhile.
+  bool WaitForStart(std::chrono::seconds delay) const;
   // Does nothing without an address. False after a line that says what is wrong.
   bool StartService(const Host& host);
   // Does nothing without hours. Its first refresh waits for the keeper's Start.
@@ -172,7 +174,10 @@ int Program::Run() {
     if (audit_.TakeFailure()) printer_.Error(kAuditFailure);
   });
   std::string error;
-  std::unique_ptr<Host> host = Host::Start(options_.config_file, Components(options_), &error);
+  std::unique_ptr<Host> host =
+      Host::Start(options_.config_file, Components(options_), &error,
+                  [this](std::chrono::seconds delay) { return WaitForStart(delay); });
+  if (host == nullptr && error.empty()) return kExitGood;
   if (host == nullptr) {
     printer_.Error(error);
     return kExitCannotStart;
@@ -197,6 +202,17 @@ int Program::Run() {
     return kExitCommandFailed;
   }
   return good ? kExitGood : kExitCommandFailed;
+}
+
+bool Program::WaitForStart(std::chrono::seconds delay) const {
+  const std::string waits = "waiting " + std::to_string(delay.count()) + " s before the start";
+  logging::LogMessage(__FILE__, __LINE__, logging::LOG_INFO).stream() << waits;
+  // The manager's usual limit for a start counts from the end of the wait.
+  const std::chrono::microseconds limit = delay + std::chrono::seconds(90);
+  Notify("STATUS=" + waits + "\nEXTEND_TIMEOUT_USEC=" + std::to_string(limit.count()));
+  if (signals_.WaitForStop(delay)) return false;
+  Notify("STATUS=");
+  return true;
 }
 
 bool Program::StartService(const Host& host) {

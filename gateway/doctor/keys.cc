@@ -4,6 +4,7 @@
 
 #include "gateway/doctor/url.h"
 #include "gateway/host/durable_storage.h"
+#include "gateway/host/start_spread.h"
 #include "gateway/output/nearest_word.h"
 #include "gateway/output/text.h"
 #include "gateway/service/bus_keys.h"
@@ -157,6 +158,12 @@ void JudgeDurableStorage(const std::string& value, Finding* finding) {
               "a power cut can undo the change before it", finding);
 }
 
+void JudgeStartSpread(const std::string& value, Finding* finding) {
+  std::chrono::seconds spread{0};
+  if (ParseStartSpread(value, &spread)) return;
+  finding->MarkBad("is no number of seconds from 0 to 86400: the gateway does not start");
+}
+
 KeyRule HostKey(const char* name, const char* meaning, decltype(KeyRule::judge) judge) {
   return {.name = name,
           .meaning = meaning,
@@ -172,6 +179,8 @@ KeyRule HostKey(const char* name, const char* meaning, decltype(KeyRule::judge) 
 std::vector<KeyRule> MakeHostRules() {
   std::vector<KeyRule> rules = {
       HostKey(kDurableStorageKey, "", JudgeDurableStorage),
+      HostKey(kStartSpreadKey, "the longest wait in seconds before components are loaded",
+              JudgeStartSpread),
       HostKey(kBusGroupKey, "the group whose members may look and sign in on the bus",
               JudgeNothing)};
   for (const BusLimitKey& key : kBusLimitKeys) {

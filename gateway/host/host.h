@@ -3,6 +3,8 @@
 #ifndef QORN_GATEWAY_HOST_HOST_H_
 #define QORN_GATEWAY_HOST_HOST_H_
 
+#include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -15,12 +17,16 @@ namespace gateway {
 // At most one exists in a process. Create and destroy it on the same thread; use it from any.
 class Host {
  public:
+  // Waits this long before components are loaded; false when the program is to stop instead.
+  using StartWait = std::function<bool(std::chrono::seconds)>;
+
   // Reads the configuration, locks the storage folder, makes storage durable if the configuration
   // says so, loads each component and asks for the account interface. Null with one line in `error`
-  // when one of these fails.
+  // when one of these fails. If the configuration spreads starts, `wait` is called with the lock
+  // held, and its false gives null with an empty `error`; without `wait` nothing waits.
   static std::unique_ptr<Host> Start(const std::string& config_file,
-                                     const std::vector<std::string>& components,
-                                     std::string* error);
+                                     const std::vector<std::string>& components, std::string* error,
+                                     const StartWait& wait = {});
   // Finalises the components, and so waits for any cloud request that the component's worker makes.
   ~Host();
   Host(const Host&) = delete;
@@ -45,6 +51,9 @@ class Host {
 
  private:
   Host() = default;
+
+  // False with a line in `error` when the key's value is wrong.
+  bool ReadStartDelay(std::chrono::seconds* delay, std::string* error) const;
 
   StorageLock lock_;
   std::vector<std::string> storage_faults_;

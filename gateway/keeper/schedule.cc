@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <utility>
 
+#include "gateway/host/stable_hash.h"
+
 namespace gateway {
 
 using namespace keeper;  // NOLINT: this file is about nothing else
@@ -20,15 +22,8 @@ constexpr double kJitter = 0.2;
 constexpr int64_t kRound = kHour;
 constexpr int kConclusiveRefusals = 3;
 
-// Stable from one version to the next, unlike std::hash: FNV-1a, then mixed, since names that
-// differ at their end alone would stay close to each other.
 int64_t SpreadOf(const std::string& device, const std::string& user) {
-  uint64_t hash = 0xcbf29ce484222325;
-  for (const char c : device + "/" + user) {
-    hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3;
-  }
-  hash = (hash ^ (hash >> 33)) * 0xff51afd7ed558ccd;
-  return static_cast<int64_t>((hash ^ (hash >> 33)) % static_cast<uint64_t>(kSpread));
+  return static_cast<int64_t>(StableHash(device + "/" + user) % static_cast<uint64_t>(kSpread));
 }
 
 }  // namespace

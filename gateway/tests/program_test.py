@@ -152,3 +152,16 @@ class Service(GatewayTestCase):
                 self.assertEqual(manager.recv(64), b"READY=1")
                 gateway.send_signal(signal.SIGTERM)
                 gateway.finish()
+
+    def test_waits_at_its_start_as_long_as_its_address_says_until_a_signal(self):
+        self.configure("<gateway_start_spread_seconds>86400</gateway_start_spread_seconds>"
+                       "<account_device_physical_address_text>AABBCC</account_device_physical_address_text>")
+        waits = "waiting 49471 s before the start"  # Stays the same in each version.
+        with socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as manager:
+            manager.settimeout(programs.PATIENCE)
+            manager.bind(str(self.folder / "notify"))
+            gateway = self.start("--daemon", NOTIFY_SOCKET=str(self.folder / "notify"))
+            self.assertEqual(manager.recv(128).decode(), f"STATUS={waits}\nEXTEND_TIMEOUT_USEC=49561000000")
+            self.assertIn(waits, (self.folder / "log").read_text())
+            gateway.send_signal(signal.SIGTERM)
+            self.assertEqual(gateway.finish(), "qorn-gateway: stopping\r\n")
