@@ -1,6 +1,9 @@
 #include "gateway/doctor/users.h"
 
 #include <algorithm>
+#include <ctime>
+
+#include "gateway/output/clock_text.h"
 
 namespace gateway {
 namespace {
@@ -51,6 +54,18 @@ Finding ExamineDefault(const ConfigValues& config, const Stored& stored) {
   return finding;
 }
 
+// A board without a clock of its own starts in the past, until the network tells it the time.
+Finding ExamineClock(const Stored& stored) {
+  Finding finding{"users.clock", std::nullopt, "this machine's clock is not behind the database"};
+  if (stored.latest_stamp <= std::time(nullptr)) return finding;
+  finding.value = UtcText(stored.latest_stamp);
+  finding.MarkWarning(
+      "is the latest date in the database, and this machine's clock is behind it: set the clock, "
+      "by "
+      "NTP if it can be reached");
+  return finding;
+}
+
 }  // namespace
 
 Findings ExamineUsers(const ConfigValues& config, const Stored& stored) {
@@ -61,6 +76,7 @@ Findings ExamineUsers(const ConfigValues& config, const Stored& stored) {
   Findings findings = {{"users.stored", std::to_string(stored.users.size()), "users are stored"}};
   findings.push_back(ExamineFriends(stored));
   findings.push_back(ExamineDefault(config, stored));
+  findings.push_back(ExamineClock(stored));
   for (const StoredUser& user : stored.users) findings.push_back(ExamineTokens(user));
   return findings;
 }

@@ -96,6 +96,17 @@ Finding ExamineForeign(DatabaseReader* reader) {
 
 bool IsGiven(sqlite3_stmt* row, int column) { return !ColumnText(row, column).empty(); }
 
+// A change of ID or name leaves dates that are no number of seconds; those are not read.
+int64_t ReadLatestStamp(DatabaseReader* reader) {
+  int64_t latest = 0;
+  reader->Read(
+      "SELECT max(CAST(stamp AS INTEGER)) FROM (SELECT registeredDate AS stamp FROM Users "
+      "UNION ALL SELECT lastSignInDate FROM Users UNION ALL SELECT lastInfoChangedDate FROM Users) "
+      "WHERE length(stamp) BETWEEN 1 AND 11 AND stamp NOT GLOB '*[^0-9]*'",
+      [&](sqlite3_stmt* row) { latest = sqlite3_column_int64(row, 0); });
+  return latest;
+}
+
 void ReadContent(DatabaseReader* reader, Stored* stored) {
   const int code = reader->Read(
       "SELECT userUuid, userId, userGuid, accessToken, refreshToken FROM Users ORDER BY rowid",
@@ -103,6 +114,7 @@ void ReadContent(DatabaseReader* reader, Stored* stored) {
         stored->users.push_back({ColumnText(row, 0), ColumnText(row, 1), IsGiven(row, 2),
                                  IsGiven(row, 3), IsGiven(row, 4)});
       });
+  stored->latest_stamp = ReadLatestStamp(reader);
   stored->friends = reader->Count("SELECT count(*) FROM Friends");
   stored->friends_without_user = reader->Count(
       "SELECT count(*) FROM Friends WHERE userUuid IS NULL OR userUuid NOT IN "

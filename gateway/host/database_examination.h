@@ -1,6 +1,7 @@
 #ifndef QORN_GATEWAY_HOST_DATABASE_EXAMINATION_H_
 #define QORN_GATEWAY_HOST_DATABASE_EXAMINATION_H_
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,7 @@ struct StoredUser {
 struct Stored {
   bool read = false;  // whether the other members are complete
   std::vector<StoredUser> users;
+  int64_t latest_stamp = 0;  // seconds since 1970; 0 if no user has one
   size_t friends = 0;
   size_t friends_without_user = 0;
 };

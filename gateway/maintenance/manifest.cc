@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "gateway/output/clock_text.h"
 #include "gateway/process/sha256.h"
 
 namespace gateway {
@@ -59,13 +60,6 @@ bool DecodeManifest(const std::string& text, Manifest* manifest, std::string* er
     return false;
   }
   return true;
-}
-
-std::string UtcText(std::time_t time) {
-  std::tm parts{};
-  gmtime_r(&time, &parts);
-  char text[64];
-  return std::string(text, strftime(text, sizeof(text), kTimeFormat, &parts));
 }
 
 std::string DescribeContent(const Manifest& manifest) {

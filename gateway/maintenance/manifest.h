@@ -24,9 +24,6 @@ std::string EncodeManifest(const Manifest& manifest, const std::string& database
 // look at the hashes: compare the text with what EncodeManifest makes.
 bool DecodeManifest(const std::string& text, Manifest* manifest, std::string* error);
 
-// As in the manifest: 2026-11-26T07:00:00Z.
-std::string UtcText(std::time_t time);
-
 // "2 users, 1 friend, without tokens".
 std::string DescribeContent(const Manifest& manifest);
 

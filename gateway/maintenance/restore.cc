@@ -5,6 +5,7 @@
 #include "gateway/maintenance/config.h"
 #include "gateway/maintenance/database_copy.h"
 #include "gateway/maintenance/files.h"
+#include "gateway/output/clock_text.h"
 #include "gateway/output/text.h"
 #include "gateway/process/exit_status.h"
 

@@ -21,6 +21,7 @@
 #include "gateway/maintenance/private_values.h"
 #include "gateway/maintenance/redaction.h"
 #include "gateway/maintenance/running_gateway.h"
+#include "gateway/output/clock_text.h"
 #include "gateway/output/text.h"
 #include "gateway/process/exit_status.h"
 #include "runtime/config_file.h"

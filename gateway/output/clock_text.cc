@@ -34,4 +34,10 @@ std::string UtcTime() {
   return Format("%Y-%m-%dT%H:%M:%S", parts) + fraction.data();
 }
 
+std::string UtcText(std::time_t time) {
+  std::tm parts{};
+  gmtime_r(&time, &parts);
+  return Format("%Y-%m-%dT%H:%M:%SZ", parts);
+}
+
 }  // namespace gateway
