@@ -15,6 +15,7 @@ namespace gateway {
 namespace {
 
 constexpr int kMostKeepHours = 365 * 24;
+constexpr uint64_t kMostLogLimit = uint64_t{1} << 40;
 
 void Declare(CLI::App* app, Options* options) {
   app->add_option("--config", options->config_file,
@@ -32,6 +33,13 @@ void Declare(CLI::App* app, Options* options) {
   app->add_option("--audit", options->audit_file,
                   "Append one JSON object for each event and each command to this file")
       ->type_name("FILE");
+  app->add_option(
+         "--log-limit", options->log_limit,
+         "Size at which log or audit becomes FILE.old and a new one begins, such as 500KiB "
+         "(default: 8MiB; 0: no limit)")
+      ->transform(CLI::Validator(CLI::AsSizeValue(false)).description(""))
+      ->check(CLI::Range(uint64_t{0}, kMostLogLimit).description(""))
+      ->type_name("SIZE");
   CLI::Option* script = app->add_option("--script", options->script_file,
                                         "Run the commands of this file (default: standard input)")
                             ->type_name("FILE");

@@ -2,6 +2,7 @@
 #ifndef QORN_GATEWAY_OPTIONS_H_
 #define QORN_GATEWAY_OPTIONS_H_
 
+#include <cstdint>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -15,8 +16,10 @@ namespace gateway {
 struct Options {
   std::string config_file;
   std::vector<std::string> components;
-  std::string log_file;       // "": the log goes to standard error
-  std::string audit_file;     // "": no audit
+  std::string log_file;    // "": the log goes to standard error
+  std::string audit_file;  // "": no audit
+  // Of log and audit each, in bytes; 0: none.
+  uint64_t log_limit = uint64_t{8} * 1024 * 1024;
   std::string script_file;    // "": lines come from standard input
   bool daemon = false;        // no lines are read
   std::string bus_address;    // "system", "session" or a D-Bus address; "": no service on a bus

@@ -19,6 +19,8 @@
 #include "gateway/console/session.h"
 #include "gateway/console/views.h"
 #include "gateway/doctor/doctor.h"
+#include "gateway/host/database_path.h"
+#include "gateway/host/free_space.h"
 #include "gateway/host/host.h"
 #include "gateway/keeper/host_keeper.h"
 #include "gateway/keeper/transfer_error.h"
@@ -26,6 +28,7 @@
 #include "gateway/operations/audit.h"
 #include "gateway/operations/event_listener.h"
 #include "gateway/operations/seen_ids.h"
+#include "gateway/output/file_limit.h"
 #include "gateway/output/log_view.h"
 #include "gateway/output/printer.h"
 #include "gateway/output/style.h"
@@ -90,9 +93,12 @@ class Program {
   explicit Program(const Options& options)
       : options_(options),
         printer_(std::cout, std::cerr, MakeStyle(options.json, options.show_secrets)),
+        audit_(options.log_limit),
+        log_limit_(options.log_limit),
         signals_([this] { SayStopping(); }, [this] { OpenFiles(); }),
         log_view_(&printer_, OnTerminal(options) && options.log_file.empty(),
-                  !options.log_file.empty(), &NoteTransferError) {}
+                  !options.log_file.empty(),
+                  [this](const std::string& line) { NoteLogLine(line); }) {}
 
   int Run();
 
@@ -100,6 +106,7 @@ class Program {
   void SayStopping();
   // Opens log and audit, or opens them anew. False after a line that says what cannot be opened.
   bool OpenFiles();
+  void NoteLogLine(const std::string& line);
   // False when the program is told to stop meanwhile.
   bool WaitForStart(std::chrono::seconds delay) const;
   // Does nothing without an address. False after a line that says what is wrong.
@@ -107,6 +114,9 @@ class Program {
   // Does nothing without hours. Its first refresh waits for the keeper's Start.
   void MakeTokenKeeper(const Host& host);
   void NoteSignInNeeded(const keeper::User& user, bool needed);
+  void NoteFreeSpace(const std::string& folder, uint64_t bytes, bool low);
+  // Tells the service manager what somebody should look at.
+  void NotifyStatus() const;
   std::vector<std::string> SignInNeeded() const;
   bool RunConsole(const Host& host, base::ScopedFd input);
   void Watch(std::optional<std::chrono::seconds> time);
@@ -118,9 +128,11 @@ class Program {
   Activity activity_;
   SeenIds seen_ids_;
   Audit audit_;
+  FileLimit log_limit_;
   StopSignals signals_;
   LogView log_view_;
-  Metrics* metrics_ = nullptr;      // while the host lives; null when nothing is counted
+  Metrics* metrics_ = nullptr;  // while the host lives; null when nothing is counted
+  std::atomic<bool> low_space_{false};
   std::unique_ptr<Keeper> keeper_;  // null when no tokens are kept fresh
   std::unique_ptr<BusService> service_;
   // For the platform's bus, which may deliver events while these are being made.
@@ -140,6 +152,7 @@ bool Program::OpenFiles() {
     printer_.Error(options_.log_file + ": cannot be opened for the log");
     good = false;
   }
+  if (good) log_limit_.NoteOpened(options_.log_file);
   if (!options_.audit_file.empty() && !audit_.Open(options_.audit_file)) {
     printer_.Error(options_.audit_file +
                    ": cannot be opened for the audit: " + std::strerror(errno));
@@ -151,6 +164,11 @@ bool Program::OpenFiles() {
     good = false;
   }
   return good;
+}
+
+void Program::NoteLogLine(const std::string& line) {
+  NoteTransferError(line);
+  if (log_limit_.MakeRoom(line.size())) logging::SetLogFile(options_.log_file);
 }
 
 int Program::Run() {
@@ -184,6 +202,9 @@ int Program::Run() {
   }
   metrics_ = static_cast<Metrics*>(host->FindInterface(kMetricsInterface));
   for (const std::string& fault : host->storage_faults()) printer_.Error(fault);
+  const std::string folder = FolderOf(host->DatabasePath());
+  const FreeSpaceWatch space_watch(
+      folder, [this, folder](uint64_t bytes, bool low) { NoteFreeSpace(folder, bytes, low); });
   MakeTokenKeeper(*host);
   if (!StartService(*host)) return kExitCannotStart;
   Notify("READY=1");
@@ -260,7 +281,24 @@ void Program::NoteSignInNeeded(const keeper::User& user, bool needed) {
   if (BusService* const service = listening_service_) {
     service->NoteSignInNeeded(user.uuid, user.id, needed);
   }
-  Notify("STATUS=Users that must sign in: " + std::to_string(SignInNeeded().size()));
+  NotifyStatus();
+}
+
+void Program::NoteFreeSpace(const std::string& folder, uint64_t bytes, bool low) {
+  low_space_ = low;
+  const std::string left = folder + " has " + InMebibytes(bytes) + " left";
+  logging::LogMessage(__FILE__, __LINE__, low ? logging::LOG_ERROR : logging::LOG_INFO).stream()
+      << left << (low ? ": make room, or changes will be lost" : "");
+  NotifyStatus();
+}
+
+void Program::NotifyStatus() const {
+  std::string status;
+  if (const Keeper* const keeper = listening_keeper_) {
+    status = "Users that must sign in: " + std::to_string(keeper->SignInNeeded().size());
+  }
+  if (low_space_) status += std::string(status.empty() ? "" : "; ") + "little free space";
+  Notify("STATUS=" + status);
 }
 
 std::vector<std::string> Program::SignInNeeded() const {
@@ -295,6 +333,11 @@ ConsoleServices Program::MakeServices(const Host& host) {
   UseAccounts(host.accounts(), &services);
   services.facts = MakeFacts(options_, host);
   services.sign_in_needed = [this] { return SignInNeeded(); };
+  services.free_space = [folder = FolderOf(host.DatabasePath())]() {
+    const std::optional<uint64_t> bytes = FreeBytes(folder);
+    return bytes ? std::optional(ConsoleServices::FreeSpace{*bytes, *bytes < kLowSpace})
+                 : std::nullopt;
+  };
   services.flush_events = [] { evt::EventManager::GetInstance()->Flush(); };
   services.pause = [this](std::chrono::milliseconds time) { return signals_.WaitForStop(time); };
   services.request_code = [this, &host](const std::string& user, std::string* code,
@@ -316,7 +359,8 @@ ConsoleServices Program::MakeServices(const Host& host) {
 }
 
 std::string Program::MetricsText(const Host& host) const {
-  Metrics::HostState state{.open_sessions = CountOpenSessions(*metrics_->accounts(), seen_ids_)};
+  Metrics::HostState state{.open_sessions = CountOpenSessions(*metrics_->accounts(), seen_ids_),
+                           .free_bytes = FreeBytes(FolderOf(host.DatabasePath()))};
   if (keeper_ != nullptr) state.sign_in_needed = SignInNeeded().size();
   struct stat database {};
   if (stat(host.DatabasePath().c_str(), &database) == 0) {

@@ -3,6 +3,7 @@
 #define QORN_GATEWAY_CONSOLE_SERVICES_H_
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -42,6 +43,13 @@ struct ConsoleServices {
   // Read all rows of a table, as in lists.h.
   std::function<AccountResult(FieldRows* users)> list_users;
   std::function<AccountResult(const std::string& user_uuid, FieldRows* friends)> list_friends;
+
+  // What can still be written where the database lies; none when it is not known.
+  struct FreeSpace {
+    uint64_t bytes;
+    bool is_low;
+  };
+  std::function<std::optional<FreeSpace>()> free_space = {};
 
   // The UUIDs of the users whose tokens cannot be kept fresh until they sign in.
   std::function<std::vector<std::string>()> sign_in_needed = [] {

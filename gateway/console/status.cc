@@ -2,6 +2,8 @@
 
 #include <sys/stat.h>
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -16,10 +18,11 @@ namespace {
 
 constexpr size_t kLabelWidth = 16;
 
-// -1 when there is no such file.
-long long FileSize(const std::string& path) {
+// None when there is no such file.
+std::optional<uint64_t> FileSize(const std::string& path) {
   struct stat state {};
-  return stat(path.c_str(), &state) == 0 ? static_cast<long long>(state.st_size) : -1;
+  if (stat(path.c_str(), &state) != 0) return std::nullopt;
+  return static_cast<uint64_t>(state.st_size);
 }
 
 // The gateway at one moment.
@@ -28,7 +31,8 @@ struct Snapshot {
   int lifetime = 0;
   int network_status = 0;
   std::string peer_id;
-  long long database_bytes = -1;
+  std::optional<uint64_t> database_bytes;
+  std::optional<ConsoleServices::FreeSpace> free_space;
   int session_count = 0;
   std::vector<std::string> sign_in_needed;  // IDs of users
   std::vector<SeenIds::Session> sessions;   // those whose sign-in this program saw
@@ -54,6 +58,7 @@ Snapshot TakeSnapshot(const ConsoleServices& services, SeenIds* seen_ids) {
                                        &snapshot.peer_id);
   }
   snapshot.database_bytes = FileSize(services.facts.database);
+  if (services.free_space) snapshot.free_space = services.free_space();
   for (SeenIds::Session& session : seen_ids->sessions()) {
     // Asked again, since the user's ID may have changed since the sign-in.
     if (accounts.GetSessionInfo(session.session_id, &session.user_id) == kAccountSuccess) {
@@ -117,32 +122,43 @@ Record RemoteStatusRecord(const GatewayFacts& facts, const Snapshot& snapshot) {
 Record StatusRecord(const GatewayFacts& facts, const Snapshot& snapshot) {
   if (!facts.remote.empty()) return RemoteStatusRecord(facts, snapshot);
   // Without a value a number is null in JSON.
-  const Field unknown_size{.name = "database_bytes", .shape = Field::Shape::kNumber};
-  return {.type = "status",
-          .attributes = {
-              ListField("components", facts.components),
-              TextField("config", facts.config_file),
-              TextField("database", facts.database),
-              snapshot.database_bytes < 0 ? unknown_size
-                                          : NumberField("database_bytes", snapshot.database_bytes),
-              // A number, or the reason why there is none.
-              {.name = "users", .values = {snapshot.users}, .shape = Field::Shape::kNumber},
-              NumberField("open_sessions", snapshot.session_count),
-              NumberField("session_lifetime_minutes", snapshot.lifetime),
-              TextField("network_setting", facts.network_setting),
-              NumberField("network_setting_status", snapshot.network_status),
-              TextField("peer_id", snapshot.peer_id),
-              TextField("account_server", facts.account_server),
-              TextField("user_portal", facts.user_portal),
-              TextField("log", facts.log_file),
-              TextField("audit", facts.audit_file),
-              ListField("sign_in_needed", snapshot.sign_in_needed)}};
+  std::optional<uint64_t> free_bytes;
+  if (snapshot.free_space) free_bytes = snapshot.free_space->bytes;
+  const auto bytes = [](const char* name, std::optional<uint64_t> value) {
+    return value ? NumberField(name, static_cast<int64_t>(*value))
+                 : Field{.name = name, .shape = Field::Shape::kNumber};
+  };
+  return {
+      .type = "status",
+      .attributes = {ListField("components", facts.components),
+                     TextField("config", facts.config_file),
+                     TextField("database", facts.database),
+                     bytes("database_bytes", snapshot.database_bytes),
+                     bytes("free_bytes", free_bytes),
+                     // A number, or the reason why there is none.
+                     {.name = "users", .values = {snapshot.users}, .shape = Field::Shape::kNumber},
+                     NumberField("open_sessions", snapshot.session_count),
+                     NumberField("session_lifetime_minutes", snapshot.lifetime),
+                     TextField("network_setting", facts.network_setting),
+                     NumberField("network_setting_status", snapshot.network_status),
+                     TextField("peer_id", snapshot.peer_id),
+                     TextField("account_server", facts.account_server),
+                     TextField("user_portal", facts.user_portal),
+                     TextField("log", facts.log_file),
+                     TextField("audit", facts.audit_file),
+                     ListField("sign_in_needed", snapshot.sign_in_needed)}};
 }
 
 std::string DescribeDatabase(const GatewayFacts& facts, const Snapshot& snapshot) {
   if (facts.database.empty()) return "none: the configuration names no file";
-  if (snapshot.database_bytes < 0) return facts.database + ", which is not there";
-  return facts.database + ", " + std::to_string((snapshot.database_bytes + 1023) / 1024) + " KiB";
+  if (!snapshot.database_bytes) return facts.database + ", which is not there";
+  return facts.database + ", " + std::to_string((*snapshot.database_bytes + 1023) / 1024) + " KiB";
+}
+
+std::string DescribeSpace(const Snapshot& snapshot) {
+  if (!snapshot.free_space) return "not known";
+  const std::string size = std::to_string(snapshot.free_space->bytes >> 20) + " MiB";
+  return snapshot.free_space->is_low ? size + ": make room, or changes will be lost" : size;
 }
 
 std::string DescribeNetwork(const GatewayFacts& facts, const Snapshot& snapshot) {
@@ -187,6 +203,7 @@ std::string Summary(const GatewayFacts& facts, const Snapshot& snapshot, bool co
       {"Component", JoinWords(facts.components)},
       {"Configuration", OrNone(facts.config_file)},
       {"Database", DescribeDatabase(facts, snapshot)},
+      {"Free space", DescribeSpace(snapshot)},
       {"Users", DescribeUsers(snapshot)},
       {"Network setting", DescribeNetwork(facts, snapshot)},
       {"Account server", OrNone(facts.account_server)},

@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <pwd.h>
 #include <sys/stat.h>
-#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -12,6 +11,7 @@
 #include <cstring>
 
 #include "gateway/host/database_path.h"
+#include "gateway/host/free_space.h"
 
 namespace gateway {
 namespace {
@@ -70,16 +70,15 @@ bool ExamineFolder(const std::string& folder, uid_t* owner, Finding* finding) {
 
 Finding ExamineSpace(const std::string& folder) {
   Finding finding{"database.free_space", std::nullopt, "enough for many users"};
-  struct statvfs space {};
-  if (statvfs(folder.c_str(), &space) != 0) {
+  const std::optional<uint64_t> free_space = FreeBytes(folder);
+  if (!free_space) {
     finding.MarkWarning(std::string("cannot be told: ") + std::strerror(errno));
     return finding;
   }
-  const uint64_t free_space = uint64_t{space.f_bavail} * space.f_frsize;
-  finding.value = std::to_string(free_space / kMebibyte) + " MiB";
-  if (free_space < kMebibyte) {
+  finding.value = InMebibytes(*free_space);
+  if (*free_space < kMebibyte) {
     finding.MarkBad("writes will fail, and the gateway does not report that: make room");
-  } else if (free_space < 16 * kMebibyte) {
+  } else if (*free_space < kLowSpace) {
     finding.MarkWarning("make room soon: a write that fails is not reported");
   }
   return finding;

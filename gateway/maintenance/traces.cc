@@ -15,9 +15,9 @@
 namespace gateway {
 namespace {
 
-// The file, and those to whose names a rotation added a number, a date or ".gz".
+// The file, and those to whose names a rotation added ".old", a number, a date or ".gz".
 std::vector<std::string> WithRotated(const std::string& path) {
-  static const std::regex kAdded("([.-][0-9-]+)?(\\.(gz|bz2|xz|zst))?");
+  static const std::regex kAdded("(\\.old|[.-][0-9-]+)?(\\.(gz|bz2|xz|zst))?");
   std::vector<std::string> found;
   if (path.empty()) return found;
   std::error_code none;

@@ -158,6 +158,10 @@ void MetricsComponent::CollectGauges(const HostState& state,
     add("qorn_database_size_bytes", "Size of the database's file. Absent while there is none.",
         static_cast<double>(*state.database_bytes));
   }
+  if (state.free_bytes) {
+    add("qorn_storage_free_bytes", "Free space of the file system that the database lies on.",
+        static_cast<double>(*state.free_bytes));
+  }
   if (state.sign_in_needed) {
     add("qorn_sign_in_needed_users",
         "Users that must sign in with a code. Absent when no tokens are kept fresh.",

@@ -25,6 +25,7 @@ class Metrics {
   struct HostState {
     size_t open_sessions = 0;
     std::optional<uint64_t> database_bytes = {};  // none while there is no such file
+    std::optional<uint64_t> free_bytes = {};      // where the database lies; none when not known
     std::optional<size_t> sign_in_needed = {};    // users; none when no tokens are kept fresh
   };
 

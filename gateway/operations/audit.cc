@@ -28,12 +28,23 @@ bool WriteAll(int fd, const std::string& line) {
 }  // namespace
 
 bool Audit::Open(const std::string& path) {
+  base::AutoLock hold(lock_);
+  const std::string before = std::exchange(path_, path);
+  const bool good = OpenFile();
+  if (good) {
+    limit_.NoteOpened(path_);
+  } else {
+    path_ = before;
+  }
+  return good;
+}
+
+bool Audit::OpenFile() {
   // O_NONBLOCK: a named pipe without a reader would block the start here, and a full one would
   // block the bus, whose thread writes events.
   base::ScopedFd file(
-      open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, kOwnerOnly));
+      open(path_.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, kOwnerOnly));
   if (file.get() < 0) return false;
-  base::AutoLock hold(lock_);
   file_.emplace(std::move(file));
   return true;
 }
@@ -83,6 +94,7 @@ void Audit::Append(const std::string& type, std::vector<Field> fields) {
   const std::string line = JsonLine({.type = type, .attributes = std::move(fields)}, false);
   base::AutoLock hold(lock_);
   if (!file_) return;
+  if (limit_.MakeRoom(line.size())) OpenFile();
   const bool good = WriteAll(file_->get(), line);
   // A full disk is reported once, not for every line that it refuses.
   if (!good && !reported_) failed_ = true;

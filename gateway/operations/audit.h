@@ -2,6 +2,7 @@
 #ifndef QORN_GATEWAY_OPERATIONS_AUDIT_H_
 #define QORN_GATEWAY_OPERATIONS_AUDIT_H_
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -10,6 +11,7 @@
 #include "base/scoped_fd.h"
 #include "base/thread_annotations.h"
 #include "gateway/operations/events.h"
+#include "gateway/output/file_limit.h"
 #include "gateway/output/records.h"
 
 namespace gateway {
@@ -22,8 +24,8 @@ constexpr char kAuditFailure[] =
 // that changes something; never a secret. Thread-safe.
 class Audit {
  public:
-  // Keeps nothing until Open was called.
-  Audit() = default;
+  // Keeps nothing until Open was called. `limit`: as in FileLimit, in bytes.
+  explicit Audit(uint64_t limit = 0) : limit_(limit) {}
   Audit(const Audit&) = delete;
   Audit& operator=(const Audit&) = delete;
 
@@ -75,8 +77,11 @@ class Audit {
                   const std::string& user_id, std::optional<int> result,
                   const std::string& message);
   void Append(const std::string& type, std::vector<Field> fields);
+  bool OpenFile() EXCLUSIVE_LOCKS_REQUIRED(lock_);
 
   base::Lock lock_;
+  FileLimit limit_;
+  std::string path_ GUARDED_BY(lock_);
   std::optional<base::ScopedFd> file_ GUARDED_BY(lock_);
   bool failed_ GUARDED_BY(lock_) = false;
   bool reported_ GUARDED_BY(lock_) = false;

@@ -51,6 +51,7 @@ class Scene {
     services.watch = [this](std::optional<std::chrono::seconds> time) {
       out_ << "(watched " << (time ? std::to_string(time->count()) + " s" : "on") << ")\n";
     };
+    services.free_space = [] { return ConsoleServices::FreeSpace{12 << 20, true}; };
     services.flush_events = [this] { ShowCalls(); };
     services.request_code = [](const std::string& user, std::string* code, std::string* error) {
       (user == "nobody" ? *error : *code) = "answer-to-" + user;

@@ -133,6 +133,27 @@ class Prompt(GatewayTestCase):
         self.assertTrue((self.folder / "log").exists())
 
 
+class Files(GatewayTestCase):
+    def test_keeps_log_and_audit_within_their_limit_with_one_older_file_each(self):
+        (self.folder / "elsewhere").mkdir()
+        (self.folder / "audit").symlink_to("elsewhere/audit")
+        for _ in range(12):
+            programs.run(*self.command, "--audit", self.folder / "audit", "--log-limit", "4KiB", text=10 * "say one\n")
+        for name in ("log", "elsewhere/audit"):
+            for file in (self.folder / name, self.folder / (name + ".old")):
+                self.assertLess(1000, file.stat().st_size)
+                self.assertLessEqual(file.stat().st_size, 4096)
+                self.assertRegex(file.read_text(), r"\A[{\[](?s:.*)\n\Z")  # Whole lines.
+
+    def test_says_once_that_little_space_is_left(self):
+        # No file system has less of it.
+        self.configure("<qorn_storage_path>/proc/</qorn_storage_path><account_db_path>a.db</account_db_path>")
+        status = programs.run(*self.command, text="status\n").output
+        self.assertIn("Free space      0 MiB: make room, or changes will be lost\n", status)
+        log = (self.folder / "log").read_text()
+        self.assertEqual(log.count("/proc has 0 MiB left: make room, or changes will be lost"), 1)
+
+
 class Service(GatewayTestCase):
     def test_leaves_a_storage_folder_to_the_gateway_that_works_in_it(self):
         self.configure(f"<qorn_storage_path>{self.folder}/</qorn_storage_path><account_db_path>a.db</account_db_path>")
