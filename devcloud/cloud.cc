@@ -5,12 +5,15 @@
 #include <optional>
 #include <utility>
 
+#include "base/lock.h"
+#include "base/thread_annotations.h"
 #include "devcloud/control/control.h"
 #include "devcloud/control/live_stream.h"
 #include "devcloud/control/request_log.h"
 #include "devcloud/faults/fault_json.h"
 #include "devcloud/faults/fault_list.h"
 #include "devcloud/faults/faulty_reply.h"
+#include "devcloud/faults/scenario.h"
 #include "devcloud/http/certificate.h"
 #include "devcloud/http/http_server.h"
 #include "devcloud/http/origin.h"
@@ -20,6 +23,7 @@
 #include "devcloud/services/clock.h"
 #include "devcloud/services/devices.h"
 #include "devcloud/services/portal.h"
+#include "devcloud/services/request_user.h"
 #include "devcloud/services/secrets.h"
 #include "devcloud/services/state_file.h"
 
@@ -42,27 +46,32 @@ class Cloud::Impl : public RequestHandler {
  public:
   explicit Impl(const Options& options)
       : address(options.address),
-        accounts(clock, options.access_token_lifetime),
+        accounts(clock, options.settings.tokens),
         portal(accounts, devices, options.nts),
-        state_file(options.state_file, accounts, devices) {
+        state_file(options.state_file, accounts, devices),
+        options_(options),
+        settings_(options.settings) {
     AddRoutes();
     AddControlRoutes(control_, &router_);
   }
 
-  bool Listen(const Options& options, std::string* error) {
+  bool Listen(std::string* error) {
     const std::string& named =
-        options.certificate_address.empty() ? address : options.certificate_address;
+        options_.certificate_address.empty() ? address : options_.certificate_address;
     Certificate certificate;
+    const std::string& scenario = options_.scenario_file;
+    if (!scenario.empty() && !ReadScenario(scenario, &scenario_, error)) return false;
     if (!state_file.Load(error) || !MakeSelfSigned(named, &certificate, error)) return false;
-    for (const std::string& gateway : options.gateways) devices.Add(gateway);
+    AddFromOptions();
     server_ = HttpServer::Listen(address,
-                                 {{.number = options.http_port, .tls = false, .may_refuse = true},
-                                  {.number = options.https_port, .tls = true, .may_refuse = true},
-                                  {.number = options.api_port, .tls = false, .may_refuse = false}},
+                                 {{.number = options_.http_port, .tls = false, .may_refuse = true},
+                                  {.number = options_.https_port, .tls = true, .may_refuse = true},
+                                  {.number = options_.api_port, .tls = false, .may_refuse = false}},
                                  certificate, *this, error);
     if (server_ == nullptr) return false;
     urls = {.http = Url("http", kHttp), .https = Url("https", kHttps), .api = Url("http", kApi)};
     server_->Run();
+    if (scenario_.is_refusing) RefuseConnections(true);
     return true;
   }
 
@@ -87,7 +96,9 @@ class Cloud::Impl : public RequestHandler {
   void Record(RecordedRequest* request) override {
     request->time = clock.Now();
     // An open page asks all the time; its requests would bury those of the gateways.
-    if (!IsControlRequest(*request)) log.Add(request);
+    if (IsControlRequest(*request) && !IsFaultyRoot(*request)) return;
+    request->user = UserOf(accounts, *request);
+    log.Add(request);
   }
 
   Reply Respond(const RecordedRequest& request, bool keep_alive) override {
@@ -95,12 +106,12 @@ class Cloud::Impl : public RequestHandler {
       return {Serialize(Misdirected(), keep_alive), Reply::Delivery::kWhole};
     }
     const auto normal = [this, &request] { return HandleAndSave(request); };
-    if (IsControlRequest(request)) {
+    if (request.number == 0) {
       if (request.method == "GET" && PathOf(request) == "/api/events") return live_stream_.Open();
       return {Serialize(normal(), keep_alive), Reply::Delivery::kWhole};
     }
     // Faults apply from here on only: the API must always be able to switch them off.
-    const std::optional<Fault> fault = faults.Take(PathOf(request));
+    const std::optional<Fault> fault = faults.Take(PathOf(request), request.user);
     if (!fault) return {Serialize(normal(), keep_alive), Reply::Delivery::kWhole};
     Reply reply = MakeFaultyReply(*fault, request, keep_alive, normal);
     reply.fault = NameOf(fault->kind);
@@ -111,7 +122,7 @@ class Cloud::Impl : public RequestHandler {
   void RecordReply(const RecordedRequest& request, const Reply& reply) override {
     std::optional<std::string> answer;  // none yet while the request stalls
     if (reply.delivery != Reply::Delivery::kStall) answer = reply.bytes;
-    if (request.number != 0) log.SetReply(request.number, reply.fault, std::move(answer));
+    if (request.number != 0) log.SetReply(request, reply.fault, std::move(answer));
     if (request.number != 0 || request.method != "GET") NotifyPages();
   }
 
@@ -136,7 +147,43 @@ class Cloud::Impl : public RequestHandler {
   // The page and the API on any port, and everything on the API port. Gateways may use any host
   // name on their ports, as they would for a real portal behind a proxy.
   bool IsForPeople(const RecordedRequest& request) const {
-    return IsControlRequest(request) || request.port == server_->port(kApi);
+    return request.number == 0 || request.port == server_->port(kApi);
+  }
+
+  // Whether a fault stands before the page on a port for gateways, which may ask for "/" to see
+  // whether anybody answers. Such a request is recorded, and so it is a gateway's.
+  bool IsFaultyRoot(const RecordedRequest& request) const {
+    return PathOf(request) == "/" && request.port != server_->port(kApi) && faults.Names("/");
+  }
+
+  // The devices and faults that are there from the start.
+  void AddFromOptions() {
+    for (const std::string& gateway : options_.gateways) devices.Add(gateway);
+    for (const Fault& fault : scenario_.faults) faults.Add(fault);
+  }
+
+  void Reset() {
+    // Before the rest: requests that go on would change what begins now.
+    server_->EndStalled();
+    ChangeSettings(options_.settings);
+    accounts.Restore({});
+    devices.Restore({});
+    clock.Reset();
+    faults.StartOver();
+    log.StartOver();
+    AddFromOptions();
+    RefuseConnections(scenario_.is_refusing);
+  }
+
+  Settings settings() const {
+    base::AutoLock lock(settings_lock_);
+    return settings_;
+  }
+
+  void ChangeSettings(const Settings& settings) {
+    base::AutoLock lock(settings_lock_);
+    settings_ = settings;
+    accounts.SetPolicy(settings.tokens);
   }
 
   bool EndFault(std::uint64_t number) {
@@ -175,6 +222,10 @@ class Cloud::Impl : public RequestHandler {
     return answer;
   }
 
+  const Options options_;
+  Scenario scenario_;
+  mutable base::Lock settings_lock_;
+  Settings settings_ GUARDED_BY(settings_lock_);
   Router router_;
   std::atomic<bool> is_refusing_ = false;
   const ControlContext control_{
@@ -187,14 +238,17 @@ class Cloud::Impl : public RequestHandler {
       .is_refusing = is_refusing_,
       .end_fault = [this](std::uint64_t number) { return EndFault(number); },
       .clear_faults = [this] { ClearFaults(); },
-      .refuse_connections = [this](bool refuse) { RefuseConnections(refuse); }};
+      .refuse_connections = [this](bool refuse) { RefuseConnections(refuse); },
+      .settings = [this] { return settings(); },
+      .change_settings = [this](const Settings& settings) { ChangeSettings(settings); },
+      .reset = [this] { Reset(); }};
   LiveStream live_stream_{control_};
   std::unique_ptr<HttpServer> server_;  // last, as its thread uses all the others
 };
 
 std::unique_ptr<Cloud> Cloud::Start(const Options& options, std::string* error) {
   auto impl = std::make_unique<Impl>(options);
-  if (!impl->Listen(options, error)) return nullptr;
+  if (!impl->Listen(error)) return nullptr;
   return std::unique_ptr<Cloud>(new Cloud(std::move(impl)));
 }
 

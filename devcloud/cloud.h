@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "devcloud/control/settings.h"
 #include "devcloud/faults/fault.h"
 #include "devcloud/http/recorded_request.h"
 #include "devcloud/services/nts_servers.h"
@@ -30,7 +31,9 @@ struct Options {
   // Physical addresses of the gateways known from the start.
   std::vector<std::string> gateways;
   NtsServers nts;
-  std::chrono::seconds access_token_lifetime = std::chrono::hours(1);
+  Settings settings;
+  // File with the faults that hold from the start (see ReadScenario); "" for none.
+  std::string scenario_file;
   // File for accounts, tokens and registrations, created at the first change; if empty, they are
   // lost when the cloud ends. If a write fails, IssueCode and AddGateway throw std::runtime_error
   // and requests get status 500.
@@ -45,7 +48,7 @@ struct Options {
 class Cloud {
  public:
   // Returns a cloud that is already listening, or null with one line in `error` if a port is taken,
-  // the address does not belong to this machine or the state file cannot be read.
+  // the address does not belong to this machine or a file cannot be read.
   static std::unique_ptr<Cloud> Start(const Options& options, std::string* error);
 
   // Closes every connection and joins the network thread.

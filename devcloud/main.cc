@@ -21,6 +21,18 @@ sigset_t BlockStopSignals() {
   return signals;
 }
 
+void AddSettings(CLI::App* app, devcloud::Settings* settings) {
+  for (const devcloud::Setting& setting : devcloud::AllSettings()) {
+    const auto write = [&setting, settings](const std::string& value) {
+      if (!setting.write(value, settings)) {
+        throw CLI::ValidationError(devcloud::OptionOf(setting), "not a value of it: " + value);
+      }
+    };
+    app->add_option_function<std::string>(devcloud::OptionOf(setting), write, setting.help)
+        ->option_text(setting.option_text);
+  }
+}
+
 void AddOptions(CLI::App* app, devcloud::Options* options, bool* urls_only) {
   app->add_option("--port", options->http_port, "HTTP port; 0: a free one")
       ->option_text("PORT [0]");
@@ -40,6 +52,10 @@ void AddOptions(CLI::App* app, devcloud::Options* options, bool* urls_only) {
   app->add_option("--state", options->state_file,
                   "file for accounts, tokens and registrations; created if it is missing")
       ->option_text("FILE");
+  app->add_option("--scenario", options->scenario_file,
+                  "faults that hold from the start: a JSON array of what POST /api/faults takes")
+      ->option_text("FILE");
+  AddSettings(app, &options->settings);
   app->add_flag("--print-urls", *urls_only,
                 "print three lines and nothing else: \"http URL\", \"https URL\", \"api URL\"");
   app->set_version_flag("--version", "qorn-devcloud " QORN_VERSION);

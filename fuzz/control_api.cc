@@ -35,7 +35,8 @@ void CheckReplies(const std::vector<Fault>& faults, const RecordedRequest& reque
 void Run(const std::string& input) {
   const Urls urls{.http = "h", .https = "s", .api = "a"};
   Clock clock;
-  Accounts accounts(clock, std::chrono::hours(1));
+  Settings settings;
+  Accounts accounts(clock, settings.tokens);
   Devices devices;
   RequestLog log;
   FaultList faults;
@@ -49,7 +50,10 @@ void Run(const std::string& input) {
                                .is_refusing = is_refusing,
                                .end_fault = [&](std::uint64_t n) { return faults.Remove(n); },
                                .clear_faults = [&] { faults.Clear(); },
-                               .refuse_connections = [&](bool refuse) { is_refusing = refuse; }};
+                               .refuse_connections = [&](bool refuse) { is_refusing = refuse; },
+                               .settings = [&] { return settings; },
+                               .change_settings = [&](const Settings& now) { settings = now; },
+                               .reset = [&] { log.StartOver(); }};
   Router router;
   AddControlRoutes(context, &router);
   RecordedRequest request = ReadRequest(input);

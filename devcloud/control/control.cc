@@ -66,15 +66,14 @@ Answer ShowExchange(const ControlContext& context, const RecordedRequest& reques
 }
 
 Answer AddFault(const ControlContext& context, const RecordedRequest& request) {
-  // Refusing connections is no fault of a request: it works on the ports, whatever the list holds.
   const Json document = ParseJson(request.body);
-  if (document == Json{{"kind", "refuse"}}) {
+  if (IsRefusal(document)) {
     context.refuse_connections(true);
     return Success();
   }
   Fault fault;
   std::string error;
-  if (!ParseFault(request.body, &fault, &error)) return JsonError(400, error);
+  if (!ParseFault(document, &fault, &error)) return JsonError(400, error);
   return JsonAnswer(200, {{"result", "success"}, {"number", context.faults.Add(fault)}});
 }
 
@@ -99,6 +98,23 @@ Answer AdvanceClock(const ControlContext& context, const RecordedRequest& reques
     return JsonError(400, "{\"advance_seconds\": N} is needed");
   }
   context.clock.Advance(std::chrono::seconds(step.get<int>()));
+  return Success();
+}
+
+Answer ShowSettings(const ControlContext& context, const RecordedRequest&) {
+  return {.content_type = "application/json", .body = SettingsJson(context.settings()) + "\n"};
+}
+
+Answer ChangeSettings(const ControlContext& context, const RecordedRequest& request) {
+  Settings settings = context.settings();
+  std::string error;
+  if (!ParseSettings(request.body, &settings, &error)) return JsonError(400, error);
+  context.change_settings(settings);
+  return ShowSettings(context, request);
+}
+
+Answer Reset(const ControlContext& context, const RecordedRequest&) {
+  context.reset();
   return Success();
 }
 
@@ -144,6 +160,9 @@ void AddControlRoutes(const ControlContext& context, Router* router) {
   add("POST", "/api/faults", AddFault);
   add("DELETE", "/api/faults", DeleteFaults);
   add("POST", "/api/clock", AdvanceClock);
+  add("GET", "/api/settings", ShowSettings);
+  add("POST", "/api/settings", ChangeSettings);
+  add("POST", "/api/reset", Reset);
 }
 
 }  // namespace devcloud

@@ -18,8 +18,7 @@ bool IsControlRequest(const RecordedRequest& request);
 //   GET /api/state         users, devices, faults and URLs; codes and tokens are shortened
 //   POST /api/codes        {"user": ID} signs in: {"code": "..."}
 //   GET /api/requests      the recorded requests, their bytes as "raw_base64" and those of the
-//   answer
-//                          as "answer_base64", which is null until there is one
+//                          answer as "answer_base64", which is null until there is one
 //   DELETE /api/requests   deletes the recorded requests
 //   GET /api/exchange?number=N&part=request   the bytes of a request; part=answer: of its answer
 //   POST /api/faults       adds a fault (see fault_json.h) and answers its number;
@@ -27,6 +26,11 @@ bool IsControlRequest(const RecordedRequest& request);
 //   DELETE /api/faults     removes every fault and reopens the ports; ?number=N removes one, and
 //                          ?kind=refuse only reopens the ports
 //   POST /api/clock        {"advance_seconds": N} advances the clock of codes and tokens
+//   GET /api/settings      the settings (see settings.h)
+//   POST /api/settings     changes those that the body names; answers with all of them
+//   POST /api/reset        makes the cloud what it is after a start with the same options and
+//   without
+//                          a state file; stalled requests end without an answer
 // GET /api/events is LiveStream's.
 void AddControlRoutes(const ControlContext& context, Router* router);
 

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "devcloud/control/request_log.h"
+#include "devcloud/control/settings.h"
 #include "devcloud/faults/fault_list.h"
 #include "devcloud/services/accounts.h"
 #include "devcloud/services/clock.h"
@@ -33,6 +34,9 @@ struct ControlContext {
   std::function<bool(std::uint64_t)> end_fault;
   std::function<void()> clear_faults;
   std::function<void(bool)> refuse_connections;
+  std::function<Settings()> settings;
+  std::function<void(const Settings&)> change_settings;
+  std::function<void()> reset;
 };
 
 }  // namespace devcloud

@@ -24,6 +24,7 @@ RequestSummary Summarize(const RecordedRequest& request) {
                          .method = request.method,
                          .target = request.target.substr(0, kSummaryBytes),
                          .request_bytes = request.raw.size(),
+                         .user = request.user,
                          .fault = request.fault,
                          .is_answered = request.answer.has_value(),
                          .answer_bytes = 0,
@@ -41,6 +42,7 @@ RequestSummary Summarize(const RecordedRequest& request) {
 void RequestLog::Add(RecordedRequest* request) {
   base::AutoLock lock(lock_);
   request->number = ++last_number_;
+  request->run = run_;
   entries_.push_back({*request, ++revision_});
   bytes_ += SizeOf(*request);
   ++count_;
@@ -48,11 +50,11 @@ void RequestLog::Add(RecordedRequest* request) {
   added_.NotifyAll();
 }
 
-void RequestLog::SetReply(std::uint64_t number, const std::string& fault,
+void RequestLog::SetReply(const RecordedRequest& request, const std::string& fault,
                           std::optional<std::string> answer) {
   base::AutoLock lock(lock_);
-  if (FindEntry(number) == nullptr) return;
-  Entry& entry = entries_[static_cast<size_t>(number - entries_.front().request.number)];
+  if (request.run != run_ || FindEntry(request.number) == nullptr) return;
+  Entry& entry = entries_[static_cast<size_t>(request.number - entries_.front().request.number)];
   bytes_ -= SizeOf(entry.request);
   entry.request.fault = fault;
   entry.request.answer = std::move(answer);
@@ -64,10 +66,15 @@ void RequestLog::SetReply(std::uint64_t number, const std::string& fault,
 void RequestLog::Clear() {
   base::AutoLock lock(lock_);
   // Numbers go on, so that a page tells the requests that follow from those it still shows.
-  entries_.clear();
-  bytes_ = 0;
-  count_ = 0;
-  ++revision_;
+  Empty();
+}
+
+void RequestLog::StartOver() {
+  base::AutoLock lock(lock_);
+  Empty();
+  last_number_ = 0;
+  ++run_;
+  first_revision_ = revision_;
 }
 
 std::vector<RecordedRequest> RequestLog::requests() const {
@@ -92,8 +99,10 @@ std::uint64_t RequestLog::revision() const {
 
 RequestChanges RequestLog::ChangesSince(std::uint64_t revision) const {
   base::AutoLock lock(lock_);
-  RequestChanges changes{
-      .revision = revision_, .oldest = last_number_ + 1 - entries_.size(), .summaries = {}};
+  RequestChanges changes{.revision = revision_,
+                         .oldest = last_number_ + 1 - entries_.size(),
+                         .from_start = revision < first_revision_,
+                         .summaries = {}};
   for (std::size_t i = entries_.size() - std::min(entries_.size(), kSummaries); i < entries_.size();
        ++i) {
     if (entries_[i].revision > revision) {
@@ -119,6 +128,13 @@ const RequestLog::Entry* RequestLog::FindEntry(std::uint64_t number) const {
   const std::uint64_t first = entries_.front().request.number;
   return number >= first && number <= last_number_ ? &entries_[static_cast<size_t>(number - first)]
                                                    : nullptr;
+}
+
+void RequestLog::Empty() {
+  entries_.clear();
+  bytes_ = 0;
+  count_ = 0;
+  ++revision_;
 }
 
 void RequestLog::DropOldest() {

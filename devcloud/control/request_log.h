@@ -24,6 +24,7 @@ struct RequestSummary {
   std::string method;
   std::string target;
   std::size_t request_bytes;
+  std::string user;
   std::string fault;
   bool is_answered;
   std::size_t answer_bytes;
@@ -33,6 +34,7 @@ struct RequestSummary {
 struct RequestChanges {
   std::uint64_t revision;
   std::uint64_t oldest;  // the number of the oldest request in the log
+  bool from_start;       // numbers have begun again: what was told before is void
   std::vector<RequestSummary> summaries;
 };
 
@@ -43,8 +45,12 @@ class RequestLog {
   // Sets the request's number.
   void Add(RecordedRequest* request);
   // Does nothing if the request has been dropped.
-  void SetReply(std::uint64_t number, const std::string& fault, std::optional<std::string> answer);
+  void SetReply(const RecordedRequest& request, const std::string& fault,
+                std::optional<std::string> answer);
+  // Numbers go on.
   void Clear();
+  // Also begins again with the number 1.
+  void StartOver();
   // Oldest first.
   std::vector<RecordedRequest> requests() const;
   std::optional<RecordedRequest> Find(std::uint64_t number) const;
@@ -65,6 +71,7 @@ class RequestLog {
   // Null if the request is not in the log.
   const Entry* FindEntry(std::uint64_t number) const EXCLUSIVE_LOCKS_REQUIRED(lock_);
   void DropOldest() EXCLUSIVE_LOCKS_REQUIRED(lock_);
+  void Empty() EXCLUSIVE_LOCKS_REQUIRED(lock_);
 
   mutable base::Lock lock_;
   mutable base::ConditionVariable added_;
@@ -73,6 +80,8 @@ class RequestLog {
   std::size_t count_ GUARDED_BY(lock_) = 0;
   std::uint64_t last_number_ GUARDED_BY(lock_) = 0;
   std::uint64_t revision_ GUARDED_BY(lock_) = 1;
+  std::uint64_t run_ GUARDED_BY(lock_) = 0;
+  std::uint64_t first_revision_ GUARDED_BY(lock_) = 1;  // of this run
 };
 
 }  // namespace devcloud

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -21,24 +22,25 @@ std::int64_t Milliseconds(TimePoint time) {
 
 using CredentialLists = std::map<std::string, Json>;  // by GUID
 
-void AddCredentials(const char* kind, const std::map<std::string, Credential>& credentials,
-                    TimePoint now, CredentialLists* lists) {
+Json OptionalMilliseconds(const std::optional<TimePoint>& time) {
+  return time ? Json(Milliseconds(*time)) : Json();
+}
+
+// `credentials` is a map of Credential or of RefreshToken.
+template <class Map>
+void AddCredentials(const char* kind, const Map& credentials, CredentialLists* lists) {
   for (const auto& [secret, credential] : credentials) {
-    if (credential.expires <= now) continue;  // not removed yet
     (*lists)[credential.guid].push_back({{"kind", kind},
                                          {"short", Shorten(secret)},
-                                         {"expires_ms", Milliseconds(credential.expires)}});
+                                         {"expires_ms", OptionalMilliseconds(credential.expires)}});
   }
 }
 
-Json UserList(const AccountRecords& accounts, TimePoint now) {
+Json UserList(const AccountRecords& accounts) {
   CredentialLists lists;
-  AddCredentials("code", accounts.codes, now, &lists);
-  AddCredentials("access token", accounts.access_tokens, now, &lists);
-  for (const auto& [secret, guid] : accounts.refresh_tokens) {
-    lists[guid].push_back(
-        {{"kind", "refresh token"}, {"short", Shorten(secret)}, {"expires_ms", nullptr}});
-  }
+  AddCredentials("code", accounts.codes, &lists);
+  AddCredentials("access token", accounts.access_tokens, &lists);
+  AddCredentials("refresh token", accounts.refresh_tokens, &lists);
   Json users = Json::array();
   for (const auto& [user_id, guid] : accounts.guids) {
     Json& credentials = lists[guid];
@@ -64,6 +66,7 @@ Json FaultsJson(const std::vector<Fault>& faults) {
     list.push_back({{"number", fault.number},
                     {"kind", NameOf(fault.kind)},
                     {"path", fault.path},
+                    {"user", fault.user},
                     {"times", fault.times},
                     {"status", fault.status},
                     {"bytes", fault.bytes},
@@ -77,7 +80,7 @@ Json SummaryJson(const RequestSummary& request) {
             {"tls", request.tls},       {"method", request.method},
             {"target", request.target}, {"request_bytes", request.request_bytes},
             {"fault", request.fault},   {"answer_bytes", nullptr},
-            {"answer_line", nullptr}};
+            {"user", request.user},     {"answer_line", nullptr}};
   if (request.is_answered) {
     json["answer_bytes"] = request.answer_bytes;
     json["answer_line"] = request.answer_line;
@@ -89,7 +92,7 @@ Json SummaryJson(const RequestSummary& request) {
 
 std::string StateJson(const ControlContext& context, int indent) {
   const Urls& urls = context.urls;
-  return WriteJson({{"users", UserList(context.accounts.records(), context.clock.Now())},
+  return WriteJson({{"users", UserList(context.accounts.ValidRecords())},
                     {"devices", DeviceList(context.devices.devices())},
                     {"faults", FaultsJson(context.faults.faults())},
                     {"is_refusing", context.is_refusing.load()},
@@ -101,7 +104,8 @@ std::string StateJson(const ControlContext& context, int indent) {
 std::string RequestChangesJson(const RequestChanges& changes) {
   Json requests = Json::array();
   for (const RequestSummary& request : changes.summaries) requests.push_back(SummaryJson(request));
-  return WriteJson({{"oldest", changes.oldest}, {"requests", requests}}, -1);
+  return WriteJson(
+      {{"from_start", changes.from_start}, {"oldest", changes.oldest}, {"requests", requests}}, -1);
 }
 
 std::string RequestsJson(const std::vector<RecordedRequest>& requests) {
@@ -111,7 +115,8 @@ std::string RequestsJson(const std::vector<RecordedRequest>& requests) {
               {"method", request.method}, {"target", request.target},
               {"tls", request.tls},       {"header_lines", request.header_lines},
               {"body", request.body},     {"raw_base64", Base64(request.raw)},
-              {"fault", request.fault},   {"answer_base64", nullptr}};
+              {"fault", request.fault},   {"answer_base64", nullptr},
+              {"user", request.user}};
     if (request.answer) json["answer_base64"] = Base64(*request.answer);
     list.push_back(std::move(json));
   }

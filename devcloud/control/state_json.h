@@ -12,7 +12,7 @@ namespace devcloud {
 // tokens are shortened. A negative indent gives a single line.
 std::string StateJson(const ControlContext& context, int indent);
 
-// A single line: {"oldest": N, "requests": [...]}.
+// A single line: {"from_start": B, "oldest": N, "requests": [...]}.
 std::string RequestChangesJson(const RequestChanges& changes);
 
 // An array of requests with all their bytes.

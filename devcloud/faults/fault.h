@@ -10,7 +10,7 @@
 
 namespace devcloud {
 
-// One way in which the cloud fails. The first fault in the list whose path matches a request
+// One way in which the cloud fails. The first fault in the list whose path and user match a request
 // applies to it; no fault applies to the page and the "/api/" paths. The request is recorded in any
 // case. It changes accounts and registrations only if the kind makes the normal answer.
 struct Fault {
@@ -27,7 +27,10 @@ struct Fault {
                      // stands for the request's own target, so that `times` is the number of hops
   };
 
-  std::string path = "*";  // an exact path without a query, or "*" for every path
+  // An exact path without a query, or "*" for every path. On the ports for gateways, the path "/"
+  // stands before the page.
+  std::string path = "*";
+  std::string user = "*";  // a user ID, or "*" for every request, whoever it is for
   int times = 1;           // requests that it applies to; -1: all, until it is removed
   Kind kind = Kind::kStatus;
   int status = 0;  // 200 to 599; 0 is 500 for kStatus and 302 for kRedirect

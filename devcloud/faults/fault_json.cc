@@ -3,8 +3,6 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
-#include "devcloud/http/json_text.h"
-
 namespace devcloud {
 namespace {
 
@@ -54,6 +52,7 @@ bool ReadMember(const std::string& name, const Json& value, Fault* fault) {
   constexpr int kMaxTimes = 1'000'000;
   constexpr int kMaxBytes = 64 << 20;
   if (name == "path") return ReadText(value, &fault->path);
+  if (name == "user") return ReadText(value, &fault->user);
   if (name == "times") return ReadNumber(value, -1, kMaxTimes, &fault->times) && fault->times != 0;
   if (name == "kind") return ReadKind(value, &fault->kind);
   if (name == "status") return ReadNumber(value, 200, 599, &fault->status);
@@ -69,15 +68,16 @@ bool ReadMember(const std::string& name, const Json& value, Fault* fault) {
 
 }  // namespace
 
-bool ParseFault(const std::string& json, Fault* fault, std::string* error) {
-  const Json document = ParseJson(json);
-  if (!document.is_object() || !document.contains("kind")) {
+bool IsRefusal(const Json& value) { return value == Json{{"kind", "refuse"}}; }
+
+bool ParseFault(const Json& value, Fault* fault, std::string* error) {
+  if (!value.is_object() || !value.contains("kind")) {
     *error = "a JSON object with a member \"kind\" is needed";
     return false;
   }
   // A misspelt member is an error: a test would otherwise wait for a fault that never comes.
-  for (const auto& [name, value] : document.items()) {
-    if (ReadMember(name, value, fault)) continue;
+  for (const auto& [name, member] : value.items()) {
+    if (ReadMember(name, member, fault)) continue;
     *error = "unknown member or bad value: " + name;
     return false;
   }

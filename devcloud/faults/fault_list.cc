@@ -1,8 +1,16 @@
 #include "devcloud/faults/fault_list.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace devcloud {
+namespace {
+
+bool Matches(const std::string& pattern, const std::string& text) {
+  return pattern == "*" || pattern == text;
+}
+
+}  // namespace
 
 std::uint64_t FaultList::Add(Fault fault) {
   base::AutoLock lock(lock_);
@@ -22,15 +30,27 @@ void FaultList::Clear() {
   faults_.clear();
 }
 
-std::optional<Fault> FaultList::Take(const std::string& path) {
+void FaultList::StartOver() {
+  base::AutoLock lock(lock_);
+  faults_.clear();
+  last_number_ = 0;
+}
+
+std::optional<Fault> FaultList::Take(const std::string& path, const std::string& user) {
   base::AutoLock lock(lock_);
   for (auto it = faults_.begin(); it != faults_.end(); ++it) {
-    if (it->path != "*" && it->path != path) continue;
+    if (!Matches(it->path, path) || !Matches(it->user, user)) continue;
     const Fault met = *it;  // a copy, as the entry may go
     if (it->times > 0 && --it->times == 0) faults_.erase(it);
     return met;
   }
   return std::nullopt;
+}
+
+bool FaultList::Names(const std::string& path) const {
+  base::AutoLock lock(lock_);
+  return std::any_of(faults_.begin(), faults_.end(),
+                     [&path](const Fault& fault) { return fault.path == path; });
 }
 
 std::vector<Fault> FaultList::faults() const {

@@ -15,13 +15,17 @@ namespace devcloud {
 // The faults that still apply, in the order in which they were added. Thread-safe.
 class FaultList {
  public:
-  // Numbers the fault and returns its number. Numbers are never reused.
+  // Numbers the fault and returns its number. Numbers are not reused.
   std::uint64_t Add(Fault fault);
   // False if there is no such fault.
   bool Remove(std::uint64_t number);
   void Clear();
-  // The first fault that applies to the path, or null. Uses up one of its times.
-  std::optional<Fault> Take(const std::string& path);
+  // Clears the list and begins again with the number 1.
+  void StartOver();
+  // The first fault that applies to this path and user, or null. Uses up one of its times.
+  std::optional<Fault> Take(const std::string& path, const std::string& user);
+  // Whether a fault is for exactly this path; "*" is not.
+  bool Names(const std::string& path) const;
   std::vector<Fault> faults() const;
 
  private:

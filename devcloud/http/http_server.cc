@@ -167,6 +167,14 @@ class HttpServer::Impl {
     });
   }
 
+  void EndStalled() {
+    RunOnThread([this] {
+      for (const auto& session : Sessions(Which::kAll)) {
+        if (session->is_stalled()) session->End();
+      }
+    });
+  }
+
   void WakeStreams() {
     if (is_wake_posted_.exchange(true)) return;
     asio::post(io_, [this] {
@@ -269,6 +277,8 @@ std::uint16_t HttpServer::port(std::size_t index) const { return impl_->port(ind
 void HttpServer::RefuseConnections(bool refuse) { impl_->RefuseConnections(refuse); }
 
 void HttpServer::ResumeStalled(std::uint64_t fault_number) { impl_->ResumeStalled(fault_number); }
+
+void HttpServer::EndStalled() { impl_->EndStalled(); }
 
 void HttpServer::WakeStreams() { impl_->WakeStreams(); }
 

@@ -45,6 +45,9 @@ class HttpServer {
   // every fault.
   void ResumeStalled(std::uint64_t fault_number);
 
+  // Closes the connection of each stalled request. In effect when it returns.
+  void EndStalled();
+
   // Makes every stream send what is new within about 50 ms. Calls during that time count as one.
   void WakeStreams();
 

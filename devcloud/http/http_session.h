@@ -28,6 +28,8 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
   // Calls the handler again if its request is stalled by the fault with this number; 0 stands for
   // any fault.
   void Resume(std::uint64_t fault_number);
+  // Whether its request waits for a fault to end.
+  bool is_stalled() const { return is_stalled_; }
   // If this is a stream, sends what is new.
   void Wake();
   // Ends the session at once.

@@ -20,7 +20,9 @@ struct RecordedRequest {
   std::uint16_t port = 0;                 // the cloud's port that received it
   std::vector<std::string> header_lines;  // in wire order, without line ends
 
-  std::uint64_t number = 0;  // from 1, never reused; 0 for a request that is not kept
+  std::uint64_t number = 0;  // from 1; 0 for a request that is not kept
+  std::uint64_t run = 0;     // how often the log had started over before: numbers begin again then
+  std::string user;          // the ID of the user that it is for; "" if it names none
   std::chrono::system_clock::time_point time;  // when its last byte arrived, by the cloud's clock
   // The answer's bytes, set just before they are sent, without those that a fault cut off. Null
   // until then.

@@ -155,7 +155,11 @@ function requestRow(summary) {
   return made;
 }
 
-function showRequests({oldest, requests}) {
+function showRequests({from_start, oldest, requests}) {
+  if (from_start) {  // numbers begin again
+    rows.clear();
+    $('requests').replaceChildren();
+  }
   for (const summary of requests) {
     const made = requestRow(summary);
     const old = rows.get(summary.number);
@@ -302,8 +306,6 @@ function connect() {
   source.addEventListener('open', () => {
     showConnection('live', 'live');
     shown = {};  // the cloud may have been restarted
-    rows.clear();
-    $('requests').replaceChildren();
   });
   source.addEventListener('state', event => showState(JSON.parse(event.data)));
   source.addEventListener('requests', event => showRequests(JSON.parse(event.data)));
@@ -323,5 +325,5 @@ document.addEventListener('visibilitychange', () => {
 showFaultFields();
 fill($('users'), []);
 fill($('devices'), []);
-showRequests({oldest: 0, requests: []});
+showRequests({from_start: true, oldest: 0, requests: []});
 connect();

@@ -17,6 +17,8 @@ class Clock {
     return std::chrono::system_clock::now() + std::chrono::seconds(offset_seconds_.load());
   }
   void Advance(std::chrono::seconds step) { offset_seconds_ += step.count(); }
+  // Makes it the wall clock again.
+  void Reset() { offset_seconds_ = 0; }
   // How far it is ahead of the wall clock.
   std::chrono::seconds ahead() const { return std::chrono::seconds(offset_seconds_.load()); }
 

@@ -20,7 +20,7 @@ namespace devcloud {
 
 using Json = nlohmann::json;
 
-// The JSON library finds these four by argument-dependent lookup.
+// The JSON library finds these six by argument-dependent lookup.
 static void to_json(Json& json, const Credential& credential) {
   json = {{"guid", credential.guid}, {"expires", credential.expires.time_since_epoch().count()}};
 }
@@ -28,6 +28,31 @@ static void to_json(Json& json, const Credential& credential) {
 static void from_json(const Json& json, Credential& credential) {
   json.at("guid").get_to(credential.guid);
   credential.expires = TimePoint(TimePoint::duration(json.at("expires").get<TimePoint::rep>()));
+}
+
+// A token that does not expire is its owner alone, as in files of earlier versions.
+static void to_json(Json& json, const RefreshToken& token) {
+  if (!token.expires && !token.used) {
+    json = token.guid;
+    return;
+  }
+  json = {{"guid", token.guid}};
+  if (token.expires) json["expires"] = token.expires->time_since_epoch().count();
+  if (token.used) json["used"] = token.used->time_since_epoch().count();
+}
+
+static void from_json(const Json& json, RefreshToken& token) {
+  if (json.is_string()) {
+    json.get_to(token.guid);
+    return;
+  }
+  json.at("guid").get_to(token.guid);
+  const auto read = [&json](const char* name, std::optional<TimePoint>* time) {
+    if (json.contains(name))
+      *time = TimePoint(TimePoint::duration(json.at(name).get<TimePoint::rep>()));
+  };
+  read("expires", &token.expires);
+  read("used", &token.used);
 }
 
 static void to_json(Json& json, const Device& device) {

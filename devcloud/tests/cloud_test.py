@@ -1,6 +1,7 @@
 """The cloud's connections, faults, live page and state file, as clients see them."""
 
 import os
+import re
 import signal
 
 import programs
@@ -157,13 +158,21 @@ class Page(CloudTest):
             send("POST", self.http + "/token", "x=y")
         page.read_until('"number":200,')
         self.cloud.ask("/api/requests", method="DELETE")
-        page.read_until('{"oldest":201,"requests":[]}\n\n')
+        page.read_until('"oldest":201,"requests":[]}\n\n')
 
 
 class Program(programs.TestCase):
     def test_accounts_and_gateways_survive_a_restart(self):
         state = self.folder / "state"
-        with programs.Cloud("--state", state, "--gateway", "AABB") as cloud:
+        form = "client_id=a&client_secret=b&grant_type="
+
+        def token(cloud, grant):
+            return send("POST", cloud.urls["http"] + "/token", form + grant)
+        with programs.Cloud("--state", state, "--gateway", "AABB", "--refresh-lifetime=60",
+                            "--rotation=grace=60") as cloud:
+            old = re.search('"refresh_token":"([0-9a-f]+)"', token(
+                cloud, "authorization_code&code=" + cloud.issue_code("ann")).text)[1]
+            token(cloud, "refresh_token&refresh_token=" + old)
             code = cloud.issue_code("ann")
             users = cloud.ask("/api/state")["users"]
             cloud.send_signal(signal.SIGTERM)
@@ -173,12 +182,44 @@ class Program(programs.TestCase):
             shown = cloud.ask("/api/state")
             self.assertEqual([user["guid"] for user in shown["users"]], [user["guid"] for user in users])
             self.assertIn("PEER-AABB", str(shown["devices"]))
-            form = f"grant_type=authorization_code&client_id=a&client_secret=b&code={code}"
-            self.assertEqual(send("POST", cloud.urls["http"] + "/token", form).status, 200)
+            self.assertEqual(token(cloud, f"authorization_code&code={code}").status, 200)
+            cloud.ask("/api/settings", {"rotation": "grace=60", "refresh_lifetime": 60})
+            self.assertEqual(token(cloud, f"refresh_token&refresh_token={old}").status, 200)
+            cloud.ask("/api/clock", {"advance_seconds": 61})
+            self.assertEqual(token(cloud, f"refresh_token&refresh_token={old}").status, 400)
+
+    def test_a_reset_is_like_a_start_with_the_same_options(self):
+        scenario = self.write("scenario", '[{"kind":"drip","path":"/token"},{"kind":"stall"},{"kind":"refuse"}]')
+        with programs.Cloud("--state", self.folder / "state", "--scenario", scenario, "--gateway", "AABB",
+                            "--rotation=grace=7", "--refresh-lifetime=9") as cloud:
+            look = [f"/api/{name}" for name in ("state", "settings", "requests")]
+            fresh = [cloud.ask(path) for path in look]
+            self.assertEqual([fault["kind"] for fault in fresh[0]["faults"]], ["drip", "stall"])
+            self.assertTrue(fresh[0]["is_refusing"])
+            self.assertEqual((fresh[1]["rotation"], fresh[1]["refresh_lifetime"]), ("grace=7", 9))
+            page = self.enterContext(Connection(cloud.urls["api"]))
+            page.write(f"GET /api/events HTTP/1.1\r\nHost: {cloud.urls['api'][7:]}\r\n\r\n")
+            cloud.ask("/api/faults?kind=refuse", method="DELETE")
+            stalled = self.enterContext(Connection(cloud.urls["http"]))
+            stalled.write("POST /authorize HTTP/1.1\r\nContent-Length: 8\r\n\r\nuser=ann")
+            page.read_until('"number":1,')
+            cloud.issue_code("bob")
+            cloud.ask("/api/settings", {"rotation": "never", "refresh_lifetime": 0})
+            cloud.ask("/api/clock", {"advance_seconds": 5})
+            cloud.ask("/api/faults", {"kind": "drip"})
+            cloud.ask("/api/reset", {})
+            self.assertEqual(stalled.read_until(), "")
+            self.assertEqual([cloud.ask(path) for path in look], fresh)
+            page.read_until('{"from_start":true,"oldest":1,"requests":[]}\n\n')
+            self.assertNotIn("bob", (self.folder / "state").read_text())
+            cloud.ask("/api/faults", method="DELETE")
+            send("GET", cloud.urls["http"] + "/nowhere")
+            self.assertEqual(cloud.ask("/api/requests")[0]["number"], 1)
 
     def test_start_says_in_one_line_what_is_wrong(self):
         broken = self.write("state", "{}")
         cut_off = self.write("cut", '{"users": {\n"a')
+        faults = self.write("faults", '[{"kind":"drip"},{"kind":"drop"}]')
         with programs.Cloud() as running:
             for status, error, *options in (
                     (1, "Address already in use", "--port", running.urls["http"].rpartition(":")[2]),
@@ -188,6 +229,11 @@ class Program(programs.TestCase):
                     (1, "/cut: not a state file", "--state", cut_off),
                     (1, "/: Is a directory", "--state", f"{self.folder}/"),
                     (1, "/none/state: No such file or directory", "--state", self.folder / "none/state"),
+                    (1, "/faults: fault 2: unknown member or bad value: kind", "--scenario", faults),
+                    (1, "/state: not a JSON array of faults", "--scenario", broken),
+                    (1, "/: Is a directory", "--scenario", f"{self.folder}/"),
+                    (1, "/none: No such file or directory", "--scenario", self.folder / "none"),
+                    (2, "--rotation: not a value of it: grace", "--rotation", "grace"),
                     (2, "70000", "--port", "70000"), (2, "--port", "--port"), (2, "--nothing", "--nothing"),
                     (2, "stray", "stray")):
                 with self.subTest(error):

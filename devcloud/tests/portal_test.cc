@@ -7,7 +7,7 @@ namespace {
 
 TEST(Portal, EscapesTheNamesOfTheTraversalServers) {
   const Clock clock;
-  const Accounts accounts(clock, std::chrono::hours(1));
+  const Accounts accounts(clock, {});
   Devices devices;
   Portal portal(accounts, devices, {.stun_server = "a&b<c"});
   RecordedRequest request;
