@@ -19,7 +19,8 @@ class Place:
 
     def __init__(self, build):
         os.environ["QORN_BUILD"] = str(build)
-        sys.path.append(str(pathlib.Path(__file__).resolve().parent.parent / "tests"))
+        source = pathlib.Path(__file__).resolve().parent.parent
+        sys.path += [str(source / "tests"), str(source / "devcloud/python")]
         import programs  # It reads the variable.
         self.programs, self.build = programs, build
 
@@ -29,9 +30,8 @@ class Place:
         self.folder = pathlib.Path(self.ending.enter_context(tempfile.TemporaryDirectory(dir=memory)))
         self.bus = self.ending.enter_context(self.programs.Bus(self.folder))
         self.cloud = self.ending.enter_context(self.programs.Cloud())
-        keys = "".join(f"<gateway_bus_{key}>1000000</gateway_bus_{key}>" for key in LIMITS)
-        keys += "<account_log_level>LOG_ERROR</account_log_level>"
-        self.programs.write_config(self.folder, self.cloud, ("</config>", keys + "</config>"))
+        keys = {f"gateway_bus_{key}": 1_000_000 for key in LIMITS}
+        self.programs.write_config(self.folder, self.cloud, account_log_level="LOG_ERROR", **keys)
         os.environ.pop("LD_PRELOAD")  # It costs memory.
         return self
 
@@ -39,7 +39,7 @@ class Place:
         self.ending.close()
 
     def start(self, *command, **options):
-        return self.ending.enter_context(self.programs.Program(*command, **options))
+        return self.ending.enter_context(self.programs.Process(*command, **options))
 
     def ctl(self, *words):
         ended = self.programs.run("qornctl", "--bus", self.bus.address, "--show-secrets", *words)
@@ -54,7 +54,7 @@ class Place:
             ready.bind("\0qorn-bench-" + str(os.getpid()))
             environment = {**os.environ, "NOTIFY_SOCKET": "@qorn-bench-" + str(os.getpid())}
             begin = time.monotonic()
-            with self.programs.Program("./qorn-gateway", "--config", self.folder / "config.xml", "--log",
+            with self.programs.Process("qorn-gateway", "--config", self.folder / "config.xml", "--log",
                                        self.folder / "log", "--daemon", *options, env=environment,
                                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as process:
                 while b"READY=1" not in ready.recv(4096):
@@ -94,7 +94,7 @@ def measure(build, benchmark, figure, times):
         else:
             print("accountsservice is not here", file=sys.stderr)
         with place.gateway("--bus", place.bus.address):
-            place.ctl("create-user", "ann", place.cloud.issue_code("ann"))
+            place.ctl("create-user", "ann", place.cloud.code("ann"))
             os.environ["QORN_BENCH_SESSION"] = place.ctl("sign-in-alt", "ann", "")["session_id"]
             os.environ["QORN_BENCH_USER"] = "ann"
             figures += benchmark(program, "bus" if PEER.exists() else "bus/")

@@ -57,6 +57,6 @@ function(qorn_add_program_tests file)
       COMMAND ${qorn_test_launcher} /usr/bin/python3 -B -X utf8 -m unittest ${module}.${test})
     # ThreadSanitizer would let each of many short programs sleep for a second at its end.
     set_tests_properties(${test} PROPERTIES TIMEOUT ${qorn_test_timeout} LABELS program
-      ENVIRONMENT "PYTHONPATH=${CMAKE_SOURCE_DIR}/tests;QORN_BUILD=${CMAKE_BINARY_DIR};TSAN_OPTIONS=atexit_sleep_ms=50")
+      ENVIRONMENT "PYTHONPATH=${CMAKE_SOURCE_DIR}/tests:${CMAKE_SOURCE_DIR}/devcloud/python;QORN_BUILD=${CMAKE_BINARY_DIR};TSAN_OPTIONS=atexit_sleep_ms=50")
   endforeach()
 endfunction()

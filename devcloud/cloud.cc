@@ -187,9 +187,10 @@ class Cloud::Impl : public RequestHandler {
   }
 
   bool EndFault(std::uint64_t number) {
-    if (!faults.Remove(number)) return false;
-    server_->ResumeStalled(number);
-    return true;
+    const bool is_listed = faults.Remove(number);
+    // A fault leaves the list at the last request that it applies to, which may still be stalled.
+    if (number != 0) server_->ResumeStalled(number);
+    return is_listed;
   }
 
   void AddRoutes() {

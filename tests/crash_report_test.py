@@ -9,7 +9,7 @@ import programs
 
 class CrashReport(programs.TestCase):
     def test_names_the_signal_and_shows_each_thread(self):
-        with programs.Program("./qorn-devcloud", "--port", "0", "--https-port", "0", "--print-urls",
+        with programs.Process("qorn-devcloud", "--port", "0", "--https-port", "0", "--print-urls",
                               stdout=subprocess.PIPE, stderr=subprocess.PIPE) as cloud:
             cloud.stdout.readline()  # It runs.
             cloud.send_signal(signal.SIGABRT)

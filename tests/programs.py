@@ -3,9 +3,7 @@
 Tests wait for conditions, never for a time; a condition that does not hold after PATIENCE seconds fails.
 """
 
-import base64
 import collections
-import json
 import os
 import pathlib
 import re
@@ -16,7 +14,9 @@ import sys
 import tempfile
 import time
 import unittest
-import urllib.request
+
+import qorn_devcloud
+from qorn_devcloud import Cloud, Process, find_program
 
 BUILD = pathlib.Path(os.environ["QORN_BUILD"]).resolve()
 LIBRARIES = BUILD / "lib"
@@ -26,7 +26,6 @@ PATIENCE = 90
 os.environ.update(LD_PRELOAD=str(LIBRARIES / "libqorn_crash_report.so"), ASAN_OPTIONS="verify_asan_link_order=0")
 DEADLY = {signal.SIGSEGV, signal.SIGABRT, signal.SIGBUS, signal.SIGFPE, signal.SIGILL}
 Ended = collections.namedtuple("Ended", "status output errors")  # status: minus the signal that ended it
-open_url = urllib.request.build_opener(urllib.request.ProxyHandler({})).open
 
 
 def run(program, *arguments, text="", stdout=subprocess.PIPE, **options):
@@ -59,53 +58,12 @@ def mode(path):
     return oct(os.stat(path).st_mode & 0o777)
 
 
-def write_config(folder, cloud, *changes):
-    """Writes config.xml for a gateway whose storage folder is "data" beside it; changes are (old, new) texts."""
-    (folder / "data").mkdir(parents=True, exist_ok=True)
-    text = (SOURCE / "tests/config.xml").read_text()
-    for old, new in (("$data", f"{folder}/data"), ("$cloud", cloud.urls["http"]), *changes):
-        assert old in text, old
-        text = text.replace(old, new)
-    (folder / "config.xml").write_text(text)
-    return folder / "config.xml"
+def write_config(folder, cloud, **keys):
+    """As qorn_devcloud's, but logs nothing: without --log a gateway would mix it into what it prints."""
+    return qorn_devcloud.write_config(folder, cloud, {"account_log_level": "LOG_FATAL", **keys})
 
 
-class Program(subprocess.Popen):
-    """A program of the build, killed at the end of its block if it still runs then."""
-
-    def __init__(self, *command, **options):
-        super().__init__(command, cwd=BUILD / "bin", **options)
-
-    def __exit__(self, *failure):
-        self.kill()
-        super().__exit__(*failure)
-
-
-class Cloud(Program):
-    """A development cloud on free ports; `urls` has those for "http", "https" and "api"."""
-
-    def __init__(self, *options):
-        super().__init__("./qorn-devcloud", "--port", "0", "--https-port", "0", "--print-urls", *options,
-                         stdout=subprocess.PIPE)
-        self.urls = dict(self.stdout.readline().decode().split() for _ in range(3))
-
-    def ask(self, path, body=None, method=None):
-        """What its API answers, to a POST if there is a body."""
-        data = None if body is None else json.dumps(body).encode()
-        request = urllib.request.Request(self.urls["api"] + path, data, method=method)
-        with open_url(request, timeout=PATIENCE) as answer:
-            return json.load(answer)
-
-    def issue_code(self, user):
-        return self.ask("/api/codes", {"user": user})["code"]
-
-    def exchanges(self):
-        """The bytes of each request so far, and of its answer."""
-        return [[base64.b64decode(request[part] or "") for part in ("raw_base64", "answer_base64")]
-                for request in self.ask("/api/requests")]
-
-
-class Bus(Program):
+class Bus(Process):
     """A D-Bus daemon in the folder, as the system's, but that everybody may have every name and hear everything."""
 
     CONFIG = """<busconfig><type>system</type><listen>{}</listen><auth>EXTERNAL</auth><policy context='default'>
@@ -125,13 +83,13 @@ class Bus(Program):
         pathlib.Path(self.address.removeprefix("unix:path=")).unlink(missing_ok=True)
 
 
-class Terminal(Program):
+class Terminal(Process):
     """A program at a pseudo-terminal, where output and errors are one stream."""
 
     def __init__(self, program, *arguments, **environment):
         self.terminal, side = os.openpty()
         self.unread = b""
-        super().__init__("setsid", "--ctty", "./" + program, *arguments, stdin=side, stdout=side, stderr=side,
+        super().__init__("setsid", "--ctty", find_program(program), *arguments, stdin=side, stdout=side, stderr=side,
                          env={**os.environ, "TERM": "dumb", **environment})
         os.close(side)
 

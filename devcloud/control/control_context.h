@@ -29,8 +29,8 @@ struct ControlContext {
   FaultList& faults;
   Clock& clock;
   const std::atomic<bool>& is_refusing;
-  // Removes the fault with this number and resumes the requests that it stalls; false if there is
-  // no such fault.
+  // Removes the fault with this number and resumes the requests that it stalls; false if it is not
+  // in the list, or no longer.
   std::function<bool(std::uint64_t)> end_fault;
   std::function<void()> clear_faults;
   std::function<void(bool)> refuse_connections;

@@ -5,7 +5,7 @@ import re
 import signal
 
 import programs
-from wire import Connection, send
+from qorn_devcloud.wire import Connection, send
 
 HEAD = "HTTP/1.1 400 Bad Request\r\n"
 
@@ -30,16 +30,15 @@ class Connections(CloudTest):
         connection.write("GET / HTTP/1.1\r\n\r\n" + "".join(texts))  # The page's own are not kept.
         answers = connection.read_until()
         self.assertRegex(answers, "(?s)421 .* 200 OK.* 400 .*404 Not Found.*\r\nConnection: close\r\n")
-        kept = self.cloud.exchanges()
-        self.assertEqual([raw.decode(errors="surrogateescape") for raw, _ in kept], texts)
-        self.assertTrue(answers.encode().endswith(b"".join(answer for _, answer in kept)))
-        for part, expected in zip(("request", "answer"), kept[1]):
+        kept = self.cloud.requests()
+        self.assertEqual([seen.raw.decode(errors="surrogateescape") for seen in kept], texts)
+        self.assertTrue(answers.encode().endswith(b"".join(seen.answer for seen in kept)))
+        for part, expected in (("request", kept[1].raw), ("answer", kept[1].answer)):
             shown = send("GET", f"{self.api}/api/exchange?number=2&part={part}").text
             self.assertEqual(shown.partition("\r\n\r\n")[2].encode(errors="surrogateescape"), expected)
-        seen = self.cloud.ask("/api/requests")[0]
-        self.assertEqual((seen["method"], seen["target"], seen["body"]), ("POST", "/authorize?q", "user=ann&b"))
-        self.assertEqual(seen["header_lines"],
-                         ["hOST:x", "X-Odd:   zep2 ", "X-Odd: ä", "Transfer-Encoding: chunked"])
+        seen = kept[0]
+        self.assertEqual((seen.method, seen.target, seen.body), ("POST", "/authorize?q", "user=ann&b"))
+        self.assertEqual(seen.header_lines, ["hOST:x", "X-Odd:   zep2 ", "X-Odd: ä", "Transfer-Encoding: chunked"])
 
     def test_what_is_no_request_is_answered_and_kept(self):
         for text, status in (("nonsense\r\n\r\nmore", 400), ("GET / HTTP/1.1\nHost: x\n\n", 400),
@@ -48,24 +47,23 @@ class Connections(CloudTest):
             with self.subTest(text[:60]), Connection(self.http) as connection:
                 connection.write(text)
                 self.assertTrue(connection.read_until("cannot be read.\n").startswith(f"HTTP/1.1 {status} "))
-                seen = self.cloud.ask("/api/requests")[-1]
-                self.assertEqual(seen["method"], "")
-                self.assertTrue(text.encode().startswith(self.cloud.exchanges()[-1][0]))
+                seen = self.cloud.requests()[-1]
+                self.assertEqual(seen.method, "")
+                self.assertTrue(text.encode().startswith(seen.raw))
 
     def test_clients_with_large_bodies_are_told_to_go_on(self):
         seen = send("POST", self.https + "/token", "x" * 1_500_000, ["Expect: 100-continue"])
         self.assertTrue(seen.text.startswith("HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 400 "), seen)
-        request, = self.cloud.ask("/api/requests")
-        self.assertEqual((len(request["body"]), request["tls"]), (1_500_000, True))
+        request, = self.cloud.requests()
+        self.assertEqual((len(request.body), request.tls), (1_500_000, True))
 
     def test_they_are_refused_and_the_same_ports_open_again(self):
         idle = self.connect(self.http)
-        self.cloud.ask("/api/faults", {"kind": "refuse"})
-        self.assertEqual(idle.read_until(), "")
-        for url in (self.http, self.https):
-            self.assertRaises(ConnectionRefusedError, Connection, url)
-        self.assertTrue(self.cloud.ask("/api/state")["is_refusing"])
-        self.cloud.ask("/api/faults", method="DELETE")
+        with self.cloud.refuse_connections():
+            self.assertEqual(idle.read_until(), "")
+            for url in (self.http, self.https):
+                self.assertRaises(ConnectionRefusedError, Connection, url)
+            self.assertTrue(self.cloud.state()["is_refusing"])
         for url in (self.http, self.https):
             self.assertEqual(send("GET", url + "/authorize").status, 200)
 
@@ -73,7 +71,7 @@ class Connections(CloudTest):
         self.cloud.ask("/api/faults", {"kind": "stall"})
         waiting = [self.connect(url) for url in (self.http, self.https, self.http)]
         waiting[2].write("GET /authorize HTTP/1.1\r\n\r\n")
-        programs.wait_until(self.cloud.exchanges)
+        programs.wait_until(self.cloud.requests)
         page = self.connect(self.api)
         page.write(f"GET /api/events HTTP/1.1\r\nHost: {self.api[7:]}\r\n\r\n")
         page.read_until("event: requests")
@@ -121,22 +119,21 @@ class Faults(CloudTest):
                     # Each write is a TLS record of its own.
                     if url == self.https and seen.text:
                         self.assertEqual(seen.largest == 1, fault["kind"] == "drip")
-                    self.assertEqual(seen.text.encode(), self.cloud.exchanges()[-1][1])
+                    self.assertEqual(seen.text.encode(), self.cloud.requests()[-1].answer)
                     self.assertEqual(send("POST", url + "/token", "x=y").status, 400)
 
     def test_stalled_requests_go_on_when_it_ends(self):
-        self.cloud.ask("/api/faults", {"kind": "stall"})
-        stalled = self.connect(self.http)
-        stalled.write("POST /authorize HTTP/1.1\r\nContent-Length: 8\r\n\r\nuser=ann")
-        programs.wait_until(self.cloud.exchanges)
-        self.assertEqual(send("GET", self.http + "/authorize").status, 200, "others are served")
-        self.assertEqual(self.cloud.ask("/api/state")["users"], [], "the stalled request was handled")
-        self.assertIsNone(self.cloud.ask("/api/requests")[0]["answer_base64"])
-        self.cloud.ask("/api/faults", method="DELETE")
+        with self.cloud.fault("stall", times=1):
+            stalled = self.connect(self.http)
+            stalled.write("POST /authorize HTTP/1.1\r\nContent-Length: 8\r\n\r\nuser=ann")
+            programs.wait_until(self.cloud.requests)
+            self.assertEqual(send("GET", self.http + "/authorize").status, 200, "others are served")
+            self.assertEqual(self.cloud.state()["users"], [], "the stalled request was handled")
+            self.assertIsNone(self.cloud.requests()[0].answer)
         answer = stalled.read_until("}")
         self.assertTrue(answer.startswith("HTTP/1.1 200 OK\r\n"))
-        self.assertEqual(answer.encode(), self.cloud.exchanges()[0][1])
-        self.assertEqual(len(self.cloud.ask("/api/state")["users"]), 1)
+        self.assertEqual(answer.encode(), self.cloud.requests()[0].answer)
+        self.assertEqual(len(self.cloud.state()["users"]), 1)
 
 
 class Page(CloudTest):
@@ -150,14 +147,14 @@ class Page(CloudTest):
         closed_page.socket.close()
         begin = page.read_until(empty)
         self.assertRegex(begin, "(?s)Content-Type: text/event-stream\r\n.*event: state\ndata: {")
-        code = self.cloud.issue_code("<ann>")
+        code = self.cloud.code("<ann>")
         state = page.read_until("\n\n")
         self.assertIn(f'"short":"{code[:4]}…"', state)
         self.assertNotIn(code, state)
         for _ in range(200):
             send("POST", self.http + "/token", "x=y")
         page.read_until('"number":200,')
-        self.cloud.ask("/api/requests", method="DELETE")
+        self.cloud.forget_requests()
         page.read_until('"oldest":201,"requests":[]}\n\n')
 
 
@@ -171,15 +168,15 @@ class Program(programs.TestCase):
         with programs.Cloud("--state", state, "--gateway", "AABB", "--refresh-lifetime=60",
                             "--rotation=grace=60") as cloud:
             old = re.search('"refresh_token":"([0-9a-f]+)"', token(
-                cloud, "authorization_code&code=" + cloud.issue_code("ann")).text)[1]
+                cloud, "authorization_code&code=" + cloud.code("ann")).text)[1]
             token(cloud, "refresh_token&refresh_token=" + old)
-            code = cloud.issue_code("ann")
-            users = cloud.ask("/api/state")["users"]
+            code = cloud.code("ann")
+            users = cloud.state()["users"]
             cloud.send_signal(signal.SIGTERM)
             self.assertEqual((cloud.wait(programs.PATIENCE), cloud.stdout.read()), (0, b""))
         self.assertEqual(programs.mode(state), "0o600")
         with programs.Cloud("--state", state) as cloud:
-            shown = cloud.ask("/api/state")
+            shown = cloud.state()
             self.assertEqual([user["guid"] for user in shown["users"]], [user["guid"] for user in users])
             self.assertIn("PEER-AABB", str(shown["devices"]))
             self.assertEqual(token(cloud, f"authorization_code&code={code}").status, 200)
@@ -203,7 +200,7 @@ class Program(programs.TestCase):
             stalled = self.enterContext(Connection(cloud.urls["http"]))
             stalled.write("POST /authorize HTTP/1.1\r\nContent-Length: 8\r\n\r\nuser=ann")
             page.read_until('"number":1,')
-            cloud.issue_code("bob")
+            cloud.code("bob")
             cloud.ask("/api/settings", {"rotation": "never", "refresh_lifetime": 0})
             cloud.ask("/api/clock", {"advance_seconds": 5})
             cloud.ask("/api/faults", {"kind": "drip"})

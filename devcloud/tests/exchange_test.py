@@ -3,7 +3,7 @@
 import re
 
 import programs
-from wire import send
+from qorn_devcloud.wire import send
 
 
 class Player:
@@ -29,7 +29,7 @@ class Player:
         if what == "set":
             self.values[name] = text
         elif what == "code":
-            self.values[name] = self.cloud.issue_code(text)
+            self.values[name] = self.cloud.code(text)
         elif what == "user":
             form = "client_id=a&client_secret=b&grant_type=authorization_code&code=$code"
             for step in (f"code code {name}", f"200 POST /token {form}", f"take {name} userId",
@@ -39,7 +39,7 @@ class Player:
             self.user_lines = (f"X-DPX-userid: {self.fill(name)}", "Authorization: OAuth oauth_consumer_key=k, "
                                f"oauth_token={self.fill(text)}, oauth_version=1.0")
         elif what == "clock":
-            self.cloud.ask("/api/clock", {"advance_seconds": int(name)})
+            self.cloud.advance_clock(int(name))
         elif what == "all":
             self.common_text = rest
         elif what == "header":

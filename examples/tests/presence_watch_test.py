@@ -9,7 +9,7 @@ import programs
 class PresenceWatch(programs.TestCase):
     def run_gateway(self, *components, script=""):
         cloud = self.enterContext(programs.Cloud())
-        config = programs.write_config(self.folder, cloud, ("LOG_FATAL", "LOG_INFO"))
+        config = programs.write_config(self.folder, cloud, account_log_level="LOG_INFO")
         loaded = [word for component in components for word in ("--component", programs.LIBRARIES / component)]
         return programs.run("qorn-gateway", "--config", config, *loaded, "--log", self.folder / "log", text=script)
 

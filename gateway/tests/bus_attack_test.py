@@ -41,7 +41,7 @@ class BusAttack(bus_test_case.BusTestCase):
         self.assert_stops(gateway)
 
     def test_strangers_are_borne_while_polkit_is_silent(self):
-        with programs.Program("./qorn_bus_attack", self.bus.address, stdout=subprocess.PIPE) as polkit:
+        with programs.Process("qorn_bus_attack", self.bus.address, stdout=subprocess.PIPE) as polkit:
             polkit.stdout.readline()
             gateway = self.start_gateway()
             self.attack(**STRANGER)
@@ -50,7 +50,7 @@ class BusAttack(bus_test_case.BusTestCase):
     def test_the_bus_dies_again_and_again(self):
         gateway = self.start_gateway()
         for _ in range(BUS_DEATHS):
-            with programs.Program("./qornctl", "--bus", self.bus.address, "--keep-going", stdin=subprocess.PIPE,
+            with programs.Process("qornctl", "--bus", self.bus.address, "--keep-going", stdin=subprocess.PIPE,
                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as caller:
                 caller.stdin.write(b"users\nin-alt ann ''\n" * 1000)
                 caller.stdin.flush()

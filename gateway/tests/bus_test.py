@@ -55,7 +55,7 @@ class Bus(bus_test_case.BusTestCase):
         self.assertEqual(none.status, 2)
         self.assert_one_line(none.errors, "qornctl: no gateway answers: ")
         gateway = self.start_gateway()
-        made = self.ctl("create-user", "ann", self.cloud.issue_code("ann"))
+        made = self.ctl("create-user", "ann", self.cloud.code("ann"))
         self.assertRegex(made.output, "^create-user: 1 Success\n  user_uuid: [0-9a-f-]{36}\n$")
         self.assertRegex(self.ctl("users").output, "(?m)^ann +Default +Off ")
         self.assertRegex(self.ctl("--json", "users").output, '"user_id":"ann".*\n.*"user_id":"qornsystem"')
@@ -63,7 +63,7 @@ class Bus(bus_test_case.BusTestCase):
         self.assertEqual((failed.status, failed.errors.count("\n")), (1, 1))
         shown = self.ctl(text="in-alt ann ''\nstatus\nget-user-info-by-type $user_uuid 104\n")
         self.assertRegex(shown.output, r"Users +2\n(.*\n)*Sessions +1 open; (.*\n)*  value: [0-9a-f]{4}…")
-        with programs.Program("./qornctl", "--bus", self.bus.address, "watch", "60", stdout=subprocess.PIPE, bufsize=0) as watch:
+        with programs.Process("qornctl", "--bus", self.bus.address, "watch", "60", stdout=subprocess.PIPE, bufsize=0) as watch:
             os.set_blocking(watch.stdout.fileno(), False)
 
             def hears():  # From some moment on.
@@ -98,7 +98,7 @@ class Bus(bus_test_case.BusTestCase):
 
     def test_metrics_count_each_call_once(self):
         self.start_gateway("--metrics")
-        self.ctl("create-user", "ann", self.cloud.issue_code("ann"))
+        self.ctl("create-user", "ann", self.cloud.code("ann"))
         self.ctl("--keep-going", text="in-alt ann ''\ncheck-session-validation x\ncheck-session-validation y\n")
         for _ in range(2):  # Reading them counts nothing but their own reading.
             text = self.ctl("metrics").output
@@ -117,13 +117,13 @@ class Bus(bus_test_case.BusTestCase):
         # By their names, both have their turn within the first second.
         users, database = ("dan2721", "bob1272"), self.folder / "data/account.db"
         programs.run("qorn-gateway", "--config", programs.write_config(self.folder, self.cloud),
-                     text="".join(f"create-user {user} {self.cloud.issue_code(user)}\n" for user in users))
+                     text="".join(f"create-user {user} {self.cloud.code(user)}\n" for user in users))
         with sqlite3.connect(database) as store:
             store.execute("UPDATE Users SET refreshToken = 'spent' WHERE userId = 'bob1272'")
         manager = self.enterContext(socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM))
         manager.bind(str(self.folder / "notify"))
         with (self.folder / "signals").open("wb") as signals:
-            self.enterContext(programs.Program("dbus-monitor", "--address", self.bus.address, "type='signal'",
+            self.enterContext(programs.Process("dbus-monitor", "--address", self.bus.address, "type='signal'",
                                                stdout=signals))
         programs.wait_until(lambda: (self.folder / "signals").read_text())  # It listens.
         gateway = self.start_gateway("--keep-tokens", "24", "--metrics",
@@ -133,7 +133,7 @@ class Bus(bus_test_case.BusTestCase):
         self.assertRegex(table, r"(?m)^bob1272 +\S+ +\S+ +true ")
         self.assertRegex(table, r"(?m)^dan2721 +\S+ +\S+ +false ")
         self.assertIn("\nqorn_sign_in_needed_users 1\n", self.ctl("metrics").output)
-        self.ctl("sign-in", "bob1272", self.cloud.issue_code("bob1272"))
+        self.ctl("sign-in", "bob1272", self.cloud.code("bob1272"))
         programs.wait_until(lambda: "must sign in" not in self.ctl("status").output)
         self.assert_stops(gateway)
         told = b""
@@ -171,7 +171,7 @@ class Bus(bus_test_case.BusTestCase):
 
     def test_others_have_what_polkit_grants(self):
         self.start_gateway()
-        mock = self.enterContext(programs.Program(
+        mock = self.enterContext(programs.Process(
             "/usr/bin/python3", "-m", "dbusmock", "--template", "polkitd", stderr=subprocess.DEVNULL,
             env={**os.environ, "LD_PRELOAD": "", "DBUS_SYSTEM_BUS_ADDRESS": self.bus.address}))
         polkit = self.polkit()

@@ -14,13 +14,11 @@ class BusTestCase(programs.TestCase):
 
     def start_gateway(self, *arguments, calls=1000, **options):
         """A daemon that allows root ten times as many calls a second; members of the group are in "games"."""
-        config = programs.write_config(self.folder, self.cloud, ("</config>", f"""
-            <gateway_bus_calls_per_second>{calls}</gateway_bus_calls_per_second>
-            <gateway_bus_call_burst>{calls}</gateway_bus_call_burst>
-            <gateway_bus_sign_ins_per_minute>1000</gateway_bus_sign_ins_per_minute>
-            <gateway_bus_group>games</gateway_bus_group></config>"""))
-        gateway = self.enterContext(programs.Program(
-            "./qorn-gateway", "--config", config, "--log", self.folder / "log", "--audit", self.folder / "audit",
+        config = programs.write_config(
+            self.folder, self.cloud, gateway_bus_calls_per_second=calls, gateway_bus_call_burst=calls,
+            gateway_bus_sign_ins_per_minute=1000, gateway_bus_group="games")
+        gateway = self.enterContext(programs.Process(
+            "qorn-gateway", "--config", config, "--log", self.folder / "log", "--audit", self.folder / "audit",
             "--daemon", "--bus", self.bus.address, *arguments, stdout=subprocess.DEVNULL, **options))
         programs.wait_until(lambda: gateway.poll() is not None or self.answers())
         return gateway

@@ -23,14 +23,14 @@ class Patient:
                       "$https": cloud.urls["https"], "\\x1b": "\x1b", "\\xff": "\udcff",
                       "$past": email.utils.formatdate(time.time() - 1000, usegmt=True)}
         self.config = programs.write_config(folder, cloud)
-        made = programs.run("qorn-gateway", "--config", self.config, text=f"create-user ann {cloud.issue_code('ann')}")
+        made = programs.run("qorn-gateway", "--config", self.config, text=f"create-user ann {cloud.code('ann')}")
         assert made.status == 0, made
         self.options, self.environment = ["--json"], dict(os.environ)
         self.steps = {
             "edit": self.edit,
             "run": lambda text: subprocess.run(text, shell=True, cwd=folder, check=True),
             "sql": sqlite3.connect(folder / "data/account.db", isolation_level=None).executescript,
-            "clock": lambda text: cloud.ask("/api/clock", {"advance_seconds": int(text)}),
+            "clock": lambda text: cloud.advance_clock(int(text)),
             "fault": lambda text: cloud.ask("/api/faults", json.loads(text)),
             "proxy": lambda text: self.environment.update(http_proxy=text),
             "try-refresh": lambda _: self.options.append("--try-refresh")}

@@ -14,7 +14,7 @@ class Maintenance(programs.TestCase):
         self.cloud = self.enterContext(programs.Cloud())
         self.config = programs.write_config(self.folder, self.cloud)
         self.database = self.folder / "data/account.db"
-        self.type(f"create-user ann {self.cloud.issue_code('ann')}", f"create-user bob {self.cloud.issue_code('bob')}",
+        self.type(f"create-user ann {self.cloud.code('ann')}", f"create-user bob {self.cloud.code('bob')}",
                   "add-friend-to-db $user_uuid eve g Home DDEEFF PEER-DDEEFF-1",
                   "add-friend-to-db $user_uuid ann g Home AABBCC PEER-AABBCC-1")
 
@@ -47,7 +47,7 @@ class Maintenance(programs.TestCase):
 
     def test_restores_what_it_backed_up_and_signing_in_heals_it(self):
         copy, tokens = self.folder / "copy", self.secrets()
-        with programs.Program("./qorn-gateway", "--config", self.config, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+        with programs.Process("qorn-gateway", "--config", self.config, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                               stderr=subprocess.DEVNULL) as gateway:
             gateway.stdin.write(b"say ready\n")
             gateway.stdin.flush()
@@ -77,7 +77,7 @@ To be registered anew, by removing and creating them: ann, bob
 Friends stored here with the old peer ID: ann \\(of bob\\)
 Friends whose gateways know this one by its old peer ID: eve \\(of bob\\)
 $""")
-        self.type(f"sign-in ann {self.cloud.issue_code('ann')}", "refresh-access-token ann")
+        self.type(f"sign-in ann {self.cloud.code('ann')}", "refresh-access-token ann")
         with open(self.folder / "piped", "wb") as pipe:
             self.assertEqual(self.run_command("backup", "-", stdout=pipe).errors, "")
         with open(self.folder / "full", "rb") as pipe:
@@ -98,7 +98,7 @@ $""")
 
     def test_retires_cloud_database_and_files(self):
         def registered():
-            return len(self.cloud.ask("/api/state")["devices"][0]["users"])
+            return len(self.cloud.state()["devices"][0]["users"])
 
         places = {**os.environ, "XDG_STATE_HOME": f"{self.folder}/state"}
         traces = ["data/keeper.json", "data/account.db.before-restore", "state/qorn/history", "log", "log.1",
@@ -107,7 +107,7 @@ $""")
         for name in traces + ["log.txt"]:
             self.write(name, "ann")
         retire = ("retire", "--log", self.folder / "log")
-        self.cloud.ask("/api/clock", {"advance_seconds": 10 ** 6})  # No access token is good any longer.
+        self.cloud.advance_clock(10 ** 6)  # No access token is good any longer.
         self.cloud.ask("/api/faults", {"kind": "status", "status": 503, "path": "/device/deleteuserdevice"})
         kept = self.run_command(*retire, env=places)
         # The order is that of their UUIDs.
@@ -124,7 +124,7 @@ $""")
         self.assertEqual(self.run_command(*retire, env=places), (0, "The database is empty.\n", ""))
         self.assertEqual((self.folder / "log.txt").read_text(), "ann")
 
-        self.type(f"create-user ann {self.cloud.issue_code('ann')}")
+        self.type(f"create-user ann {self.cloud.code('ann')}")
         (self.folder / "audit").symlink_to(self.write("elsewhere", "ann"))
         done = programs.run("qorn-gateway", "--audit", self.folder / "audit", "retire", "--local", "--config",
                             self.config, env=places)
@@ -135,7 +135,7 @@ $""")
     def test_reports_without_private_values(self):
         carol, log, audit = "carol@example.com", self.folder / "log", self.folder / "audit"
         programs.run("qorn-gateway", "--config", self.config, "--log", log, "--audit", audit,
-                     text=f"create-user {carol} {self.cloud.issue_code(carol)}\nremove-user {carol} {carol}\n"
+                     text=f"create-user {carol} {self.cloud.code(carol)}\nremove-user {carol} {carol}\n"
                           "add-friend-to-db $user_uuid gone g Home 02:00:5E:10:00:01 PEER-9")
         tokens = self.secrets()
         with open(log, "a") as lines:

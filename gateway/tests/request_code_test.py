@@ -24,8 +24,8 @@ class RequestCode(GatewayTestCase):
             status, output, _ = self.request(self.cloud.urls[kind], "'a&b c@example.com'")
             self.assertEqual(status, 0)
             self.assertRegex(output, "\n  code: [a-z0-9-]{8,}\n")
-            request = self.cloud.ask("/api/requests")[number]
-            self.assertEqual((request["target"], request["body"]), ("/authorize", "user=a%26b%20c%40example.com"))
+            request = self.cloud.requests()[number]
+            self.assertEqual((request.target, request.body), ("/authorize", "user=a%26b%20c%40example.com"))
 
     def test_says_why_there_is_none(self):
         url, no_code = self.cloud.urls["http"], "the answer holds no code"
@@ -36,15 +36,15 @@ class RequestCode(GatewayTestCase):
                 self.cloud.ask("/api/faults", {"kind": "status", "status": status, "body": body})
                 self.assert_failure(url, error)
         self.assert_failure("file:///etc/hostname#", "Unsupported protocol")
-        self.cloud.ask("/api/faults", {"kind": "refuse"})
-        self.assert_failure(url, "Couldn't connect to server")
+        with self.cloud.refuse_connections():
+            self.assert_failure(url, "Couldn't connect to server")
 
     def test_ends_at_a_signal(self):
         self.cloud.ask("/api/faults", {"kind": "stall"})
         self.configure(f"<account_zep_auth_url>{self.cloud.urls['http']}</account_zep_auth_url>")
         gateway = self.start()
         gateway.type("request-code alice\n")
-        programs.wait_until(self.cloud.exchanges)
+        programs.wait_until(self.cloud.requests)
         gateway.send_signal(signal.SIGTERM)
         gateway.wait_for("/authorize: told to stop")
         gateway.finish()

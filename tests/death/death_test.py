@@ -8,18 +8,16 @@ first death after which one of these does not hold.
 
 import collections
 import contextlib
-import json
-import os
 import pathlib
 import random
 import re
 import shutil
 import sqlite3
-import subprocess
 import sys
 import threading
 
 import programs
+import qorn_devcloud
 
 COUNT, SEED = sys.argv[1], sys.argv[3]
 FOLDER = pathlib.Path(sys.argv[2]).resolve()
@@ -28,19 +26,17 @@ ACCOUNTS = [f"user{number}" for number in range(6)]
 chance = random.Random(int(SEED))
 seen = collections.Counter()  # What happened how often, printed at the end.
 cloud = programs.Cloud()
-config = programs.write_config(FOLDER, cloud, (">off<", ">on<"))
 
 
 def get_code(account):
-    return cloud.issue_code(account + "@x")
+    return cloud.code(account + "@x")
 
 
-class Gateway(programs.Program):
+class Gateway(qorn_devcloud.Gateway):
     """A gateway that is killed at a random moment after arm(); ask() then returns None."""
 
     def __init__(self):
-        super().__init__("./qorn-gateway", "--config", config, "--log", "/dev/null", "--json", "--keep-going",
-                         stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        super().__init__(cloud, FOLDER, keys={"account_enable_MIRLO_network_setting": "on"})
         self.timer = None
 
     def arm(self, most_seconds):
@@ -49,10 +45,8 @@ class Gateway(programs.Program):
             self.timer.start()
 
     def ask(self, words):
-        with contextlib.suppress(BrokenPipeError):
-            os.write(self.stdin.fileno(), (" ".join(words) + "\n").encode())
-        lines = (json.loads(line) for line in self.stdout if line.endswith(b"\n"))
-        return next((answer for answer in lines if answer["type"] == "answer"), None)
+        with contextlib.suppress(qorn_devcloud.Ended):
+            return self.run(*words)
 
     def bury(self):
         self.timer.join()
@@ -136,7 +130,7 @@ def work(gateway, state, todo):
     known = gateway.ask(["get-all-users-uuid"])
     if known is None:
         return ["start"]
-    assert set(known["outputs"]["user_uuids"]) == {row[0] for row in state.users.values()} | {"qornsystem"}, known
+    assert set(known.outputs["user_uuids"]) == {row[0] for row in state.users.values()} | {"qornsystem"}, known
     for patience in range(chance.randrange(12), -1000, -1):
         words = todo.pop(0) if todo else state.choose_command()
         several = words[0] in ("remove-user", "do-factory-reset")
@@ -146,19 +140,19 @@ def work(gateway, state, todo):
         answer = gateway.ask(words)
         if answer is None:
             return words
-        if answer["code"] == 1:
-            for change in state.statements(words, answer["outputs"]):
+        if answer.code == 1:
+            for change in state.statements(words, answer.outputs):
                 change()
             seen[f"{words[0]} answered"] += 1
         if user in state.interrupted and words[0] in CLOUD_COMMANDS:
-            if (words[0], answer["code"]) == ("refresh-access-token", 19):  # The cloud has given a new one.
+            if (words[0], answer.code) == ("refresh-access-token", 19):  # The cloud has given a new one.
                 todo = [["sign-in", words[1], get_code(user)]]
-            elif (words[0], answer["code"]) == ("remove-user", 16):  # The cloud's registration is gone.
+            elif (words[0], answer.code) == ("remove-user", 16):  # The cloud's registration is gone.
                 todo = [["create-user", words[1], get_code(user)], words]
-            elif (words[0], answer["code"]) == ("create-user", 1):
+            elif (words[0], answer.code) == ("create-user", 1):
                 state.interrupted.remove(user)
         else:
-            assert answer["code"] == 1, f"{words} answered {answer}"
+            assert answer.code == 1, f"{words} answered {answer}"
 
 
 def copy_and_look():
@@ -180,11 +174,11 @@ def copy_and_look():
 def tokens_so_far():
     """The refresh tokens that the cloud issued, by the code or refresh token that was sent for them."""
     tokens = {}
-    for request, answer in cloud.exchanges():
-        asked = re.search(rb"\b(?:code|refresh_token)=([^&]+)", request)
-        given = re.search(rb'"refresh_token":\s*"([^"]+)', answer)
-        if request.startswith(b"POST /token ") and given:
-            tokens[asked[1].decode()] = given[1].decode()
+    for request in cloud.requests("/token"):
+        asked = re.search(r"\b(?:code|refresh_token)=([^&]+)", request.body)
+        given = re.search(rb'"refresh_token":\s*"([^"]+)', request.answer or b"")
+        if given:
+            tokens[asked[1]] = given[1].decode()
     return tokens
 
 
@@ -205,7 +199,7 @@ def die_once(state, todo):
         shutil.rmtree(FOLDER / "data")
         (FOLDER / "data").mkdir()
         state, todo = State(), []
-    cloud.ask("/api/requests", method="DELETE")
+    cloud.forget_requests()
     with Gateway() as gateway:
         words = work(gateway, state, todo)
         gateway.bury()

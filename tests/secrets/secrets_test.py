@@ -14,20 +14,21 @@ class Secrets(programs.TestCase):
     def setUp(self):
         super().setUp()
         self.cloud = self.enterContext(programs.Cloud("--gateway", "AABBCC"))
-        self.config = programs.write_config(self.folder, self.cloud, ("LOG_FATAL", "LOG_VERBOSE"), (">off<", ">on<"))
+        self.config = programs.write_config(self.folder, self.cloud, account_log_level="LOG_VERBOSE",
+                                            account_enable_MIRLO_network_setting="on")
         self.command = ("qorn-gateway", "--config", self.config, "--log", self.folder / "log", "--audit",
                         self.folder / "audit")
         self.issued = []
 
     def secrets(self):
         """The client secret, the fixed password, all issued codes, and codes and tokens from the wire."""
-        wire = b"\n".join(part for exchange in self.cloud.exchanges() for part in exchange)
+        wire = b"\n".join(part for seen in self.cloud.requests() for part in (seen.raw, seen.answer))
         found = re.findall(b'(?:code|refresh_token|access_token|oauth_token)"?[=:] *"?([A-Za-z0-9_-]{10,})', wire)
         self.assertGreater(len(found), 10)
         return {b"secret-of-client", b"mivu5830", *self.issued, *found}
 
     def issue_code(self, user):
-        self.issued.append(self.cloud.issue_code(user).encode())
+        self.issued.append(self.cloud.code(user).encode())
         return self.issued[-1].decode()
 
     def assert_none(self, what, text, secrets):
