@@ -52,6 +52,7 @@ class Cloud::Impl : public RequestHandler {
         options_(options),
         settings_(options.settings) {
     AddRoutes();
+    router_.AddStream("GET", "/api/events", [this] { return live_stream_.Open(); });
     AddControlRoutes(control_, &router_);
   }
 
@@ -107,7 +108,8 @@ class Cloud::Impl : public RequestHandler {
     }
     const auto normal = [this, &request] { return HandleAndSave(request); };
     if (request.number == 0) {
-      if (request.method == "GET" && PathOf(request) == "/api/events") return live_stream_.Open();
+      std::optional<Reply> stream = router_.OpenStream(request);
+      if (stream) return *std::move(stream);
       return {Serialize(normal(), keep_alive), Reply::Delivery::kWhole};
     }
     // Faults apply from here on only: the API must always be able to switch them off.

@@ -4,6 +4,7 @@
 
 #include "base/time.h"
 #include "devcloud/faults/fault_json.h"
+#include "devcloud/http/json_text.h"
 #include "evt/event_manager.h"
 #include "gateway/output/text.h"
 #include "runtime/runtime.h"
@@ -165,7 +166,7 @@ void ScenarioRunner::AddSurroundings() {
   Step("fault", kText, [this](W w) {
     devcloud::Fault fault;
     std::string error;
-    if (!devcloud::ParseFault(w[0], &fault, &error)) Fail(error);
+    if (!devcloud::ParseFault(devcloud::ParseJson(w[0]), &fault, &error)) Fail(error);
     cloud_->AddFault(fault);
   });
   Step("refuse-cloud", 1, [this](W w) { cloud_->RefuseConnections(OnOrOff(w[0])); });

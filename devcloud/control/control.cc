@@ -4,6 +4,7 @@
 #include <chrono>
 #include <nlohmann/json.hpp>
 
+#include "devcloud/control/openapi.h"
 #include "devcloud/control/state_json.h"
 #include "devcloud/faults/fault_json.h"
 #include "devcloud/http/json_text.h"
@@ -131,6 +132,18 @@ Answer ShowRequests(const ControlContext& context, const RecordedRequest&) {
   return {.content_type = "application/json", .body = RequestsJson(context.log.requests()) + "\n"};
 }
 
+Answer Describe(const ControlContext&, const RecordedRequest&) {
+  return {.content_type = "application/json", .body = kOpenApiJson};
+}
+
+Answer ShowRoutes(const Router& router) {
+  Json routes = Json::array();
+  for (const std::string& name : router.RouteNames()) {
+    if (name.find(" /api/") != std::string::npos) routes.push_back(name);
+  }
+  return JsonAnswer(200, routes);
+}
+
 }  // namespace
 
 bool IsControlRequest(const RecordedRequest& request) {
@@ -163,6 +176,9 @@ void AddControlRoutes(const ControlContext& context, Router* router) {
   add("GET", "/api/settings", ShowSettings);
   add("POST", "/api/settings", ChangeSettings);
   add("POST", "/api/reset", Reset);
+  add("GET", "/api/openapi.json", Describe);
+  router->Add("GET", "/api/routes",
+              [router](const RecordedRequest&) { return ShowRoutes(*router); });
 }
 
 }  // namespace devcloud

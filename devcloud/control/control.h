@@ -12,8 +12,8 @@ namespace devcloud {
 // Whether the request is for the page or the API, which are not recorded and have no faults.
 bool IsControlRequest(const RecordedRequest& request);
 
-// Adds the page and the API to the router. The context is borrowed. A request that changes
-// something gets status 403 if a page of another site sent it.
+// Adds the page and the API to the router. Context and router are borrowed.
+// A request that changes something gets status 403 if a page of another site sent it.
 //   GET /                  the page; its files are under /page/
 //   GET /api/state         users, devices, faults and URLs; codes and tokens are shortened
 //   POST /api/codes        {"user": ID} signs in: {"code": "..."}
@@ -31,6 +31,8 @@ bool IsControlRequest(const RecordedRequest& request);
 //   POST /api/reset        makes the cloud what it is after a start with the same options and
 //   without
 //                          a state file; stalled requests end without an answer
+//   GET /api/routes        the routes of the router under /api/
+//   GET /api/openapi.json  openapi.json, which describes all these
 // GET /api/events is LiveStream's.
 void AddControlRoutes(const ControlContext& context, Router* router);
 

@@ -16,7 +16,21 @@ Answer CallHandler(const Router::Handler& handler, const RecordedRequest& reques
 }  // namespace
 
 void Router::Add(const std::string& method, const std::string& path, Handler handler) {
-  routes_.push_back({method, path, std::move(handler)});
+  routes_.push_back({method, path, std::move(handler), nullptr});
+}
+
+void Router::AddStream(const std::string& method, const std::string& path,
+                       std::function<Reply()> open) {
+  routes_.push_back({method, path, nullptr, std::move(open)});
+}
+
+std::optional<Reply> Router::OpenStream(const RecordedRequest& request) const {
+  for (const Route& route : routes_) {
+    if (route.open && route.method == request.method && route.path == PathOf(request)) {
+      return route.open();
+    }
+  }
+  return std::nullopt;
 }
 
 Answer Router::Handle(const RecordedRequest& request) const {
@@ -25,13 +39,19 @@ Answer Router::Handle(const RecordedRequest& request) const {
   std::string allowed;
   for (const Route& route : routes_) {
     if (route.path != path) continue;
-    if (route.method == request.method) return CallHandler(route.handler, request);
+    if (route.handler && route.method == request.method) return CallHandler(route.handler, request);
     allowed += (allowed.empty() ? "" : ", ") + route.method;
   }
   if (allowed.empty()) return PlainText(404, "There is no such page.");
   Answer answer = PlainText(405, "Allowed here: " + allowed);
   answer.header_lines = {"Allow: " + allowed};
   return answer;
+}
+
+std::vector<std::string> Router::RouteNames() const {
+  std::vector<std::string> names;
+  for (const Route& route : routes_) names.push_back(route.method + " " + route.path);
+  return names;
 }
 
 }  // namespace devcloud

@@ -141,7 +141,7 @@ TokenGrant Accounts::IssueAccessToken(const std::string& guid, const std::string
 }
 
 TokenGrant Accounts::IssueTokens(const std::string& guid) {
-  const TokenGrant grant = IssueAccessToken(guid, NewSecret());
+  TokenGrant grant = IssueAccessToken(guid, NewSecret());
   RefreshToken& token = records_.refresh_tokens[grant.refresh_token];
   token.guid = guid;
   if (policy_.refresh_lifetime.count() > 0) token.expires = clock_.Now() + policy_.refresh_lifetime;
