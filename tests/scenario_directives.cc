@@ -1,5 +1,6 @@
 // The directives of scenarios, in the order in which README.md describes them.
 #include <future>
+#include <nlohmann/json.hpp>
 #include <regex>
 
 #include "base/time.h"

@@ -7,7 +7,7 @@ import urllib.parse
 
 import jsonschema
 import programs
-from wire import Connection, send
+from qorn_devcloud.wire import Connection, send
 
 JSON = "application/json"
 
@@ -52,12 +52,12 @@ class OpenApi(programs.TestCase):
         """A user with each kind of token on a device, a fault, and a request without an answer."""
         self.cloud.ask("/api/reset", {})
         http = self.cloud.urls["http"]
-        form = "client_id=a&client_secret=b&grant_type=authorization_code&code=" + self.cloud.issue_code("ann@x")
+        form = "client_id=a&client_secret=b&grant_type=authorization_code&code=" + self.cloud.code("ann@x")
         tokens = json.loads(send("POST", http + "/token", form).text.partition("\r\n\r\n")[2])
         send("POST", http + "/device/adduserdevice", f"<dpxDevice><userID>{tokens['userId']}</userID>"
              "<devicePhysicalAddressText>AABB</devicePhysicalAddressText></dpxDevice>",
              [f"X-DPX-userid: {tokens['userId']}", f"Authorization: OAuth oauth_token={tokens['access_token']}"])
-        self.cloud.issue_code("ann@x")
+        self.cloud.code("ann@x")
         self.cloud.ask("/api/faults", {"kind": "stall", "times": -1})
         self.enterContext(Connection(http)).write("GET /authorize HTTP/1.1\r\n\r\n")
         programs.wait_until(lambda: len(self.cloud.ask("/api/requests")) == 3)
