@@ -149,7 +149,7 @@ $""")
         self.assertEqual((made.status, made.errors), (0, ""))
         for value in private + ["ann", "bob"]:
             self.assertNotRegex(made.output.lower(), f"\\b{value.lower()}\\b")
-        for line in ("qorn-gateway 0.1.0", "OAuth_AsClient_app_secret: secret-1", "users: 2", "not asked: ",
+        for line in ("qorn-gateway 0.2.0", "OAuth_AsClient_app_secret: secret-1", "users: 2", "not asked: ",
                      "cannot user=user-[12]&x=user-[12]%40 user-3 token-[1-4]x%3Dtoken-[1-4] address-[2-9]"):
             self.assertRegex(made.output, f"(?m){line}")
         self.assertRegex(made.output, '"user_id":"user-3"')

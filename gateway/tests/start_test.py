@@ -25,7 +25,7 @@ class Start(GatewayTestCase):
         return [case.split(" |") for case in string.Template(cases).substitute(names).splitlines() if " |" in case]
 
     def test_answers_version_and_help(self):
-        self.assertEqual(run("--version"), (0, "qorn-gateway 0.1.0\n", ""))
+        self.assertEqual(run("--version"), (0, "qorn-gateway 0.2.0\n", ""))
         self.assertIn("Exit status", run("--help").output)
 
     def test_names_what_is_wrong_in_one_line_and_exits_with_2(self):

@@ -2,32 +2,16 @@
 # clean-root.sh BUILD: installs the packages of a build into a clean Debian 12, uses, upgrades,
 # removes and purges them. Mounts and processes end with the namespaces that it runs in.
 set -euo pipefail
-if [ "${1:-}" != --inside ]; then
-  mkdir -p build/clean-root
-  root=$(mktemp -d "$PWD/build/clean-root/XXXXXX")
-  trap 'rm -rf --one-file-system "$root"' EXIT
-  # unshare does not listen to SIGTERM.
-  timeout --foreground --signal KILL 600 \
-    unshare --mount --pid --fork --kill-child "$0" --inside "$1" "$root"
-  exit
-fi
-. tests/install/check.sh
 . tests/install/debian.sh
+[ "${1:-}" = --inside ] || in_new_root "$0" "$@"
+. tests/install/check.sh
+. tests/install/inside.sh
 . tests/install/bus.sh
-build=$2 root=$3
+root=$2 build=$3
 umask 022
-credentials=/run/credentials/qorn-gateway.service
 patience=90  # seconds; only ends what hangs
 trap 'exit 1' INT TERM
 
-inside() { chroot "$root" /usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C.UTF-8 "$@"; }
-as() { # USER COMMAND...
-  inside setpriv --reuid "$1" --regid "$(inside id -g "$1")" --init-groups "${@:2}"
-}
-apt_get() {
-  inside DEBIAN_FRONTEND=noninteractive apt-get --yes --quiet --no-install-recommends "$@" 2>&1
-}
-mode() { inside stat -c '%a %U:%G' "$1"; }
 # All files but the package manager's own and the backups of the user database.
 files() {
   find "$root" -xdev -printf '/%P %y %m %u:%g\n' | sort |
@@ -43,23 +27,6 @@ install_dependencies() {
   apt_get install logrotate systemd polkitd $needed
 }
 
-# Starts the development cloud; sets $http and $https. It ends with this script.
-start_cloud() {
-  coproc CLOUD { as qorn qorn-devcloud --port 0 --https-port 0 --print-urls; }
-  { read -r _ http && read -r _ https; } <&"${CLOUD[0]}" || true
-}
-fill_in_config() {
-  sed -i -E "s#(<account_zep_auth_url>)[^<]*#\1$http#; s#(<account_user_portal_url>)[^<]*#\1$https#
-    s#replace-with-#test-#" "$root/etc/qorn/config.xml"
-}
-# Hands the gateway what LoadCredential= of its unit names, as the service manager does.
-load_credentials() {
-  local name file
-  inside install -d -m 500 -o qorn "$credentials"
-  while IFS=: read -r name file; do
-    inside install -m 400 -o qorn "$file" "$credentials/$name"
-  done < <(sed -n 's/^LoadCredential=//p' "$root/lib/systemd/system/qorn-gateway.service")
-}
 gateway() { # OPTION...
   as qorn qorn-gateway --config "$credentials/config.xml" --log /var/log/qorn/gateway.log "$@"
 }
@@ -126,10 +93,7 @@ end_service() {
   wait "$service"
 }
 
-chmod 755 "$root"
-make_root "$root" "$PWD/build/bookworm.tar"
-install -m 755 /dev/stdin "$root/usr/sbin/policy-rc.d" <<<$'#!/bin/sh\nexit 101'  # Packages start nothing.
-mkdir "$root/root/packages"
+prepare_root "$root"
 cp "$build"/*.deb "$root/root/packages"
 names=() packages=()
 for package in "$build"/*.deb; do

@@ -20,3 +20,22 @@ mount_root() { # FOLDER
   mount -t proc proc "$1/proc"
   cp /etc/resolv.conf "$1/etc/resolv.conf"
 }
+
+# in_new_root SCRIPT ARGUMENT...: runs "SCRIPT --inside ROOT ARGUMENT..." and exits with its status. Mounts
+# and processes end with the namespaces that it runs in, and the folder ROOT with it.
+in_new_root() {
+  mkdir -p build/clean-root
+  root=$(mktemp -d "$PWD/build/clean-root/XXXXXX")
+  trap 'rm -rf --one-file-system "$root"' EXIT
+  # unshare does not listen to SIGTERM.
+  timeout --foreground --signal KILL 600 \
+    unshare --mount --pid --fork --kill-child "$1" --inside "$root" "${@:2}"
+  exit
+}
+
+prepare_root() { # FOLDER: a clean Debian whose packages start nothing, with a folder for packages
+  chmod 755 "$1"
+  make_root "$1" "$PWD/build/bookworm.tar"
+  install -m 755 /dev/stdin "$1/usr/sbin/policy-rc.d" <<<$'#!/bin/sh\nexit 101'
+  mkdir "$1/root/packages"
+}
