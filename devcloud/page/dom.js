@@ -20,6 +20,12 @@ export function linkButton(text, action) {
   return button;
 }
 
+// Lists are built anew when they change: the new button gets the focus of the old one, which had the
+// same data-KEY.
+export function focusButton(list, key, value) {
+  [...list.querySelectorAll('button')].find(({dataset}) => dataset[key] === value)?.focus();
+}
+
 export function fill(body, rows) {
   body.replaceChildren(...rows);
   showWhetherEmpty(body);

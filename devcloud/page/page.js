@@ -1,5 +1,5 @@
 // Joins the parts of the page with the cloud's live stream.
-import {$, call, clock, copy, element, fill, linkButton, makeSearch, quiet, row} from './dom.js';
+import {$, call, clock, copy, element, fill, focusButton, linkButton, makeSearch, quiet, row} from './dom.js';
 import {setUpExchange, showExchange} from './exchange.js';
 import {endFaults, readFault, showEndFaults, showFaultFields, showFaults} from './faults.js';
 import {setUpRequests, showRequests} from './requests.js';
@@ -40,9 +40,7 @@ const parts = {
     fill($('users'), users.map(userRow));
     findUsers();
     parts.devices(state.devices);
-    if (focused !== undefined) {
-      [...$('users').querySelectorAll('button')].find(({dataset}) => dataset.user === focused)?.focus();
-    }
+    if (focused) focusButton($('users'), 'user', focused);
   },
   devices(devices) {
     const names = new Map(state.users.map(({guid, user_id}) => [guid, user_id]));

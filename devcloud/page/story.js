@@ -1,5 +1,5 @@
 // One user's story: codes, tokens, devices, and the requests for that user in their order.
-import {$, clock, element, linkButton, quiet} from './dom.js';
+import {$, clock, element, focusButton, linkButton, quiet} from './dom.js';
 import {answerOf, summaries, titleOf} from './requests.js';
 
 let userId = null;
@@ -41,7 +41,7 @@ export function updateStory({users, devices}, open) {
            devices.filter(device => device.users.includes(user.guid)).map(deviceItem));
   fillList('story-requests', summaries().filter(({user}) => user === userId)
       .map(summary => requestItem(summary, open)));
-  if (focused) $('story-requests').querySelector('[data-number="' + focused + '"]')?.focus();
+  if (focused) focusButton($('story-requests'), 'number', focused);
 }
 
 export function showStory(user, state, open) {
@@ -52,5 +52,8 @@ export function showStory(user, state, open) {
 
 export function setUpStory() {
   $('close-story').addEventListener('click', () => $('story').close());
-  $('story').addEventListener('close', () => userId = null);
+  $('story').addEventListener('close', () => {
+    focusButton($('users'), 'user', userId);  // the one that opened it may have been built anew
+    userId = null;
+  });
 }
