@@ -58,14 +58,20 @@ void Run(const std::string& input) {
   AddControlRoutes(context, &router);
   RecordedRequest request = ReadRequest(input);
   log.Add(&request);
-  const std::string before = StateJson(context, -1);
+  const std::string before = StateJson(context, -1) + SettingsJson(settings);
   const Answer answer = router.Handle(request);
-  const std::string after = StateJson(context, -1);
+  const std::string state = StateJson(context, -1);
+  const std::string after = state + SettingsJson(settings);
   fuzz::Require(answer.status == 200 || after == before, "a refused request changes nothing");
   fuzz::Require(answer.status < 500, "no handler throws");
   fuzz::Require(answer.content_type != "application/json" || IsJson(answer.body),
                 "an answer is JSON");
-  fuzz::Require(IsJson(after), "the page can read the state");
+  fuzz::Require(IsJson(state), "the page can read the state");
+  Settings read_again;
+  std::string error;
+  fuzz::Require(ParseSettings(SettingsJson(settings), &read_again, &error) &&
+                    SettingsJson(read_again) == SettingsJson(settings),
+                "settings that hold can be set");
   CheckReplies(faults.faults(), request);
 }
 

@@ -6,22 +6,25 @@
 
 namespace devcloud {
 
+namespace {
+
+const char* ContentTypeOf(std::string_view name) {
+  if (name.ends_with(".css")) return "text/css; charset=utf-8";
+  if (name.ends_with(".js")) return "text/javascript; charset=utf-8";
+  if (name.ends_with(".svg")) return "image/svg+xml";
+  return "text/html; charset=utf-8";
+}
+
+}  // namespace
+
 // The files are part of the program, so that it can be copied and run anywhere.
 void AddPageRoutes(Router* router) {
-  const struct {
-    const char* path;
-    const char* content_type;
-    const char* text;
-  } files[] = {
-      {"/", "text/html; charset=utf-8", kIndexHtml},
-      {"/page/page.css", "text/css; charset=utf-8", kPageCss},
-      {"/page/page.js", "text/javascript; charset=utf-8", kPageJs},
-      {"/page/icon.svg", "image/svg+xml", kIconSvg},
-  };
-  for (const auto& file : files) {
-    Answer answer{
-        .content_type = file.content_type, .body = file.text, .header_lines = PageHeaderLines()};
-    router->Add("GET", file.path,
+  for (const PageFile& file : PageFiles()) {
+    Answer answer{.content_type = ContentTypeOf(file.name),
+                  .body = std::string(file.text),
+                  .header_lines = PageHeaderLines()};
+    const bool is_index = file.name == "index.html";
+    router->Add("GET", is_index ? "/" : "/page/" + std::string(file.name),
                 [answer = std::move(answer)](const RecordedRequest&) { return answer; });
   }
 }

@@ -1,55 +1,14 @@
-'use strict';
+// Joins the parts of the page with the cloud's live stream.
+import {$, call, clock, copy, element, fill, focusButton, linkButton, makeSearch, quiet, row} from './dom.js';
+import {setUpExchange, showExchange} from './exchange.js';
+import {endFaults, readFault, showEndFaults, showFaultFields, showFaults} from './faults.js';
+import {setUpRequests, showRequests} from './requests.js';
+import {setUpStory, showStory, updateStory} from './story.js';
 
-// Text from gateways is untrusted, so nothing here turns a string into HTML.
-const $ = id => document.getElementById(id);
-const kShownRequests = 200, kShownSecrets = 8, kShownBytes = 256 * 1024;
+const kShownSecrets = 8;
+let state = {users: [], devices: []};  // the latest
 
-function element(name, attributes, ...children) {
-  const made = document.createElement(name);
-  for (const [key, value] of Object.entries(attributes)) made.setAttribute(key, value);
-  made.append(...children);
-  return made;
-}
-
-const quiet = text => element('span', {class: 'quiet'}, text);
-const row = (...cells) => element('tr', {role: 'row'},
-    ...cells.map(cell => element('td', {role: 'cell'}, ...[cell].flat())));
-const clock = ms => new Date(ms).toLocaleTimeString('en-GB');
-const size = bytes => bytes === 1 ? '1 byte' : bytes.toLocaleString('en') + ' bytes';
-
-function fill(body, rows) {
-  body.replaceChildren(...rows);
-  showWhetherEmpty(body);
-}
-
-function showWhetherEmpty(body) {
-  const table = body.closest('table');
-  table.hidden = !body.firstChild;
-  table.nextElementSibling.hidden = !table.hidden;
-}
-
-// Throws an Error with the cloud's message if the request fails.
-async function call(method, path, body) {
-  let answer;
-  try {
-    answer = await fetch(path, {method, body: body && JSON.stringify(body)});
-  } catch {
-    throw new Error('The cloud does not answer.');
-  }
-  const result = await answer.json().catch(() => ({}));
-  if (!answer.ok) throw new Error(result.error || 'The cloud answered ' + answer.status + '.');
-  return result;
-}
-
-async function copy(text, button) {
-  try {
-    await navigator.clipboard.writeText(text);  // only in a secure context
-    button.textContent = 'Copied';
-  } catch {
-    button.textContent = 'Select and copy';
-  }
-  setTimeout(() => button.textContent = 'Copy', 2000);
-}
+const open = summary => showExchange(summary, state.urls);
 
 function secrets(credentials) {
   const shown = credentials.slice(0, kShownSecrets).map(({kind, short, expires_ms}) =>
@@ -61,210 +20,59 @@ function secrets(credentials) {
   return element('div', {class: 'secrets'}, ...shown);
 }
 
-function describe({kind, path, times, status, bytes, location}) {
-  const what = {
-    status: 'answers ' + (status || 500),
-    body: 'answers 200 with a body' + (bytes ? ' of ' + size(bytes) : ''),
-    raw: 'sends raw bytes',
-    reset_after: 'resets after ' + size(bytes), truncate_after: 'truncates after ' + size(bytes),
-    stall: 'does not answer', drip: 'sends one byte at a time',
-    redirect: 'redirects (' + (status || 302) + ') to ' + (location || 'the same path'),
-  }[kind];
-  const left = times < 0 ? 'until switched off' : times === 1 ? 'next request' :
-      'next ' + times + ' requests';
-  return [(path === '*' ? 'Every path ' : path + ' ') + what, quiet(left)];
-}
-
-function faultItem(texts, path) {
-  const button = element('button', {type: 'button'}, 'Switch off');
-  button.addEventListener('click', () => endFaults(path));
-  return element('li', {}, element('span', {}, ...texts), button);
-}
-
-async function endFaults(path) {
-  await call('DELETE', path).catch(error => $('fault-error').textContent = error.message);
-  $('faults-title').focus();
+function userRow({user_id, guid, credentials}) {
+  const button = linkButton(user_id, () => showStory(user_id, state, open));
+  button.dataset.user = user_id;
+  return row([button, quiet(guid)], secrets(credentials));
 }
 
 const parts = {
-  urls(urls) {
+  urls({http, https, api}) {
     const entry = (name, ...list) => element('div', {}, element('dt', {}, name),
         ...list.map(url => element('dd', {}, element('code', {}, url))));
-    $('urls').replaceChildren(entry('For gateways', urls.http, urls.https),
-                              entry('Page and API', urls.api));
+    $('urls').replaceChildren(entry('For gateways', http, https), entry('Page and API', api));
     $('refuse-help').textContent = 'Closes the HTTP and HTTPS ports. The page remains at ' +
-        urls.api + '/.';
+        api + '/.';
   },
-  users(users, state) {
-    fill($('users'), users.map(({user_id, guid, credentials}) =>
-        row([user_id, quiet(guid)], secrets(credentials))));
-    parts.devices(state.devices, state);
+  users(users) {
+    $('user-ids').replaceChildren(...users.map(({user_id}) => element('option', {value: user_id})));
+    const focused = document.activeElement.dataset.user;
+    fill($('users'), users.map(userRow));
+    findUsers();
+    parts.devices(state.devices);
+    if (focused) focusButton($('users'), 'user', focused);
   },
-  devices(devices, {users}) {
-    const names = new Map(users.map(({guid, user_id}) => [guid, user_id]));
+  devices(devices) {
+    const names = new Map(state.users.map(({guid, user_id}) => [guid, user_id]));
     fill($('devices'), devices.map(device =>
         row([device.physical_address, quiet(device.peer_id)],
             device.users.map(guid => names.get(guid) || guid).join(', ') || quiet('none'))));
   },
-  faults(faults, {is_refusing}) {
-    const items = faults.map(fault =>
-        faultItem(describe(fault), '/api/faults?number=' + fault.number));
-    if (is_refusing) {
-      items.push(faultItem(['Connections are refused', quiet('until switched off')],
-                           '/api/faults?kind=refuse'));
-    }
-    $('faults').replaceChildren(...items);
-    $('no-faults').hidden = items.length > 0;
-    showEndFaults();
-  },
+  faults: () => showFaults(state),
   clock_ahead_seconds(seconds) {
     $('clock').hidden = seconds === 0;
     $('clock').textContent = 'The cloud’s clock is ' + seconds.toLocaleString('en') +
         ' seconds ahead.';
   },
-  is_refusing: (_, state) => parts.faults(state.faults, state),
+  is_refusing: () => showFaults(state),
 };
 
 // Only the parts that differ are rebuilt, so that focus and selection are kept.
 let shown = {};
-function showState(state) {
+function showState(latest) {
+  state = latest;
   for (const [name, show] of Object.entries(parts)) {
     const text = JSON.stringify(state[name]);
-    if (shown[name] !== text) show(state[name], state);
+    if (shown[name] !== text) show(state[name]);
     shown[name] = text;
   }
+  updateStory(state, open);
 }
 
-const rows = new Map();  // by number: {row, summary}
-
-function requestRow(summary) {
-  const {number, time_ms, tls, method, target, request_bytes, fault, answer_line, answer_bytes} =
-      summary;
-  const open = element('button', {type: 'button'},
-                       method ? method + ' ' + target : 'not an HTTP request');
-  open.addEventListener('click', () => showExchange(number));
-  const status = /^HTTP\/1\.1 (\d+.*)$/.exec(answer_line || '');
-  const answer = answer_line === null ? 'no answer yet' :
-      answer_bytes === 0 ? 'nothing' : status ? status[1] : answer_line;
-  const made = row(clock(time_ms), [open, quiet((tls ? 'https, ' : 'http, ') + size(request_bytes))],
-                   [element('span', {}, answer), answer_bytes ? quiet(size(answer_bytes)) : ''],
-                   fault.replaceAll('_', ' '));
-  if (fault || (status && status[1] >= '4')) {
-    made.children[2].firstChild.className = made.children[3].className = 'bad';
-  }
-  return made;
-}
-
-function showRequests({from_start, oldest, requests}) {
-  if (from_start) {  // numbers begin again
-    rows.clear();
-    $('requests').replaceChildren();
-  }
-  for (const summary of requests) {
-    const made = requestRow(summary);
-    const old = rows.get(summary.number);
-    if (!old) {
-      $('requests').prepend(made);
-    } else {
-      const hadFocus = old.row.contains(document.activeElement);
-      old.row.replaceWith(made);
-      if (hadFocus) made.querySelector('button').focus();
-    }
-    rows.set(summary.number, {row: made, summary});
-  }
-  for (const [number, {row}] of rows) {
-    if (number >= oldest && rows.size <= kShownRequests) break;
-    row.remove();
-    rows.delete(number);
-  }
-  $('forget').hidden = rows.size === 0;
-  showWhetherEmpty($('requests'));
+function showChanges(changes) {
+  showRequests(changes, open);
   showEndFaults();
-}
-
-// A stalled request may wait for a fault that was used up and is no longer in the list.
-function showEndFaults() {
-  const isWaiting = [...rows.values()].some(({summary}) => summary.answer_line === null);
-  $('end-faults').hidden = !isWaiting && $('faults').children.length < 2;
-}
-
-let exchange = {};
-
-// Shows line ends as line breaks and unprintable bytes as \xNN.
-function readable(bytes) {
-  const part = bytes.subarray(0, kShownBytes);
-  let text;
-  try {
-    text = new TextDecoder('utf-8', {fatal: true, ignoreBOM: true}).decode(part);
-  } catch {
-    text = Array.from(part, byte => byte < 0x80 ? String.fromCharCode(byte) : '\\x' +
-        byte.toString(16)).join('');
-  }
-  const hex = c => '\\x' + c.charCodeAt(0).toString(16).padStart(2, '0');
-  const ends = $('line-ends').checked;
-  text = text.replace(/\r?\n/g, end => ends ? (end === '\n' ? '\\n\n' : '\\r\\n\n') : '\n')
-      .replace(/[\x00-\x08\x0b-\x1f\x7f]/g, hex);
-  return bytes.length > part.length ? text + '\n… ' + size(bytes.length - part.length) +
-      ' more: save them' : text;
-}
-
-function renderExchange() {
-  for (const part of ['request', 'answer']) {
-    const bytes = exchange[part];
-    $(part + '-bytes').textContent = bytes instanceof Uint8Array ?
-        (bytes.length ? readable(bytes) : '(no bytes)') : bytes;
-  }
-}
-
-async function fetchPart(number, part) {
-  const url = '/api/exchange?number=' + number + '&part=' + part;
-  const link = $(part + '-file');
-  link.href = url;
-  link.download = part + '-' + number + '.bin';
-  link.textContent = 'Save the ' + part;
-  const answer = await fetch(url).catch(() => null);
-  link.hidden = !answer || !answer.ok;
-  if (!answer) return 'The cloud does not answer.';
-  if (!answer.ok) return (await answer.json()).error;
-  return new Uint8Array(await answer.arrayBuffer());
-}
-
-async function showExchange(number) {
-  const {method, target, tls, time_ms, fault} = rows.get(number).summary;
-  $('exchange-title').textContent = method ? method + ' ' + target : 'Not an HTTP request';
-  $('exchange-about').textContent = 'Number ' + number + ', over ' + (tls ? 'HTTPS' : 'HTTP') +
-      ', at ' + clock(time_ms) + (fault ? ', met the fault “' + fault.replaceAll('_', ' ') + '”' : '');
-  const [request, answer] = await Promise.all([fetchPart(number, 'request'),
-                                               fetchPart(number, 'answer')]);
-  exchange = {request, answer};
-  renderExchange();
-  $('exchange').showModal();
-}
-
-function showFaultFields() {
-  const kind = $('kind').value;
-  for (const field of $('fault').querySelectorAll('[data-for], [data-not]')) {
-    const {for: kinds, not} = field.dataset;
-    field.hidden = kinds ? !kinds.split(' ').includes(kind) : not === kind;
-    if ('disabled' in field) field.disabled = field.hidden;  // so that the form does not validate it
-  }
-  $('status').placeholder = kind === 'redirect' ? '302' : '500';
-  $('bytes').placeholder = kind === 'body' ? 'as long as the body' : '0';
-}
-
-function readFault() {
-  const fault = {kind: $('kind').value};
-  if (fault.kind === 'refuse') return fault;
-  fault.times = $('times').value ? Number($('times').value) : -1;
-  for (const id of ['path', 'status', 'bytes', 'location', 'content_type', 'body']) {
-    const field = $(id);
-    if (field.disabled || field.value === '') continue;
-    fault[id] = field.type === 'number' ? Number(field.value) : field.value;
-  }
-  if (!$('header_lines').disabled) {
-    fault.header_lines = $('header_lines').value.split('\n').filter(line => line !== '');
-  }
-  return fault;
+  updateStory(state, open);
 }
 
 async function submit(event, errorId, action) {
@@ -277,6 +85,10 @@ async function submit(event, errorId, action) {
   }
 }
 
+const findUsers = makeSearch($('find-user'), $('users'));
+setUpRequests();
+setUpExchange();
+setUpStory();
 $('kind').addEventListener('change', showFaultFields);
 $('fault').addEventListener('submit', event =>
     submit(event, 'fault-error', () => call('POST', '/api/faults', readFault())));
@@ -290,13 +102,11 @@ $('sign-in').addEventListener('submit', event => submit(event, 'sign-in-error', 
 $('copy-code').addEventListener('click', () => copy($('code').textContent, $('copy-code')));
 $('end-faults').addEventListener('click', () => endFaults('/api/faults'));
 $('forget').addEventListener('click', () => call('DELETE', '/api/requests').catch(() => {}));
-$('close-exchange').addEventListener('click', () => $('exchange').close());
-$('line-ends').addEventListener('change', renderExchange);
 
 let source = null;
 
-function showConnection(state, text) {
-  $('connection').dataset.state = state;
+function showConnection(name, text) {
+  $('connection').dataset.state = name;
   $('connection').textContent = text;
 }
 
@@ -308,7 +118,7 @@ function connect() {
     shown = {};  // the cloud may have been restarted
   });
   source.addEventListener('state', event => showState(JSON.parse(event.data)));
-  source.addEventListener('requests', event => showRequests(JSON.parse(event.data)));
+  source.addEventListener('requests', event => showChanges(JSON.parse(event.data)));
   source.addEventListener('error', () => {
     showConnection('lost', 'not connected, trying again');
     if (source.readyState === EventSource.CLOSED) setTimeout(() => document.hidden || connect(), 2000);
@@ -325,5 +135,5 @@ document.addEventListener('visibilitychange', () => {
 showFaultFields();
 fill($('users'), []);
 fill($('devices'), []);
-showRequests({from_start: true, oldest: 0, requests: []});
+showChanges({from_start: true, oldest: 0, requests: []});
 connect();

@@ -1,13 +1,18 @@
 #ifndef QORN_DEVCLOUD_PAGE_PAGE_FILES_H_
 #define QORN_DEVCLOUD_PAGE_PAGE_FILES_H_
 
+#include <span>
+#include <string_view>
+
 namespace devcloud {
 
-// The content of the files in devcloud/page/, compiled into the program.
-extern const char* const kIndexHtml;
-extern const char* const kPageCss;
-extern const char* const kPageJs;
-extern const char* const kIconSvg;
+struct PageFile {
+  std::string_view name;
+  std::string_view text;
+};
+
+// The files in devcloud/page/ that browsers load, compiled into the program.
+std::span<const PageFile> PageFiles();
 
 }  // namespace devcloud
 
