@@ -90,6 +90,13 @@ class Connections(CloudTest):
                     connection.socket.close()
 
 
+class AllAddresses(programs.TestCase):
+    def test_have_names_that_no_stranger_can_register(self):
+        with programs.Cloud("--address", "0.0.0.0") as cloud:
+            for host, status in ("devcloud", 200), ("192.0.2.1:80", 200), ("[2001:db8::1]", 200), ("a.example", 421):
+                self.assertEqual(send("GET", cloud.urls["api"] + "/", header_lines=[f"Host: {host}"]).status, status, host)
+
+
 class Faults(CloudTest):
     # A fault and what a client then sees: how the answer ends, its status, how its text begins and ends. Without
     # a fault the form "x=y" is answered 400.

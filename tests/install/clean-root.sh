@@ -68,7 +68,7 @@ gateway() { # OPTION...
 runs_the_example() {
   local folder=$root/tmp/example status=0
   install -d -m 777 "$folder"
-  sed -n '/^```python$/,/^```$/ { /^```/d; p }' docs/test-with-the-cloud.md >"$folder/test_example.py"
+  sed -n '/^```python$/,/^```$/ { /^```$/q; /^```/d; p }' docs/test-with-the-cloud.md >"$folder/test_example.py"
   as nobody env -C /tmp/example python3 -m pytest --basetemp=/tmp/example/base || status=$?
   rm -r "$folder"
   return "$status"
