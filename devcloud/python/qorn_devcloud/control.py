@@ -92,12 +92,14 @@ class Control:
         return dict(self.ask("/api/state"))
 
     @contextlib.contextmanager
-    def fault(self, kind: str, *, path: str = "*", times: int = -1, **members: object) -> Iterator[None]:
+    def fault(self, kind: str, *, path: str = "*", user: str = "*", times: int = -1,
+              **members: object) -> Iterator[None]:
         """Lets requests meet a fault until the end of the block, or the next so many of them.
 
         Kinds and further members are those of POST /api/faults: fault("status", status=503, path="/token").
         """
-        number = self.ask("/api/faults", {"kind": kind, "path": path, "times": times, **members})["number"]
+        fault = {"kind": kind, "path": path, "user": user, "times": times, **members}
+        number = self.ask("/api/faults", fault)["number"]
         try:
             yield
         finally:
@@ -119,3 +121,11 @@ class Control:
     def advance_clock(self, seconds: int) -> None:
         """Moves the clock by which codes and tokens grow old; it never goes back."""
         self.ask("/api/clock", {"advance_seconds": seconds})
+
+    def settings(self, **changes: object) -> dict[str, Any]:
+        """What POST /api/settings knows, after these changes: settings(access_lifetime=60, rotation="never")."""
+        return dict(self.ask("/api/settings", changes or None))
+
+    def reset(self) -> None:
+        """Makes the cloud what it was at its start."""
+        self.ask("/api/reset", method="POST")
