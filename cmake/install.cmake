@@ -1,5 +1,5 @@
-# Where things are installed. One component for each package: platform, account, gateway, devcloud
-# and dev.
+# Where things are installed. One component for each package: platform, account, gateway, devcloud,
+# python and dev.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 

@@ -38,10 +38,17 @@ bool IsIpAddress(const std::string& host) {
          inet_pton(AF_INET6, host.c_str(), &ignored) == 1;
 }
 
+bool StandsForAllAddresses(const std::string& address) {
+  return address == "0.0.0.0" || address == "::";
+}
+
 }  // namespace
 
 bool NamesThisMachine(const RecordedRequest& request, const std::string& address) {
   const Authority named = SplitAuthority(HeaderOf(request, "Host"));
+  if (StandsForAllAddresses(address)) {
+    return IsIpAddress(named.host) || named.host.find('.') == std::string::npos;
+  }
   const std::string default_port = request.tls ? "443" : "80";
   return (named.port.empty() ? default_port : named.port) == std::to_string(request.port) &&
          (strcasecmp(named.host.c_str(), "localhost") == 0 || named.host == address ||

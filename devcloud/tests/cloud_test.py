@@ -90,6 +90,13 @@ class Connections(CloudTest):
                     connection.socket.close()
 
 
+class AllAddresses(programs.TestCase):
+    def test_have_names_that_no_stranger_can_register(self):
+        with programs.Cloud("--address", "0.0.0.0") as cloud:
+            for host, status in ("devcloud", 200), ("192.0.2.1:80", 200), ("[2001:db8::1]", 200), ("a.example", 421):
+                self.assertEqual(send("GET", cloud.urls["api"] + "/", header_lines=[f"Host: {host}"]).status, status, host)
+
+
 class Faults(CloudTest):
     # A fault and what a client then sees: how the answer ends, its status, how its text begins and ends. Without
     # a fault the form "x=y" is answered 400.
@@ -180,9 +187,9 @@ class Program(programs.TestCase):
             self.assertEqual([user["guid"] for user in shown["users"]], [user["guid"] for user in users])
             self.assertIn("PEER-AABB", str(shown["devices"]))
             self.assertEqual(token(cloud, f"authorization_code&code={code}").status, 200)
-            cloud.ask("/api/settings", {"rotation": "grace=60", "refresh_lifetime": 60})
+            cloud.settings(rotation="grace=60", refresh_lifetime=60)
             self.assertEqual(token(cloud, f"refresh_token&refresh_token={old}").status, 200)
-            cloud.ask("/api/clock", {"advance_seconds": 61})
+            cloud.advance_clock(61)
             self.assertEqual(token(cloud, f"refresh_token&refresh_token={old}").status, 400)
 
     def test_a_reset_is_like_a_start_with_the_same_options(self):
@@ -201,17 +208,17 @@ class Program(programs.TestCase):
             stalled.write("POST /authorize HTTP/1.1\r\nContent-Length: 8\r\n\r\nuser=ann")
             page.read_until('"number":1,')
             cloud.code("bob")
-            cloud.ask("/api/settings", {"rotation": "never", "refresh_lifetime": 0})
-            cloud.ask("/api/clock", {"advance_seconds": 5})
+            cloud.settings(rotation="never", refresh_lifetime=0)
+            cloud.advance_clock(5)
             cloud.ask("/api/faults", {"kind": "drip"})
-            cloud.ask("/api/reset", {})
+            cloud.reset()
             self.assertEqual(stalled.read_until(), "")
             self.assertEqual([cloud.ask(path) for path in look], fresh)
             page.read_until('{"from_start":true,"oldest":1,"requests":[]}\n\n')
             self.assertNotIn("bob", (self.folder / "state").read_text())
             cloud.ask("/api/faults", method="DELETE")
             send("GET", cloud.urls["http"] + "/nowhere")
-            self.assertEqual(cloud.ask("/api/requests")[0]["number"], 1)
+            self.assertEqual(cloud.requests()[0].number, 1)
 
     def test_start_says_in_one_line_what_is_wrong(self):
         broken = self.write("state", "{}")

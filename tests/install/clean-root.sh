@@ -22,13 +22,23 @@ files() {
 install_dependencies() {
   local needed
   needed=$(apt_get install --simulate "${packages[@]}" |
-    sed -nE '/^Inst (lib)?qorn-/d; s/^Inst ([^ ]+) .*/\1/p') || return 1
+    sed -nE '/^Inst (lib|python3-)?qorn-/d; s/^Inst ([^ ]+) .*/\1/p') || return 1
   # shellcheck disable=SC2086
-  apt_get install logrotate systemd polkitd $needed
+  apt_get install logrotate systemd polkitd python3-pytest $needed
 }
 
 gateway() { # OPTION...
   as qorn qorn-gateway --config "$credentials/config.xml" --log /var/log/qorn/gateway.log "$@"
+}
+
+# The example of the page, with what the packages installed.
+runs_the_example() {
+  local folder=$root/tmp/example status=0
+  install -d -m 777 "$folder"
+  sed -n '/^```python$/,/^```$/ { /^```$/q; /^```/d; p }' docs/test-with-the-cloud.md >"$folder/test_example.py"
+  as nobody env -C /tmp/example python3 -m pytest --basetemp=/tmp/example/base || status=$?
+  rm -r "$folder"
+  return "$status"
 }
 
 # Exits with 1 if there are warnings, and that certificates are not checked is one.
@@ -125,6 +135,7 @@ check 'bash completes qornctl' inside bash -c \
 check 'zsh finds its completions' inside grep -q '^#compdef qornctl' \
   /usr/share/zsh/vendor-completions/_qornctl
 
+check 'pytest has a cloud and a gateway' runs_the_example
 start_cloud
 check 'the cloud starts as qorn' [ -n "${https:-}" ]
 fill_in_config

@@ -23,6 +23,5 @@ class Cloud(Control, Process):
         if not all(lines):
             with self:
                 raise Ended(f"{program} did not start; standard error says why")
-        # For gateways "http" and "https", for people and tests "api": without a slash at the end.
-        self.urls: dict[str, str] = {kind: url for kind, url in lines}
-        Control.__init__(self, self.urls["api"])
+        # "http" and "https" for gateways, "api" for people and tests.
+        Control.__init__(self, {kind: url for kind, url in lines})

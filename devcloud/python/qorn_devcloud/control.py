@@ -6,7 +6,7 @@ import dataclasses
 import json
 import urllib.error
 import urllib.request
-from collections.abc import Iterator
+from collections.abc import Iterator, Mapping
 from typing import Any
 
 _open = urllib.request.build_opener(urllib.request.ProxyHandler({})).open
@@ -58,15 +58,15 @@ def _read_request(seen: dict[str, Any]) -> Request:
 class Control:
     """The API of a running cloud. Each function raises Refused or, if the cloud cannot be reached, OSError."""
 
-    def __init__(self, api_url: str, timeout: float = 60):
-        """`api_url` is the cloud's "api" URL, without a path; `timeout` is in seconds."""
-        self.api_url = api_url
+    def __init__(self, urls: Mapping[str, str], timeout: float = 60):
+        """`urls` are the cloud's by the names "http" and "api", without a path; `timeout` is in seconds."""
+        self.urls = dict(urls)
         self.api_timeout = timeout
 
     def ask(self, path: str, body: object = None, method: str | None = None) -> Any:
         """The API's answer to a GET, or to a POST if there is a body. `man qorn-devcloud` lists the calls."""
         data = None if body is None else json.dumps(body).encode()
-        request = urllib.request.Request(self.api_url + path, data, method=method)
+        request = urllib.request.Request(self.urls["api"] + path, data, method=method)
         try:
             with _open(request, timeout=self.api_timeout) as answer:
                 return json.load(answer)
@@ -92,12 +92,14 @@ class Control:
         return dict(self.ask("/api/state"))
 
     @contextlib.contextmanager
-    def fault(self, kind: str, *, path: str = "*", times: int = -1, **members: object) -> Iterator[None]:
+    def fault(self, kind: str, *, path: str = "*", user: str = "*", times: int = -1,
+              **members: object) -> Iterator[None]:
         """Lets requests meet a fault until the end of the block, or the next so many of them.
 
         Kinds and further members are those of POST /api/faults: fault("status", status=503, path="/token").
         """
-        number = self.ask("/api/faults", {"kind": kind, "path": path, "times": times, **members})["number"]
+        fault = {"kind": kind, "path": path, "user": user, "times": times, **members}
+        number = self.ask("/api/faults", fault)["number"]
         try:
             yield
         finally:
@@ -119,3 +121,11 @@ class Control:
     def advance_clock(self, seconds: int) -> None:
         """Moves the clock by which codes and tokens grow old; it never goes back."""
         self.ask("/api/clock", {"advance_seconds": seconds})
+
+    def settings(self, **changes: object) -> dict[str, Any]:
+        """What POST /api/settings knows, after these changes: settings(access_lifetime=60, rotation="never")."""
+        return dict(self.ask("/api/settings", changes or None))
+
+    def reset(self) -> None:
+        """Makes the cloud what it was at its start."""
+        self.ask("/api/reset", method="POST")

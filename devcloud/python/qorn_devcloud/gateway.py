@@ -11,7 +11,7 @@ from collections.abc import Mapping
 from typing import Any
 from xml.sax import saxutils
 
-from .cloud import Cloud
+from .control import Control
 from .process import Ended, Process, without_proxies
 
 # docs/configuration.md has the keys. Those up to the portal's URL are all needed.
@@ -30,7 +30,7 @@ _KEYS = {
 }
 
 
-def write_config(folder: pathlib.Path, cloud: Cloud, keys: Mapping[str, object] | None = None) -> pathlib.Path:
+def write_config(folder: pathlib.Path, cloud: Control, keys: Mapping[str, object] | None = None) -> pathlib.Path:
     """Writes config.xml, readable by its owner alone, for a gateway on the cloud with its storage in folder/data.
 
     `keys` replaces values and adds keys. Returns the path of the file.
@@ -67,7 +67,7 @@ class Gateway(Process):
     published up to the latest answer, oldest first, as the console's JSON objects.
     """
 
-    def __init__(self, cloud: Cloud, folder: pathlib.Path, *options: str | pathlib.Path,
+    def __init__(self, cloud: Control, folder: pathlib.Path, *options: str | pathlib.Path,
                  keys: Mapping[str, object] | None = None, program: str = "qorn-gateway"):
         """Starts it with folder/config.xml, which is written anew with these keys, and the log folder/log.
 
