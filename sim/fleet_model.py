@@ -32,7 +32,7 @@ class Settings:
     connections: int = 0
     scheme: str = "https"  # or "http"
     kernel_queue: int = 2  # connections that the portal's kernel completes beyond those
-    boot: str = "normal:60:3"  # when components start: a distribution in seconds
+    boot: str = "normal:60:5"  # when components start: a distribution in seconds
     start_spread: int = 0  # the gateways wait 0 to so many whole seconds more
     outage: float = 0  # the portal is away for the first seconds
     outage_kind: str = "silent"  # or "refused": whether its address drops SYNs or refuses them

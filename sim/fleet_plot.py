@@ -41,3 +41,18 @@ def draw(path, results):
         below.legend(fontsize=8)
     figure.savefig(path, metadata={"Date": None} if path.endswith(".svg") else None)
     matplotlib.pyplot.close(figure)
+
+
+def draw_line(path, across, upwards, lines):
+    """Lines through a few points, over a logarithmic scale."""
+    figure, axes = matplotlib.pyplot.subplots(figsize=(7, 3), layout="constrained")
+    for name, points in lines.items():
+        axes.plot(*zip(*points), "o-", label=name, linewidth=1.2, markersize=3)
+    axes.set_xscale("log")
+    axes.xaxis.set_major_formatter("{x:g}")
+    axes.set_xlabel(across)
+    axes.set_ylabel(upwards)
+    axes.set_ylim(bottom=0)
+    axes.legend(fontsize=8)
+    figure.savefig(path, metadata={"Date": None})
+    matplotlib.pyplot.close(figure)

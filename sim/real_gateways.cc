@@ -1,9 +1,9 @@
 // Runs many gateways with real components and real clocks, each in a process of its own:
 // real_gateways LIBRARY PORTAL-URL SECONDS SPREAD. A line of the input has the second at which a
-// gateway starts; each is on the same second of one clock, whose beginning is printed as seconds of
-// the monotonic clock. Then, for each gateway in the order of the input, one line: the second at
-// which its network setting was complete, or -1 if it was not within SECONDS, and how often it
-// tried.
+// gateway starts. All are on one clock, whose beginning is printed first, as seconds of the
+// monotonic clock. Then there is a line for each gateway in the order of the input: the second at
+// which its component ran, the second at which its network setting was complete, or -1 if it was
+// not within SECONDS, and how often it tried.
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -41,6 +41,7 @@ struct Fleet {
 
 // What a gateway's process writes to its pipe.
 struct Outcome {
+  double started = 0;
   double served = -1;
   int tries = 0;
 };
@@ -95,12 +96,15 @@ Outcome RunGateway(const Fleet& fleet, const std::string& config, Seconds start)
   };
   const auto host = gateway::Host::Start(config, {fleet.library}, &error, wait);
   if (host == nullptr) Die(error);
+  const double started = Now(fleet).count();
   while (host->accounts()->GetNetworkSettingStatus() != 1 && Now(fleet) < fleet.limit) {
     std::this_thread::sleep_for(kPoll);
   }
-  Outcome outcome{.served = Now(fleet).count(), .tries = failures + 1};
-  if (host->accounts()->GetNetworkSettingStatus() != 1) outcome = {.served = -1, .tries = failures};
-  return outcome;
+  const double ended = Now(fleet).count();
+  if (host->accounts()->GetNetworkSettingStatus() != 1) {
+    return {.started = started, .served = -1, .tries = failures};
+  }
+  return {.started = started, .served = ended, .tries = failures + 1};
 }
 
 // Returns the end of a pipe from which the outcome can be read.
@@ -135,7 +139,7 @@ void Run(const Fleet& fleet, const std::vector<double>& starts) {
   for (const int end : ends) {
     Outcome outcome;
     if (read(end, &outcome, sizeof(outcome)) != sizeof(outcome)) Die("a gateway died");
-    std::printf("%.3f %d\n", outcome.served, outcome.tries);
+    std::printf("%.3f %.3f %d\n", outcome.started, outcome.served, outcome.tries);
   }
   while (wait(nullptr) > 0) {
   }
