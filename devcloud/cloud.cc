@@ -64,12 +64,14 @@ class Cloud::Impl : public RequestHandler {
     if (!scenario.empty() && !ReadScenario(scenario, &scenario_, error)) return false;
     if (!state_file.Load(error) || !MakeSelfSigned(named, &certificate, error)) return false;
     AddFromOptions();
-    server_ = HttpServer::Listen(address,
-                                 {{.number = options_.http_port, .tls = false, .may_refuse = true},
-                                  {.number = options_.https_port, .tls = true, .may_refuse = true},
-                                  {.number = options_.api_port, .tls = false, .may_refuse = false}},
-                                 certificate, *this, error);
+    server_ =
+        HttpServer::Listen(address,
+                           {{.number = options_.http_port, .tls = false, .for_gateways = true},
+                            {.number = options_.https_port, .tls = true, .for_gateways = true},
+                            {.number = options_.api_port, .tls = false, .for_gateways = false}},
+                           certificate, *this, error);
     if (server_ == nullptr) return false;
+    server_->SetLimits(options_.settings.limits);
     urls = {.http = Url("http", kHttp), .https = Url("https", kHttps), .api = Url("http", kApi)};
     server_->Run();
     if (scenario_.is_refusing) RefuseConnections(true);
@@ -166,7 +168,7 @@ class Cloud::Impl : public RequestHandler {
 
   void Reset() {
     // Before the rest: requests that go on would change what begins now.
-    server_->EndStalled();
+    server_->EndWaiting();
     ChangeSettings(options_.settings);
     accounts.Restore({});
     devices.Restore({});
@@ -183,9 +185,12 @@ class Cloud::Impl : public RequestHandler {
   }
 
   void ChangeSettings(const Settings& settings) {
-    base::AutoLock lock(settings_lock_);
-    settings_ = settings;
-    accounts.SetPolicy(settings.tokens);
+    {
+      base::AutoLock lock(settings_lock_);
+      settings_ = settings;
+      accounts.SetPolicy(settings.tokens);
+    }
+    server_->SetLimits(settings.limits);
   }
 
   bool EndFault(std::uint64_t number) {

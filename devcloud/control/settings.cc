@@ -14,6 +14,7 @@ namespace {
 using Json = nlohmann::json;
 
 constexpr int kMaxSeconds = 1'000'000'000;
+constexpr int kMaxLimit = 1'000'000;
 constexpr std::string_view kGrace = "grace=";
 
 bool ParseNumber(std::string_view text, int minimum, int maximum, int* number) {
@@ -81,6 +82,16 @@ bool WriteReuse(const std::string& value, Settings* settings) {
   return true;
 }
 
+template <int Limits::*member>
+std::string ReadLimit(const Settings& settings) {
+  return std::to_string(settings.limits.*member);
+}
+
+template <int Limits::*member>
+bool WriteLimit(const std::string& value, Settings* settings) {
+  return ParseNumber(value, 0, kMaxLimit, &(settings->limits.*member));
+}
+
 constexpr Setting kSettings[] = {
     {"access_lifetime", "SECONDS [3600]", "how long new access tokens are valid", true,
      ReadAccessLifetime, WriteAccessLifetime},
@@ -93,6 +104,13 @@ constexpr Setting kSettings[] = {
     {"reuse", "ignore|revoke-user [ignore]",
      "whether the use of a replaced refresh token ends the tokens of its user", false, ReadReuse,
      WriteReuse},
+    {"requests_per_second", "N [0]",
+     "most requests answered in a second on the ports for gateways, first in, first out; 0: no "
+     "limit",
+     true, ReadLimit<&Limits::requests_per_second>, WriteLimit<&Limits::requests_per_second>},
+    {"connections", "N [0]",
+     "most connections accepted at a time on the ports for gateways; 0: no limit", true,
+     ReadLimit<&Limits::connections>, WriteLimit<&Limits::connections>},
 };
 
 bool WriteMember(const std::string& name, const Json& value, Settings* settings) {

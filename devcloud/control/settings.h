@@ -4,6 +4,7 @@
 #include <span>
 #include <string>
 
+#include "devcloud/http/limits.h"
 #include "devcloud/services/token_policy.h"
 
 namespace devcloud {
@@ -11,6 +12,7 @@ namespace devcloud {
 // What options set at the start and the API changes later.
 struct Settings {
   TokenPolicy tokens;
+  Limits limits;
 };
 
 // One row of the table of settings: an option of the program and a member of /api/settings.

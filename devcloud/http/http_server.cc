@@ -16,6 +16,8 @@
 #include <utility>
 
 #include "devcloud/http/http_session.h"
+#include "devcloud/http/listener.h"
+#include "devcloud/http/request_queue.h"
 #include "devcloud/http/socket_transport.h"
 
 namespace devcloud {
@@ -28,73 +30,6 @@ using tcp = asio::ip::tcp;
 // Changes within this time are sent to open pages together, so that a burst of requests does not
 // make one event each.
 constexpr std::chrono::milliseconds kWakeDelay(50);
-
-// One port. A second socket is bound to it but never listens: while the port is closed, clients get
-// "connection refused" and no other program can take the number.
-class Listener {
- public:
-  using OnAccept = std::function<void(tcp::socket)>;
-
-  Listener(asio::io_context& io, OnAccept on_accept)
-      : reservation_(io), acceptor_(io), pause_(io), on_accept_(std::move(on_accept)) {}
-
-  bool Bind(const tcp::endpoint& endpoint, error_code& error) {
-    reservation_.open(endpoint.protocol(), error);
-    if (!error) reservation_.set_option(tcp::socket::reuse_address(true), error);
-    if (!error) reservation_.bind(endpoint, error);
-    return !error && Open(error);
-  }
-
-  bool Open(error_code& error) {
-    if (acceptor_.is_open()) return true;
-    const tcp::endpoint endpoint = reservation_.local_endpoint(error);
-    if (!error) acceptor_.open(endpoint.protocol(), error);
-    if (!error) acceptor_.set_option(tcp::acceptor::reuse_address(true), error);
-    if (!error) acceptor_.bind(endpoint, error);
-    if (!error) acceptor_.listen(asio::socket_base::max_listen_connections, error);
-    if (!error) Accept();
-    return !error;
-  }
-
-  void Close() {
-    error_code ignored;
-    acceptor_.close(ignored);
-    pause_.cancel(ignored);
-    ++close_count_;
-  }
-
-  std::uint16_t port() const {
-    error_code ignored;
-    return reservation_.local_endpoint(ignored).port();
-  }
-
- private:
-  void Accept() {
-    // A handler that was queued before Close still runs; the count tells it that it is late.
-    acceptor_.async_accept(
-        [this, count = close_count_](const error_code& error, tcp::socket socket) {
-          if (count != close_count_) return;
-          if (error) return AcceptLater();
-          on_accept_(std::move(socket));
-          Accept();
-        });
-  }
-
-  // When the process is out of descriptors, every accept fails at once. The pause keeps that from
-  // taking the processor.
-  void AcceptLater() {
-    pause_.expires_after(std::chrono::milliseconds(50));
-    pause_.async_wait([this, count = close_count_](const error_code&) {
-      if (count == close_count_) Accept();
-    });
-  }
-
-  tcp::socket reservation_;
-  tcp::acceptor acceptor_;
-  asio::steady_timer pause_;
-  int close_count_ = 0;
-  const OnAccept on_accept_;
-};
 
 std::string Describe(const std::string& address, std::uint16_t port, const error_code& error) {
   return address + ":" + std::to_string(port) + ": " + error.message();
@@ -131,12 +66,13 @@ class HttpServer::Impl {
     error_code failure;
     const asio::ip::address parsed = asio::ip::make_address(address, failure);
     auto listener = std::make_unique<Listener>(
-        io_, [this, port](tcp::socket socket) { StartSession(port, std::move(socket)); });
+        io_, [this, port] { return !port.for_gateways || HasRoom(); },
+        [this, port](tcp::socket socket) { StartSession(port, std::move(socket)); });
     if (failure || !listener->Bind({parsed, port.number}, failure)) {
       *error = Describe(address, port.number, failure);
       return false;
     }
-    ports_.push_back({.may_refuse = port.may_refuse, .listener = std::move(listener)});
+    ports_.push_back({.for_gateways = port.for_gateways, .listener = std::move(listener)});
     return true;
   }
 
@@ -150,14 +86,27 @@ class HttpServer::Impl {
     RunOnThread([this, refuse] {
       for (OpenPort& port : ports_) {
         error_code failure;
-        if (!port.may_refuse) continue;
+        if (!port.for_gateways) continue;
         if (refuse) {
           port.listener->Close();
         } else if (!port.listener->Open(failure)) {
           throw std::runtime_error(failure.message());
         }
       }
-      if (refuse) EndSessions(Which::kOfRefusingPorts);
+      if (!refuse) return;
+      queue_.Clear();
+      EndSessions(Which::kOfGateways);
+    });
+  }
+
+  void SetLimits(const Limits& limits) {
+    RunOnThread([this, limits] {
+      limits_ = limits;
+      queue_.SetRate(limits.requests_per_second);
+      for (const OpenPort& port : ports_) {
+        if (port.for_gateways) port.listener->SetLongQueue(limits.connections == 0);
+      }
+      ResumeAccepting();
     });
   }
 
@@ -167,10 +116,11 @@ class HttpServer::Impl {
     });
   }
 
-  void EndStalled() {
+  void EndWaiting() {
     RunOnThread([this] {
+      queue_.Clear();
       for (const auto& session : Sessions(Which::kAll)) {
-        if (session->is_stalled()) session->End();
+        if (session->is_waiting()) session->End();
       }
     });
   }
@@ -189,19 +139,20 @@ class HttpServer::Impl {
 
  private:
   struct OpenPort {
-    bool may_refuse;
+    bool for_gateways;
     std::unique_ptr<Listener> listener;
   };
   struct OpenSession {
     std::shared_ptr<HttpSession> session;
-    bool may_refuse;  // as its port
+    bool for_gateways;  // as its port
   };
-  enum class Which { kAll, kOfRefusingPorts };
+  enum class Which { kAll, kOfGateways };
 
   // Runs `body` on the network thread, waits for it and rethrows what it throws.
   void RunOnThread(const std::function<void()>& body) {
-    // The API's handlers run on the network thread already, which would wait for itself.
-    if (io_.get_executor().running_in_this_thread()) return body();
+    // The API's handlers run on the network thread already, which would wait for itself. Before Run
+    // there is no such thread.
+    if (!thread_.joinable() || io_.get_executor().running_in_this_thread()) return body();
     std::packaged_task<void()> task(body);
     asio::post(io_, [&task] { task(); });
     task.get_future().get();
@@ -216,18 +167,34 @@ class HttpServer::Impl {
     } else {
       transport = MakePlainTransport(std::move(socket));
     }
-    const auto session =
-        std::make_shared<HttpSession>(std::move(transport), number, port.tls, handler_,
-                                      [this](const HttpSession* ended) { sessions_.erase(ended); });
-    sessions_[session.get()] = {.session = session, .may_refuse = port.may_refuse};
+    const auto session = std::make_shared<HttpSession>(
+        std::move(transport), number, port.tls, handler_, port.for_gateways ? queue_ : unlimited_,
+        [this](const HttpSession* ended) { EndSession(ended); });
+    sessions_[session.get()] = {.session = session, .for_gateways = port.for_gateways};
+    if (port.for_gateways) ++gateway_sessions_;
     session->Start();
+  }
+
+  void EndSession(const HttpSession* ended) {
+    const auto found = sessions_.find(ended);
+    if (found->second.for_gateways) --gateway_sessions_;
+    sessions_.erase(found);
+    ResumeAccepting();
+  }
+
+  bool HasRoom() const {
+    return limits_.connections == 0 || gateway_sessions_ < limits_.connections;
+  }
+
+  void ResumeAccepting() {
+    for (const OpenPort& port : ports_) port.listener->Resume();
   }
 
   // A copy: a session that ends erases itself from the map.
   std::vector<std::shared_ptr<HttpSession>> Sessions(Which which) const {
     std::vector<std::shared_ptr<HttpSession>> sessions;
     for (const auto& [key, entry] : sessions_) {
-      if (which == Which::kAll || entry.may_refuse) sessions.push_back(entry.session);
+      if (which == Which::kAll || entry.for_gateways) sessions.push_back(entry.session);
     }
     return sessions;
   }
@@ -238,6 +205,7 @@ class HttpServer::Impl {
 
   void Stop() {
     for (OpenPort& port : ports_) port.listener->Close();
+    queue_.Clear();
     EndSessions(Which::kAll);
     wake_timer_.cancel();
     work_.reset();  // lets run() return once the handlers that were cancelled have run
@@ -250,7 +218,11 @@ class HttpServer::Impl {
   std::atomic<bool> is_wake_posted_ = false;  // one timer for all calls until it fires
   asio::ssl::context tls_{asio::ssl::context::tls_server};
   std::vector<OpenPort> ports_;  // in the order given to HttpServer::Listen
+  Limits limits_;
+  RequestQueue queue_{io_};      // for the gateways' ports
+  RequestQueue unlimited_{io_};  // for the others
   std::map<const HttpSession*, OpenSession> sessions_;
+  int gateway_sessions_ = 0;
   std::thread thread_;
 };
 
@@ -276,9 +248,11 @@ std::uint16_t HttpServer::port(std::size_t index) const { return impl_->port(ind
 
 void HttpServer::RefuseConnections(bool refuse) { impl_->RefuseConnections(refuse); }
 
+void HttpServer::SetLimits(const Limits& limits) { impl_->SetLimits(limits); }
+
 void HttpServer::ResumeStalled(std::uint64_t fault_number) { impl_->ResumeStalled(fault_number); }
 
-void HttpServer::EndStalled() { impl_->EndStalled(); }
+void HttpServer::EndWaiting() { impl_->EndWaiting(); }
 
 void HttpServer::WakeStreams() { impl_->WakeStreams(); }
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "devcloud/http/certificate.h"
+#include "devcloud/http/limits.h"
 #include "devcloud/http/request_handler.h"
 
 namespace devcloud {
@@ -20,7 +21,7 @@ class HttpServer {
   struct Port {
     std::uint16_t number;  // 0 picks a free port
     bool tls;
-    bool may_refuse;  // whether RefuseConnections closes it
+    bool for_gateways;  // whether RefuseConnections and SetLimits are about it
   };
 
   // Clients can connect once this returns, and are served once Run is called. Null, with one line
@@ -37,16 +38,20 @@ class HttpServer {
   // The number of the port at this index of the list given to Listen.
   std::uint16_t port(std::size_t index) const;
 
-  // For the ports that may refuse: true closes them and their connections, false reopens them.
+  // For the gateways' ports: true closes them and their connections, false reopens them.
   // Throws std::runtime_error if the system is out of sockets.
   void RefuseConnections(bool refuse);
+
+  // For the gateways' ports, with none at the start. Connections beyond a new limit stay open.
+  void SetLimits(const Limits& limits);
 
   // Calls the handler again for each request stalled by the fault with this number; 0 stands for
   // every fault.
   void ResumeStalled(std::uint64_t fault_number);
 
-  // Closes the connection of each stalled request. In effect when it returns.
-  void EndStalled();
+  // Closes the connection of each request that waits, for its turn or for a fault to end. In effect
+  // when it returns.
+  void EndWaiting();
 
   // Makes every stream send what is new within about 50 ms. Calls during that time count as one.
   void WakeStreams();

@@ -34,9 +34,11 @@ class HttpSession::Parser : public http::request_parser<http::string_body> {
 };
 
 HttpSession::HttpSession(std::unique_ptr<Transport> transport, std::uint16_t port, bool tls,
-                         RequestHandler& handler, std::function<void(const HttpSession*)> on_end)
+                         RequestHandler& handler, RequestQueue& queue,
+                         std::function<void(const HttpSession*)> on_end)
     : transport_(std::move(transport)),
       handler_(handler),
+      queue_(queue),
       on_end_(std::move(on_end)),
       parser_(std::make_unique<Parser>()) {
   request_.port = port;
@@ -59,7 +61,7 @@ void HttpSession::Wake() {
 
 void HttpSession::End() {
   if (std::exchange(is_over_, true)) return;  // Close() runs pending handlers, which end it again
-  if (is_stalled_) {
+  if (is_waiting()) {
     // The log showed the request as unanswered; from here on it never will be answered.
     reply_.delivery = Reply::Delivery::kReset;
     handler_.RecordReply(request_, reply_);
@@ -111,6 +113,14 @@ void HttpSession::OnRequest() {
   request_.body = message.body();
   keep_alive_ = message.keep_alive();
   handler_.Record(&request_);
+  reply_ = {};
+  is_queued_ = true;
+  queue_.Enter([self = shared_from_this()] { self->OnTurn(); });
+}
+
+void HttpSession::OnTurn() {
+  if (is_over_) return;
+  is_queued_ = false;
   Deliver(handler_.Respond(request_, keep_alive_));
 }
 

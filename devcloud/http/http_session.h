@@ -10,6 +10,7 @@
 #include "devcloud/http/recorded_request.h"
 #include "devcloud/http/reply.h"
 #include "devcloud/http/request_handler.h"
+#include "devcloud/http/request_queue.h"
 #include "devcloud/http/transport.h"
 
 namespace devcloud {
@@ -19,17 +20,18 @@ namespace devcloud {
 class HttpSession : public std::enable_shared_from_this<HttpSession> {
  public:
   // `port` and `tls` describe the port that accepted the connection. `on_end` is called once, when
-  // the session ends. The handler is borrowed.
+  // the session ends. The handler and the queue, through which requests are served, are borrowed.
   HttpSession(std::unique_ptr<Transport> transport, std::uint16_t port, bool tls,
-              RequestHandler& handler, std::function<void(const HttpSession*)> on_end);
+              RequestHandler& handler, RequestQueue& queue,
+              std::function<void(const HttpSession*)> on_end);
   ~HttpSession();
 
   void Start();
   // Calls the handler again if its request is stalled by the fault with this number; 0 stands for
   // any fault.
   void Resume(std::uint64_t fault_number);
-  // Whether its request waits for a fault to end.
-  bool is_stalled() const { return is_stalled_; }
+  // Whether its request waits, for its turn or for a fault to end.
+  bool is_waiting() const { return is_queued_ || is_stalled_; }
   // If this is a stream, sends what is new.
   void Wake();
   // Ends the session at once.
@@ -45,6 +47,8 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
   // Sends "100 Continue" to a client that waits for it before its body (RFC 9110 section 10.1.1).
   void SendContinue();
   void OnRequest();
+  // The request has reached the head of the queue.
+  void OnTurn();
   void OnMalformed(int status);
   void Deliver(Reply reply);
   void Drip(std::size_t sent);
@@ -61,6 +65,7 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
 
   const std::unique_ptr<Transport> transport_;
   RequestHandler& handler_;
+  RequestQueue& queue_;
   const std::function<void(const HttpSession*)> on_end_;
   std::array<char, 65536> chunk_;
   std::string unread_;  // received but not parsed yet
@@ -69,6 +74,7 @@ class HttpSession : public std::enable_shared_from_this<HttpSession> {
   Reply reply_;
   bool keep_alive_ = false;
   bool is_continued_ = false;
+  bool is_queued_ = false;
   bool is_stalled_ = false;
   bool is_streaming_ = false;
   bool is_writing_ = false;  // a write on the stream is under way

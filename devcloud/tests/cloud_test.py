@@ -3,6 +3,8 @@
 import os
 import re
 import signal
+import socket
+import time
 
 import programs
 from qorn_devcloud.wire import Connection, send
@@ -66,6 +68,31 @@ class Connections(CloudTest):
             self.assertTrue(self.cloud.state()["is_refusing"])
         for url in (self.http, self.https):
             self.assertEqual(send("GET", url + "/authorize").status, 200)
+
+    def test_limits_are_for_the_ports_of_gateways(self):
+        self.cloud.ask("/api/settings", {"requests_per_second": 20, "connections": 6})
+        question = "GET /authorize HTTP/1.1\r\n\r\n"
+        begin = time.monotonic()
+        accepted = [self.connect(self.http) for _ in range(6)]
+        for number, connection in enumerate(accepted):
+            connection.write(question)
+            programs.wait_until(lambda: len(self.cloud.requests()) > number)
+        accepted[-1].read_until("</html>")
+        self.assertGreaterEqual(time.monotonic() - begin, 5 / 20)
+        self.assertNotIn(None, [request.answer for request in self.cloud.requests()], "not first in, first out")
+        # The kernel completes two more connections, which nobody serves, and then answers no longer.
+        queued = [self.connect(self.http) for _ in range(2)]
+        queued[0].write(question)
+        with socket.socket() as late, self.assertRaises(TimeoutError):
+            late.settimeout(0.3)
+            late.connect(queued[0].socket.getpeername())
+        self.assertEqual(len(self.cloud.requests()), 6)
+        accepted[0].socket.close()
+        queued[0].read_until("</html>")
+        self.cloud.ask("/api/settings", {"requests_per_second": 0, "connections": 0})
+        self.connect(self.https)
+        queued[1].write(question)
+        queued[1].read_until("</html>")
 
     def test_the_end_does_not_wait_for_them(self):
         self.cloud.ask("/api/faults", {"kind": "stall"})
