@@ -67,6 +67,9 @@ class Bus(bus_test_case.BusTestCase):
                 self.ctl("in-alt", "ann", "")
                 return b"SignInAlt" in (watch.stdout.read() or b"")
             programs.wait_until(hears)
+        heard = self.listen()
+        self.ctl("set-session-lifetime", "5")
+        programs.wait_until(lambda: "SessionLifetime" in heard.read_text())
         other = self.write("other.xml", "<config></config>")
         for address, *words in ((self.bus.address, "org.qorn.Accounts1", "another program has it"),
                                 ("unix:path=/none", "unix:path=/none cannot be reached: No such file or directory")):

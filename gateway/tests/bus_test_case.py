@@ -23,6 +23,14 @@ class BusTestCase(programs.TestCase):
         programs.wait_until(lambda: gateway.poll() is not None or self.answers())
         return gateway
 
+    def listen(self):
+        """Returns a file to which all signals of the bus are written from now on."""
+        heard = self.folder / "signals"
+        self.enterContext(programs.Process("dbus-monitor", "--address", self.bus.address, "type='signal'",
+                                           stdout=self.enterContext(heard.open("wb"))))
+        programs.wait_until(heard.read_text)  # Its own name is the first signal.
+        return heard
+
     def answers(self):
         return self.ctl("get-session-lifetime").status == 0
 

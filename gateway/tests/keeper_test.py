@@ -58,10 +58,7 @@ class Keeper(bus_test_case.BusTestCase):
     def test_loses_no_token_that_it_can_keep_and_says_who_must_sign_in(self):
         manager = self.enterContext(socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM))
         manager.bind(str(self.folder / "notify"))
-        heard = self.folder / "signals"
-        self.enterContext(programs.Process("dbus-monitor", "--address", self.bus.address, "type='signal'",
-                                           stdout=self.enterContext(heard.open("wb"))))
-        programs.wait_until(heard.read_text)  # It listens.
+        heard = self.listen()
         is_root = os.geteuid() == 0
         small_disk = ("unshare", "--mount", "sh", "-ec", 'mount -t tmpfs -o size=4m none "$0"; exec "$@"',
                       self.folder / "data")
