@@ -78,7 +78,7 @@ class Bus(bus_test_case.BusTestCase):
             self.assertEqual(refused.status, 2)
             self.assert_one_line(refused.errors, "qorn-gateway: the ", *words)
         report = programs.run("qorn-gateway", "report", "--config", self.folder / "config.xml", "--bus", self.bus.address)
-        self.assertRegex(report.output, r"== Running gateway\nVersion: 0\.1\.0\n(\w+: \d+\n){4}\n")
+        self.assertRegex(report.output, r"== Running gateway\nVersion: 0\.2\.0\n(\w+: \d+\n){4}\n")
         self.assert_stops(gateway)
 
     def test_the_documented_tables_are_the_introspection(self):
