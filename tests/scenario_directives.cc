@@ -87,6 +87,10 @@ void ScenarioRunner::AddLife() {
     Collect();
   });
   Step("clock", 1, [this](W w) { MoveClock(w[0]); });
+  Step("date", 1, [this](W w) {
+    clock_.SetTimeOfDay(base::Time() + base::TimeDelta::FromSeconds(std::stoll(w[0])));
+    MoveClock("0");
+  });
   Step("tick", 0, [this](W) { MoveClock("60"); });
   Step("pauses", kNameAndText, [this](W w) {
     const std::string step = CutFirst(CutFirst(line_->text).second).second;

@@ -11,8 +11,6 @@
 #include <fstream>
 #include <iterator>
 
-#include "gateway/host/storage_lock.h"
-#include "gateway/maintenance/database_copy.h"
 #include "gateway/maintenance/restore.h"
 
 namespace {
@@ -160,9 +158,6 @@ TEST_F(BackupTest, EachRefusalSaysWhy) {
   std::ofstream(database_ + "-journal") << "a write";
   EXPECT_THAT(Restore(Archive(kTables)), testing::HasSubstr("account.db-journal is there"));
   std::filesystem::remove(database_ + "-journal");
-  StorageLock gateway;
-  ASSERT_TRUE(gateway.Take(database_, &error));
-  EXPECT_THAT(Restore(Archive(kTables)), testing::HasSubstr("another gateway works"));
   EXPECT_EQ(Bytes(database_), "the old one");
 }
 
@@ -210,19 +205,6 @@ TEST_F(BackupTest, ACrashOrAFailedCallLeavesOneDatabaseOrTheOther) {
     }
     EXPECT_GT(calls, 7);
     RecordProperty(crash ? "crashes" : "failures", calls - 1);
-  }
-}
-
-TEST_F(BackupTest, ACopyWithoutTokensHoldsNoTrace) {
-  Archive(kTables);
-  for (const bool with_tokens : {false, true}) {
-    Copy copy;
-    std::string error;
-    ASSERT_TRUE(CopyDatabase(folder_ + "/source.db", with_tokens, &copy, &error)) << error;
-    for (const char* token : {"access-1", "refresh-1"}) {
-      EXPECT_EQ(copy.database.find(token) != std::string::npos, with_tokens) << token;
-    }
-    EXPECT_TRUE(CheckDatabase(copy, &error)) << error;
   }
 }
 

@@ -103,36 +103,6 @@ TEST_F(BusServiceTest, SignalsTellNoCodeAndNoSession) {
                                                  testing::Pair("user_id", "ann")));
 }
 
-// Everybody hears of a lifetime that a caller has set.
-TEST_F(BusServiceTest, PropertiesTellOfTheirChanges) {
-  Start();
-  std::promise<std::string> promise;
-  const auto on_change = [](sd_bus_message* signal, void* told, sd_bus_error*) {
-    const char* interface = nullptr;
-    const char* name = nullptr;
-    sd_bus_message_read(signal, "s", &interface);
-    sd_bus_message_enter_container(signal, 'a', "{sv}");
-    sd_bus_message_enter_container(signal, 'e', "sv");
-    sd_bus_message_read(signal, "s", &name);
-    static_cast<std::promise<std::string>*>(told)->set_value(name);
-    return 0;
-  };
-  sd_bus_match_signal(raw_.get(), nullptr, bus::kService, bus::kObject,
-                      "org.freedesktop.DBus.Properties", "PropertiesChanged", on_change, &promise);
-  client_->accounts()->SetSessionLifetime(5);
-  auto future = promise.get_future();
-  while (future.wait_for(std::chrono::seconds(0)) != std::future_status::ready) {
-    if (sd_bus_process(raw_.get(), nullptr) == 0) sd_bus_wait(raw_.get(), UINT64_MAX);
-  }
-  EXPECT_EQ(future.get(), "SessionLifetime");
-  std::string version;
-  EXPECT_EQ(client_->GetVersion(&version), 1);
-  EXPECT_NE(version, "");
-  std::string metrics;
-  EXPECT_EQ(client_->GetMetrics(&metrics), 1);
-  EXPECT_EQ(metrics, "counts");
-}
-
 TEST_F(BusServiceTest, AStalledCloudHoldsUpNobodyAndAStopWaitsForIt) {
   Start();
   std::latch arrived(4), stalled(1);
@@ -170,16 +140,6 @@ TEST_F(BusServiceTest, TheBusMayGoAndComeBack) {
   bus_.Start();
   WaitForReports(2);
   EXPECT_EQ(client_->accounts()->GetUserUUIDFromUserID("ann", &uuid), 1);
-}
-
-TEST_F(BusServiceTest, ATakenNameAndAMissingBusAreOneLine) {
-  Start();
-  std::string error;
-  const BusService::Parts parts{&accounts_, &audit_, &seen_ids_, [] {}, {}};
-  EXPECT_EQ(BusService::Start({.address = bus_.address()}, parts, &error), nullptr);
-  EXPECT_THAT(error, HasSubstr("another program has it"));
-  EXPECT_EQ(BusService::Start({.address = "unix:path=/nowhere"}, parts, &error), nullptr);
-  EXPECT_EQ(error, "the bus unix:path=/nowhere cannot be reached: No such file or directory");
 }
 
 }  // namespace

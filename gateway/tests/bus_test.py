@@ -1,10 +1,7 @@
 """A gateway on a bus of the test's own, and qornctl."""
 
-import json
 import os
 import re
-import socket
-import sqlite3
 import subprocess
 import xml.etree.ElementTree
 
@@ -70,13 +67,18 @@ class Bus(bus_test_case.BusTestCase):
                 self.ctl("in-alt", "ann", "")
                 return b"SignInAlt" in (watch.stdout.read() or b"")
             programs.wait_until(hears)
-        taken = programs.run("qorn-gateway", "--config", self.write("other.xml", "<config></config>"), "--component",
-                             programs.LIBRARIES / "libqorn_gateway_fake_component.so", "--bus", self.bus.address,
-                             "--log", self.folder / "other")
-        self.assertEqual(taken.status, 2)
-        self.assert_one_line(taken.errors, "qorn-gateway: the name org.qorn.Accounts1 cannot be had on the bus ")
+        heard = self.listen()
+        self.ctl("set-session-lifetime", "5")
+        programs.wait_until(lambda: "SessionLifetime" in heard.read_text())
+        other = self.write("other.xml", "<config></config>")
+        for address, *words in ((self.bus.address, "org.qorn.Accounts1", "another program has it"),
+                                ("unix:path=/none", "unix:path=/none cannot be reached: No such file or directory")):
+            refused = programs.run("qorn-gateway", "--config", other, "--bus", address, "--log", self.folder / "other",
+                                   "--component", programs.LIBRARIES / "libqorn_gateway_fake_component.so")
+            self.assertEqual(refused.status, 2)
+            self.assert_one_line(refused.errors, "qorn-gateway: the ", *words)
         report = programs.run("qorn-gateway", "report", "--config", self.folder / "config.xml", "--bus", self.bus.address)
-        self.assertRegex(report.output, r"== Running gateway\nVersion: 0\.1\.0\n(\w+: \d+\n){4}\n")
+        self.assertRegex(report.output, r"== Running gateway\nVersion: 0\.2\.0\n(\w+: \d+\n){4}\n")
         self.assert_stops(gateway)
 
     def test_the_documented_tables_are_the_introspection(self):
@@ -112,41 +114,6 @@ class Bus(bus_test_case.BusTestCase):
             for gauge in "qorn_cloud_last_answer_age_seconds", "qorn_database_size_bytes", "process_start_time_seconds":
                 self.assertRegex(text, rf"\n{gauge} [0-9.e+-]*[1-9]")
             self.assertNotIn('"ann"', text)
-
-    def test_keeps_tokens_fresh_and_says_who_must_sign_in(self):
-        # By their names, both have their turn within the first second.
-        users, database = ("dan2721", "bob1272"), self.folder / "data/account.db"
-        programs.run("qorn-gateway", "--config", programs.write_config(self.folder, self.cloud),
-                     text="".join(f"create-user {user} {self.cloud.code(user)}\n" for user in users))
-        with sqlite3.connect(database) as store:
-            store.execute("UPDATE Users SET refreshToken = 'spent' WHERE userId = 'bob1272'")
-        manager = self.enterContext(socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM))
-        manager.bind(str(self.folder / "notify"))
-        with (self.folder / "signals").open("wb") as signals:
-            self.enterContext(programs.Process("dbus-monitor", "--address", self.bus.address, "type='signal'",
-                                               stdout=signals))
-        programs.wait_until(lambda: (self.folder / "signals").read_text())  # It listens.
-        gateway = self.start_gateway("--keep-tokens", "24", "--metrics",
-                                     env=os.environ | {"NOTIFY_SOCKET": str(self.folder / "notify")})
-        programs.wait_until(lambda: "must sign in: bob1272" in self.ctl("status").output)
-        table = self.ctl("users").output
-        self.assertRegex(table, r"(?m)^bob1272 +\S+ +\S+ +true ")
-        self.assertRegex(table, r"(?m)^dan2721 +\S+ +\S+ +false ")
-        self.assertIn("\nqorn_sign_in_needed_users 1\n", self.ctl("metrics").output)
-        self.ctl("sign-in", "bob1272", self.cloud.code("bob1272"))
-        programs.wait_until(lambda: "must sign in" not in self.ctl("status").output)
-        self.assert_stops(gateway)
-        told = b""
-        while b"STOPPING" not in told:
-            told += manager.recv(100) + b" "
-        self.assertEqual(told, b"READY=1 STATUS=Users that must sign in: 1 STATUS=Users that must sign in: 0 STOPPING=1 ")
-        programs.wait_until(lambda: (self.folder / "signals").read_text().count("SignInNeeded") == 3)
-        kept = [(line["user_id"], line.get("result"), line["message"]) for line in map(
-            json.loads, (self.folder / "audit").read_text().splitlines()) if line["type"] == "keeper"]
-        refused = ("bob1272", 19, "refresh refused, or its answer was lost")
-        self.assertCountEqual(kept, [("dan2721", 1, "tokens refreshed"), refused, refused,
-                                     ("bob1272", None, "must sign in"), ("bob1272", None, "need not sign in any more")])
-        self.assertEqual(programs.mode(self.folder / "data/keeper.json"), "0o600")
 
     def test_metrics_of_console_and_other_components_are_kept_only_when_asked_for(self):
         command = ("qorn-gateway", "--config", programs.write_config(self.folder, self.cloud), "--log", self.folder / "log",

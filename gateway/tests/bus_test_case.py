@@ -12,16 +12,24 @@ class BusTestCase(programs.TestCase):
         self.bus = self.enterContext(programs.Bus(self.folder))
         self.cloud = self.enterContext(programs.Cloud())
 
-    def start_gateway(self, *arguments, calls=1000, **options):
-        """A daemon that allows root ten times as many calls a second; members of the group are in "games"."""
+    def start_gateway(self, *arguments, calls=1000, by=(), **options):
+        """A daemon that allows root ten times as many calls a second, started by the command `by`; its group is "games"."""
         config = programs.write_config(
             self.folder, self.cloud, gateway_bus_calls_per_second=calls, gateway_bus_call_burst=calls,
             gateway_bus_sign_ins_per_minute=1000, gateway_bus_group="games")
         gateway = self.enterContext(programs.Process(
-            "qorn-gateway", "--config", config, "--log", self.folder / "log", "--audit", self.folder / "audit",
-            "--daemon", "--bus", self.bus.address, *arguments, stdout=subprocess.DEVNULL, **options))
+            *by, programs.find_program("qorn-gateway"), "--config", config, "--log", self.folder / "log",
+            "--audit", self.folder / "audit", "--daemon", "--bus", self.bus.address, *arguments, stdout=subprocess.DEVNULL, **options))
         programs.wait_until(lambda: gateway.poll() is not None or self.answers())
         return gateway
+
+    def listen(self):
+        """Returns a file to which all signals of the bus are written from now on."""
+        heard = self.folder / "signals"
+        self.enterContext(programs.Process("dbus-monitor", "--address", self.bus.address, "type='signal'",
+                                           stdout=self.enterContext(heard.open("wb"))))
+        programs.wait_until(heard.read_text)  # Its own name is the first signal.
+        return heard
 
     def answers(self):
         return self.ctl("get-session-lifetime").status == 0

@@ -12,19 +12,20 @@ class TestClock::ManualClock : public Clock {
   explicit ManualClock(const Clock& origin)
       : start_(origin.Now()), start_uptime_(origin.Uptime()) {}
 
-  Time Now() const override { return start_ + Passed(); }
+  Time Now() const override { return start_.load() + Passed(); }
   TimeDelta Uptime() const override { return start_uptime_ + Passed(); }
   void WaitUntil(Lock& lock, ConditionVariable& changed, TimeDelta /*deadline*/) const override
       EXCLUSIVE_LOCKS_REQUIRED(lock) {
-    changed.Wait(lock);  // This clock moves in Advance only, which wakes all sleepers.
+    changed.Wait(lock);  // The uptime moves in Advance only, which wakes all sleepers.
   }
 
   void Add(TimeDelta delta) { passed_microseconds_ += delta.InMicroseconds(); }
+  void SetTimeOfDay(Time time) { start_ = time + (TimeDelta() - Passed()); }
 
  private:
   TimeDelta Passed() const { return TimeDelta::FromMicroseconds(passed_microseconds_); }
 
-  const Time start_;
+  std::atomic<Time> start_;
   const TimeDelta start_uptime_;
   std::atomic<int64_t> passed_microseconds_{0};
 };
@@ -39,6 +40,8 @@ void TestClock::Advance(TimeDelta delta) {
   clock_->Add(delta);
   Sleeper::RecheckDeadlines();
 }
+
+void TestClock::SetTimeOfDay(Time time) { clock_->SetTimeOfDay(time); }
 
 void TestClock::WaitForSleepers(int count) { Sleeper::WaitForSleepers(count); }
 

@@ -26,6 +26,10 @@ class TestClock {
   // function does not wait for them.
   void Advance(TimeDelta delta);
 
+  // Sets the time of day alone, back or ahead by any time, as on a machine that starts without
+  // knowing it. Nothing wakes up: timers and sleeps go by the uptime.
+  void SetTimeOfDay(Time time);
+
   // Returns once at least `count` threads wait for the clock: message loops with a timer that is
   // not yet due, and threads in PlatformThread::Sleep. A thread whose time has come, or whose loop
   // has a task to run, does not count, even if it has not woken up yet. Loops without a timer never

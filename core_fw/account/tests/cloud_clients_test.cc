@@ -45,16 +45,6 @@ TEST_F(HttpsRequestTest, ClassifiesTheStatusAndReturnsTheWholeAnswer) {
   }
 }
 
-TEST_F(HttpsRequestTest, TakesACertificateThatIsMadeForAnotherHost) {
-  devcloud::Options options;
-  options.certificate_address = "127.0.0.9";
-  std::string error;
-  const auto other = devcloud::Cloud::Start(options, &error);
-  ASSERT_NE(other, nullptr) << error;
-  SendRequest({}, other->https_url() + "/token", 1, "", &result_);
-  EXPECT_EQ(result_, kHttpBadRequest);
-}
-
 TEST(HttpsRequest, WithoutAHandleTheResultIsUntouched) {
   static bool fails = false;
   ASSERT_EQ(curl_global_init_mem(
