@@ -5,25 +5,24 @@ Ends with status 1 if a figure of the simulation is further from the real one th
 """
 
 import concurrent.futures
+import contextlib
 import dataclasses
-import json
 import pathlib
 import subprocess
 import sys
 import threading
 import time
-import urllib.request
 
 import numpy
 
 from fleet_model import Settings, draw_starts, simulate
+from qorn_devcloud import Cloud
 
 SEEDS = 9
 BUNCH = 0.032  # Gateways on one machine repeat their SYNs in bunches: as precise as its kernel's timers are.
 STAGGER = 20  # seconds between the beginnings of two settings
 LIMIT = 600  # seconds after which a gateway counts as not served
 FIGURES = (("half served, s", 0.15), ("all served, s", 0.15), ("tries each", 0.25))
-open_url = urllib.request.build_opener(urllib.request.ProxyHandler({})).open
 
 
 def kernel_repeats():
@@ -80,37 +79,25 @@ def simulate_figures(settings, starts, begin):
     return numpy.median(found, axis=0)
 
 
-class Cloud:
-    def __init__(self, folder, settings):
-        addresses = [option for number in range(settings.gateways) for option in ("--gateway", f"GATEWAY-{number}")]
-        self.process = subprocess.Popen(
-            [folder / "bin/qorn-devcloud", "--port", "0", "--https-port", "0", "--print-urls", *addresses,
-             "--requests-per-second", str(settings.requests_per_second), "--connections", str(settings.connections)],
-            stdout=subprocess.PIPE, text=True)
-        self.urls = dict(self.process.stdout.readline().split() for _ in range(3))
-
-    def refuse(self, refuses):
-        request = urllib.request.Request(self.urls["api"] + "/api/faults", b'{"kind":"refuse"}' if refuses else None,
-                                         method="POST" if refuses else "DELETE")
-        open_url(request).close()
+def start_cloud(settings):
+    addresses = [option for number in range(settings.gateways) for option in ("--gateway", f"GATEWAY-{number}")]
+    return Cloud(*addresses, "--requests-per-second", str(settings.requests_per_second),
+                 "--connections", str(settings.connections))
 
 
 def run_real_gateways(folder, settings, boots):
-    cloud = Cloud(folder, settings)
-    if settings.outage:
-        cloud.refuse(True)
-    with subprocess.Popen([folder / "bin/qorn_real_gateways", folder / "lib/libqorn_account.so", cloud.urls[settings.scheme],
-                           str(LIMIT), str(settings.start_spread)],
-                          stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True) as gateways:
-        print(*boots, file=gateways.stdin)
-        gateways.stdin.close()
-        begin = float(gateways.stdout.readline())
+    with start_cloud(settings) as cloud, contextlib.ExitStack() as outage:
         if settings.outage:
-            back = threading.Timer(begin + settings.outage - time.monotonic(), cloud.refuse, (False,))
-            back.start()
-        rows = numpy.array([line.split() for line in gateways.stdout], dtype=float)
-    cloud.process.terminate()
-    cloud.process.wait()
+            outage.enter_context(cloud.refuse_connections())
+        with subprocess.Popen([folder / "bin/qorn_real_gateways", folder / "lib/libqorn_account.so",
+                               cloud.urls[settings.scheme], str(LIMIT), str(settings.start_spread)],
+                              stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True) as gateways:
+            print(*boots, file=gateways.stdin)
+            gateways.stdin.close()
+            begin = float(gateways.stdout.readline())
+            if settings.outage:
+                threading.Timer(begin + settings.outage - time.monotonic(), outage.close).start()
+            rows = numpy.array([line.split() for line in gateways.stdout], dtype=float)
     if len(rows) != settings.gateways:
         sys.exit("compare: the real gateways did not end as they should")
     started, served, tries = rows.T
