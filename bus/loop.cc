@@ -5,8 +5,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdint>
-#include <ctime>
 #include <utility>
 
 namespace bus {
@@ -93,15 +93,14 @@ void Loop::Wait(bool idle) {
       until = std::min(until, FromMicroseconds(timeout));
     }
   }
-  timespec left{};
+  int milliseconds = idle ? -1 : 0;
   if (idle && until != Clock::time_point::max()) {
-    const auto time = std::max<Clock::duration>(until - Clock::now(), Clock::duration::zero());
-    const auto seconds = std::chrono::floor<std::chrono::seconds>(time);
-    left.tv_sec = static_cast<time_t>(seconds.count());
-    left.tv_nsec = static_cast<long>((time - seconds).count());
+    // Rounded up, so that nothing wakes before its time. Not ppoll: fortified, glibc 2.36 hands
+    // 64-bit times to the function that takes 32 bits.
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - Clock::now());
+    milliseconds = static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, INT_MAX));
   }
-  const bool for_ever = idle && until == Clock::time_point::max();
-  ppoll(fds, 2, for_ever ? nullptr : &left, nullptr);
+  poll(fds, 2, milliseconds);
   eventfd_t count = 0;
   if (fds[0].revents != 0) eventfd_read(wake_.get(), &count);
 }

@@ -5,6 +5,15 @@
 
 namespace devcloud {
 
+TimePoint Clock::Now() const {
+  // Not TimePoint's own clock, which has 32 bits in the C++ library of Debian's armhf.
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  const auto wall = std::chrono::seconds(now.tv_sec) + std::chrono::nanoseconds(now.tv_nsec);
+  return TimePoint(std::chrono::duration_cast<TimePoint::duration>(wall)) +
+         std::chrono::seconds(offset_seconds_.load());
+}
+
 std::string HttpDate(TimePoint time) {
   const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
   std::tm parts{};

@@ -13,9 +13,7 @@ using TimePoint = std::chrono::system_clock::time_point;
 // expire. Thread-safe.
 class Clock {
  public:
-  TimePoint Now() const {
-    return std::chrono::system_clock::now() + std::chrono::seconds(offset_seconds_.load());
-  }
+  TimePoint Now() const;
   void Advance(std::chrono::seconds step) { offset_seconds_ += step.count(); }
   // Makes it the wall clock again.
   void Reset() { offset_seconds_ = 0; }

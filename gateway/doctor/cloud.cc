@@ -51,15 +51,27 @@ void SetOptions(CURL* curl, const std::string& url, bool verify, Exchange* excha
   curl_easy_setopt(curl, CURLOPT_PREREQDATA, exchange);
 }
 
+// An HTTP date, in any of its three formats. Not curl_getdate: the library of Debian's armhf
+// returns 32 bits where this program expects the 64 of its own time_t.
+std::optional<time_t> ParseHttpDate(const char* text) {
+  for (const char* format :
+       {"%a, %d %b %Y %H:%M:%S GMT", "%A, %d-%b-%y %H:%M:%S GMT", "%a %b %e %H:%M:%S %Y"}) {
+    std::tm parts{};
+    const char* end = strptime(text, format, &parts);
+    if (end != nullptr && *end == '\0') return timegm(&parts);
+  }
+  return std::nullopt;
+}
+
 std::optional<long> ClockOffset(CURL* curl) {
   curl_header* date = nullptr;
   if (curl_easy_header(curl, "Date", 0, CURLH_HEADER, -1, &date) != CURLHE_OK) return std::nullopt;
-  const time_t cloud = curl_getdate(date->value, nullptr);
-  if (cloud == -1) return std::nullopt;
+  const std::optional<time_t> cloud = ParseHttpDate(date->value);
+  if (!cloud) return std::nullopt;
   // Not std::time, which lags behind by up to a tick of the kernel and so would show a second.
   timespec now{};
   clock_gettime(CLOCK_REALTIME, &now);
-  return static_cast<long>(cloud - now.tv_sec);
+  return static_cast<long>(*cloud - now.tv_sec);
 }
 
 Exchange Ask(const std::string& url, bool verify) {

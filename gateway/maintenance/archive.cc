@@ -75,14 +75,15 @@ class Reader {
     Header header;
     std::memcpy(&header, archive_.data() + position_, kBlock);
     position_ += kBlock;
-    unsigned long long size = 0;
+    unsigned long long stated = 0;
     if (std::strncmp(header.name, name, sizeof(header.name)) != 0 ||
         std::memcmp(header.magic, "ustar", sizeof(header.magic)) != 0 ||
         header.size[sizeof(header.size) - 1] != '\0' ||
-        std::sscanf(header.size, "%llo", &size) != 1 || size > max_size) {
+        std::sscanf(header.size, "%llo", &stated) != 1 || stated > max_size) {
       *error = "is not a copy that qorn-gateway backup made";
       return std::nullopt;
     }
+    const size_t size = static_cast<size_t>(stated);
     if (size + Padding(size) > archive_.size() - position_) return std::nullopt;
     std::string content = archive_.substr(position_, size);
     position_ += size + Padding(size);

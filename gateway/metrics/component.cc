@@ -7,7 +7,7 @@
 
 #include <array>
 #include <atomic>
-#include <chrono>
+#include <ctime>
 #include <fstream>
 #include <new>
 #include <optional>
@@ -41,7 +41,10 @@ constexpr RefusalName kRefusals[] = {{Refusal::kNoRight, "no_right"},
                                      {Refusal::kStopping, "stopping"}};
 
 double SecondsSinceEpoch() {
-  return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
+  // Not std::chrono's system clock, which has 32 bits in the C++ library of Debian's armhf.
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
 }
 
 double ResidentBytes() {

@@ -1,7 +1,6 @@
 #include "gateway/output/clock_text.h"
 
 #include <array>
-#include <chrono>
 #include <cstdio>
 #include <ctime>
 
@@ -23,14 +22,14 @@ std::string LocalTime() {
 }
 
 std::string UtcTime() {
-  const auto now =
-      std::chrono::time_point_cast<std::chrono::milliseconds>(std::chrono::system_clock::now());
-  const auto count = now.time_since_epoch().count();
-  const std::time_t seconds = count / 1000;
+  // Not std::chrono's system clock, which has 32 bits in the C++ library of Debian's armhf.
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
   std::tm parts{};
-  gmtime_r(&seconds, &parts);
+  gmtime_r(&now.tv_sec, &parts);
   std::array<char, 8> fraction{};
-  std::snprintf(fraction.data(), fraction.size(), ".%03dZ", static_cast<int>(count % 1000));
+  std::snprintf(fraction.data(), fraction.size(), ".%03dZ",
+                static_cast<int>(now.tv_nsec / 1000000));
   return Format("%Y-%m-%dT%H:%M:%S", parts) + fraction.data();
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <ctime>
 #include <utility>
 
 #include "base/sleeper.h"
@@ -10,22 +11,22 @@ namespace base {
 
 namespace {
 
-template <typename ChronoClock>
-TimeDelta ReadClock() {
-  using std::chrono::microseconds;
-  return TimeDelta::FromMicroseconds(
-      std::chrono::duration_cast<microseconds>(ChronoClock::now().time_since_epoch()).count());
+// Not std::chrono's clocks: its system clock has 32 bits in the C++ library of Debian's armhf.
+TimeDelta ReadClock(clockid_t clock) {
+  timespec now{};
+  clock_gettime(clock, &now);
+  return TimeDelta::FromSeconds(now.tv_sec) + TimeDelta::FromMicroseconds(now.tv_nsec / 1000);
 }
 
 class RealClock : public Clock {
  public:
   explicit RealClock(TimeDelta uptime)
-      : start_uptime_(uptime), start_(ReadClock<std::chrono::steady_clock>()) {}
+      : start_uptime_(uptime), start_(ReadClock(CLOCK_MONOTONIC)) {}
 
-  Time Now() const override { return Time::UnixEpoch() + ReadClock<std::chrono::system_clock>(); }
+  Time Now() const override { return Time::UnixEpoch() + ReadClock(CLOCK_REALTIME); }
 
   TimeDelta Uptime() const override {
-    return start_uptime_ + (ReadClock<std::chrono::steady_clock>() - start_);
+    return start_uptime_ + (ReadClock(CLOCK_MONOTONIC) - start_);
   }
 
   void WaitUntil(Lock& lock, ConditionVariable& changed, TimeDelta deadline) const override
