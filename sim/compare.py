@@ -40,14 +40,14 @@ def kernel_repeats():
 
 
 def choose_settings(gateways):
-    """The numbers of 200 gateways, for any number of them."""
+    """Given for 200 gateways. In none of them half or all are served just before or after a pause of the fleet."""
     def of(scheme, requests_per_second, connections=0, **others):
         scale = gateways / 200
         return Settings(scheme=scheme, gateways=gateways, requests_per_second=max(1, round(requests_per_second * scale)),
                         connections=max(1, round(connections * scale)) if connections else 0, handshake=BUNCH / 2,
                         turnaround=0, duration=LIMIT, step=0.004, syn_repeats=kernel_repeats(), **others)
     return (of("https", 5, boot="uniform:0:20"),
-            of("https", 10, 4, boot="uniform:0:20"),
+            of("https", 10, 4, boot="uniform:0:10"),
             of("http", 10, 10, boot="uniform:0:20"),
             of("http", 5, 2, boot="uniform:0:20"),
             of("https", 5, 2, boot="uniform:0:20", start_spread=60),
