@@ -31,6 +31,7 @@ class Request:
     target: str  # the path with its query
     header_lines: list[str]
     body: str
+    user: str  # who signs in, whose code or token it is or whom the portal is told, or ""
     fault: str  # the kind of the fault that it met, or ""
     raw: bytes  # the request as it came over the wire
     answer: bytes | None  # the answer as it went out; None while the request stalls
