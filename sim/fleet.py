@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """Simulates a fleet of gateways that fetch their network setting from a portal with limits.
 
 The same options and the same seed give the same result. docs/fleet.md says what came out of it.
