@@ -51,6 +51,15 @@ gateway::Answer RandomSteps::Do(const std::string& name, const Words& words) {
 
 void RandomSteps::Call(const gateway::Operation& operation, const Words& words,
                        gateway::Answer* answer) {
+  const std::string name = operation.name;
+  std::shared_lock<std::shared_mutex> creation(reset_mutex_, std::defer_lock);
+  std::unique_lock<std::shared_mutex> reset(reset_mutex_, std::defer_lock);
+  {
+    std::unique_lock<std::mutex> entrance(entrance_, std::defer_lock);
+    if (name == "CreateUser" || name == "DoFactoryReset") entrance.lock();
+    if (name == "CreateUser") creation.lock();
+    if (name == "DoFactoryReset") reset.lock();
+  }
   std::string error;
   operation.Call(accounts_, words, answer, &error);
 }

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <mutex>
+#include <shared_mutex>
 #include <string>
 #include <vector>
 
@@ -51,6 +52,11 @@ class RandomSteps {
   const unsigned stable_users_;
   const CodeSource issue_code_;
   const std::string peer_id_;
+  // A creation that a factory reset crosses may find the table empty, and then writes the network
+  // strings, which have no lock. So creations share this one, and a reset has it alone. A reset that
+  // waits holds the entrance, or creations would keep it out for ever.
+  std::mutex entrance_;
+  std::shared_mutex reset_mutex_;
   std::mutex mutex_;
   size_t opened_ = 0;
   std::vector<std::string> session_ids_;  // of the latest sign-ins

@@ -53,12 +53,12 @@ class WatchedSteps : public soak::RandomSteps {
     const std::string name = operation.name;
     const bool before = !reset_over_;
     RandomSteps::Call(operation, words, answer);
-    EXPECT_TRUE(answer->code == 1 || name != "get-network-setting-status");
+    EXPECT_TRUE(answer->code == 1 || name != "GetNetworkSettingStatus");
     if (answer->code != 1) return;
     const std::lock_guard<std::mutex> guard(mutex_);
-    if (name == "create-user") removed_.erase(words[0]);
-    if (name == "remove-user") removed_.insert(words[0]);
-    if (name == "sign-out") ++sessions_[words[0]].signed_out;
+    if (name == "CreateUser") removed_.erase(words[0]);
+    if (name == "RemoveUser") removed_.insert(words[0]);
+    if (name == "SignOut") ++sessions_[words[0]].signed_out;
     const std::string session = soak::Output(*answer, "session_id");
     if (!session.empty()) sessions_[session].before_reset_ended = before;
   }
@@ -109,7 +109,7 @@ TEST_F(StressTest, NothingIsLostOrCountedTwice) {
     }
   });
   std::this_thread::sleep_for(half);
-  EXPECT_EQ(service.DoFactoryReset(), 1);
+  EXPECT_EQ(steps.Do("do-factory-reset", {}).code, 1);
   steps.reset_over_ = true;
   steps.MakeStableUsers();
   std::this_thread::sleep_for(half);
