@@ -53,8 +53,8 @@ class RandomSteps {
   const CodeSource issue_code_;
   const std::string peer_id_;
   // A creation that a factory reset crosses may find the table empty, and then writes the network
-  // strings, which have no lock. So creations share this one, and a reset has it alone. A reset that
-  // waits holds the entrance, or creations would keep it out for ever.
+  // strings, which have no lock. So creations share this one, and a reset has it alone. A reset
+  // that waits holds the entrance, or creations would keep it out for ever.
   std::mutex entrance_;
   std::shared_mutex reset_mutex_;
   std::mutex mutex_;

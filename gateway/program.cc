@@ -6,12 +6,14 @@
 #include <atomic>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 
+#include "base/lock.h"
 #include "base/logging.h"
 #include "evt/event_manager.h"
 #include "gateway/console/console.h"
@@ -54,6 +56,15 @@ bool IsOneFile(const std::string& a, const std::string& b) {
   struct stat second {};
   return stat(a.c_str(), &first) == 0 && stat(b.c_str(), &second) == 0 &&
          first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
+// What is FILE.old once FILE has reached its limit would be written over.
+bool ShareFiles(const std::string& a, const std::string& b) {
+  std::error_code none;
+  const auto old = [&none](const std::string& path) {
+    return std::filesystem::canonical(path, none).string() + ".old";
+  };
+  return IsOneFile(a, b) || IsOneFile(old(a), b) || IsOneFile(a, old(b));
 }
 
 GatewayFacts MakeFacts(const Options& options, const Host& host) {
@@ -106,6 +117,7 @@ class Program {
   void SayStopping();
   // Opens log and audit, or opens them anew. False after a line that says what cannot be opened.
   bool OpenFiles();
+  bool OpenLog();
   void NoteLogLine(const std::string& line);
   // False when the program is told to stop meanwhile.
   bool WaitForStart(std::chrono::seconds delay) const;
@@ -116,7 +128,7 @@ class Program {
   void NoteSignInNeeded(const keeper::User& user, bool needed);
   void NoteFreeSpace(const std::string& folder, uint64_t bytes, bool low);
   // Tells the service manager what somebody should look at.
-  void NotifyStatus() const;
+  void NotifyStatus();
   std::vector<std::string> SignInNeeded() const;
   bool RunConsole(const Host& host, base::ScopedFd input);
   void Watch(std::optional<std::chrono::seconds> time);
@@ -128,7 +140,9 @@ class Program {
   Activity activity_;
   SeenIds seen_ids_;
   Audit audit_;
+  base::Lock log_file_lock_;  // opens the log's file
   FileLimit log_limit_;
+  base::Lock status_lock_;
   StopSignals signals_;
   LogView log_view_;
   Metrics* metrics_ = nullptr;  // while the host lives; null when nothing is counted
@@ -147,27 +161,36 @@ void Program::SayStopping() {
 }
 
 bool Program::OpenFiles() {
-  bool good = true;
-  if (!options_.log_file.empty() && !logging::SetLogFile(options_.log_file)) {
-    printer_.Error(options_.log_file + ": cannot be opened for the log");
-    good = false;
-  }
-  if (good) log_limit_.NoteOpened(options_.log_file);
+  bool good = OpenLog();
   if (!options_.audit_file.empty() && !audit_.Open(options_.audit_file)) {
     printer_.Error(options_.audit_file +
                    ": cannot be opened for the audit: " + std::strerror(errno));
     good = false;
   }
   // Two writers in one file would cut each other's lines, and no reader could tell them apart.
-  if (good && !options_.log_file.empty() && IsOneFile(options_.log_file, options_.audit_file)) {
+  if (good && !options_.log_file.empty() && ShareFiles(options_.log_file, options_.audit_file)) {
     printer_.Error(options_.audit_file + ": is the log file; the audit needs one of its own");
     good = false;
   }
   return good;
 }
 
+bool Program::OpenLog() {
+  if (options_.log_file.empty()) return true;
+  {
+    base::AutoLock hold(log_file_lock_);
+    if (logging::SetLogFile(options_.log_file)) {
+      log_limit_.NoteOpened(options_.log_file);
+      return true;
+    }
+  }
+  printer_.Error(options_.log_file + ": cannot be opened for the log");
+  return false;
+}
+
 void Program::NoteLogLine(const std::string& line) {
   NoteTransferError(line);
+  base::AutoLock hold(log_file_lock_);
   if (log_limit_.MakeRoom(line.size())) logging::SetLogFile(options_.log_file);
 }
 
@@ -292,7 +315,9 @@ void Program::NoteFreeSpace(const std::string& folder, uint64_t bytes, bool low)
   NotifyStatus();
 }
 
-void Program::NotifyStatus() const {
+void Program::NotifyStatus() {
+  // Until it is sent, so that the latest status is the one that the manager hears last.
+  base::AutoLock hold(status_lock_);
   std::string status;
   if (const Keeper* const keeper = listening_keeper_) {
     status = "Users that must sign in: " + std::to_string(keeper->SignInNeeded().size());

@@ -11,7 +11,7 @@ import sys
 
 import numpy
 
-from fleet_model import Settings, simulate
+from fleet_model import CONNECT_SECONDS, Settings, simulate
 
 
 def read_options(arguments):
@@ -41,7 +41,16 @@ def read_options(arguments):
     add("seed", int, "of all that is random [%(default)s]")
     parser.add_argument("--json", metavar="FILE", help="write settings, figures and a series by seconds")
     parser.add_argument("--plot", metavar="FILE", help="draw the series; .svg or .png")
-    return parser.parse_args(arguments)
+    options = parser.parse_args(arguments)
+    if options.gateways < 1 or options.step <= 0 or options.duration < options.step:
+        parser.error("there must be a gateway, and a duration of a step or more")
+    if options.boot.partition(":")[0] not in ("uniform", "normal", "constant"):
+        parser.error(f"no distribution of boot times: {options.boot}")
+    # A longer queue would let gateways wait that have no TLS handshake, and they wait five seconds.
+    if options.scheme == "https" and options.requests_per_second and options.connections and (
+            options.kernel_queue > CONNECT_SECONDS * options.requests_per_second):
+        parser.error("over HTTPS the model knows no kernel queue of more than five seconds' requests")
+    return options
 
 
 def summarize(result):
@@ -89,7 +98,7 @@ def print_table(figures):
 
 def write_json(path, result, figures):
     served = result.served[~numpy.isnan(result.served)] + result.begin
-    by_second = numpy.bincount(served.astype(int), minlength=result.connects.size)
+    by_second = numpy.bincount(served.astype(int), minlength=result.connects.size)[:result.connects.size]
     with open(path, "w", encoding="utf-8") as file:
         json.dump({"settings": dataclasses.asdict(result.settings), "figures": figures, "begin": result.begin,
                    "by_second": {"connects": result.connects.tolist(), "answers": result.answers.tolist(),

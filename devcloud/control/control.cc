@@ -45,7 +45,8 @@ std::uint64_t ParseNumber(const std::string& text) {
 
 Answer IssueCode(const ControlContext& context, const RecordedRequest& request) {
   const Json document = ParseJson(request.body);
-  const Json user = document.is_object() ? document.value("user", Json()) : Json();
+  const Json user =
+      document.is_object() && document.size() == 1 ? document.value("user", Json()) : Json();
   const std::string code = user.is_string() ? context.accounts.IssueCode(user) : "";
   if (code.empty()) return JsonError(400, "{\"user\": ID} is needed");
   return JsonAnswer(200, {{"code", code}});
@@ -94,7 +95,9 @@ Answer DeleteFaults(const ControlContext& context, const RecordedRequest& reques
 Answer AdvanceClock(const ControlContext& context, const RecordedRequest& request) {
   constexpr int kMaxSeconds = 1'000'000'000;
   const Json document = ParseJson(request.body);
-  const Json step = document.is_object() ? document.value("advance_seconds", Json()) : Json();
+  const Json step = document.is_object() && document.size() == 1
+                        ? document.value("advance_seconds", Json())
+                        : Json();
   if (!step.is_number_integer() || step < 0 || step > kMaxSeconds) {
     return JsonError(400, "{\"advance_seconds\": N} is needed");
   }

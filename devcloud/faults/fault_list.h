@@ -15,7 +15,7 @@ namespace devcloud {
 // The faults that still apply, in the order in which they were added. Thread-safe.
 class FaultList {
  public:
-  // Numbers the fault and returns its number. Numbers are not reused.
+  // Numbers the fault and returns its number. Numbers are not reused before StartOver.
   std::uint64_t Add(Fault fault);
   // False if there is no such fault.
   bool Remove(std::uint64_t number);

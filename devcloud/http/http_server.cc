@@ -152,7 +152,7 @@ class HttpServer::Impl {
   void RunOnThread(const std::function<void()>& body) {
     // The API's handlers run on the network thread already, which would wait for itself. Before Run
     // there is no such thread.
-    if (!thread_.joinable() || io_.get_executor().running_in_this_thread()) return body();
+    if (io_.get_executor().running_in_this_thread() || !thread_.joinable()) return body();
     std::packaged_task<void()> task(body);
     asio::post(io_, [&task] { task(); });
     task.get_future().get();

@@ -23,11 +23,12 @@ function joinChunks(body) {
   return Uint8Array.from(parts);
 }
 
-// An argument cannot hold every byte, and echo differs between shells: such a body comes from printf.
+// An argument cannot hold every byte nor too many, and echo differs between shells: such a body comes from
+// printf, which would take a "-" for an option.
 function bodyArguments(body) {
-  const isText = body.every(byte => byte === 10 || byte >= 32 && byte < 127);
+  const isText = body.length < 100000 && body.every(byte => byte === 10 || byte >= 32 && byte < 127);
   if (isText) return ['', ['--data-raw ' + quote(utf8(body))]];
-  const octal = Array.from(body, byte => byte >= 32 && byte < 127 && byte !== 92 && byte !== 37 ?
+  const octal = Array.from(body, byte => byte >= 32 && byte < 127 && ![37, 45, 92].includes(byte) ?
       String.fromCharCode(byte) : '\\' + byte.toString(8).padStart(3, '0')).join('');
   return ['printf ' + quote(octal) + ' | ', ['--data-binary @-']];
 }
@@ -35,7 +36,7 @@ function bodyArguments(body) {
 // What curl adds by itself is switched off where the request does not have it.
 function headerArguments(lines, hasBody) {
   const names = lines.map(line => line.split(':')[0].toLowerCase());
-  const own = ['accept', 'user-agent', ...(hasBody ? ['content-type'] : [])];
+  const own = ['accept', 'user-agent', 'host', ...(hasBody ? ['content-type', 'expect'] : [])];
   const kept = lines.filter((_, i) => !['content-length', 'transfer-encoding'].includes(names[i]));
   // "Name;" is curl's way to send a line without a value.
   const sent = kept.map(line => line.replace(/^([^:]*):\s*$/, '$1;'));
@@ -43,20 +44,22 @@ function headerArguments(lines, hasBody) {
       .map(line => '-H ' + quote(line));
 }
 
-// `origin` is the URL that the request came to, without a path.
+// `origin` is the URL of the gateways' port with its scheme, without a path.
 export function asCurl(bytes, method, target, origin) {
   const [end, bodyBegin] = headEnd(latin1(bytes));
   const lines = utf8(bytes.subarray(0, end)).split(/\r?\n/).slice(1);
   const isChunked = lines.some(line => /^transfer-encoding:.*chunked/i.test(line));
   const rest = bytes.subarray(bodyBegin);
   const body = isChunked ? joinChunks(rest) : rest;
-  const [before, data] = body.length ? bodyArguments(body) : ['', []];
+  // curl sends no body with a HEAD.
+  const [before, data] = body.length && method !== 'HEAD' ? bodyArguments(body) : ['', []];
   const flags = origin.startsWith('https') ? ['--insecure'] : [];  // the certificate is its own
   if (/[[\]{}]|\/\./.test(target)) flags.push('--globoff', '--path-as-is');
   if (method === 'HEAD') flags.push('--head');
   else if (method !== (body.length ? 'POST' : 'GET')) flags.push('-X ' + quote(method));
-  const url = target.startsWith('/') ? origin + target : origin;
-  if (!target.startsWith('/')) flags.push('--request-target ' + quote(target));
+  const isPath = target.startsWith('/') && !target.includes('#');
+  const url = isPath ? origin + target : origin;
+  if (!isPath) flags.push('--request-target ' + quote(target));
   return before + ['curl', ...flags, quote(url), ...headerArguments(lines, body.length > 0), ...data]
       .join(' \\\n  ');
 }

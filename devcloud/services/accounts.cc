@@ -165,8 +165,11 @@ void Accounts::RevokeTokensOf(const std::string& guid) {
 void Accounts::RemoveExpired() {
   const TimePoint now = clock_.Now();
   EraseExpired(now, &records_);
-  std::erase_if(records_.refresh_tokens, [now](const auto& entry) {
-    return entry.second.used && *entry.second.used + kReuseMemory <= now;
+  const bool has_grace = policy_.rotation == TokenPolicy::Rotation::kGrace;
+  const TimePoint::duration memory =
+      has_grace ? std::max<TimePoint::duration>(kReuseMemory, policy_.grace) : kReuseMemory;
+  std::erase_if(records_.refresh_tokens, [now, memory](const auto& entry) {
+    return entry.second.used && *entry.second.used + memory <= now;
   });
 }
 

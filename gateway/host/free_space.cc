@@ -35,9 +35,11 @@ FreeSpaceWatch::~FreeSpaceWatch() {
 void FreeSpaceWatch::Run() {
   bool was_low = false;
   for (bool stop = false; !stop;) {
-    const uint64_t bytes = FreeBytes(folder_).value_or(kLowSpace);
-    const bool low = bytes < kLowSpace;
-    if (std::exchange(was_low, low) != low) on_change_(bytes, low);
+    // While it is not known nothing is told, least of all that there is room again.
+    if (const std::optional<uint64_t> bytes = FreeBytes(folder_)) {
+      const bool low = *bytes < kLowSpace;
+      if (std::exchange(was_low, low) != low) on_change_(*bytes, low);
+    }
     base::AutoLock hold(lock_);
     if (!stop_) stopped_.WaitFor(lock_, kBetweenLooks);
     stop = stop_;

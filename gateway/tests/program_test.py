@@ -144,6 +144,9 @@ class Files(GatewayTestCase):
                 self.assertLess(1000, file.stat().st_size)
                 self.assertLessEqual(file.stat().st_size, 4096)
                 self.assertRegex(file.read_text(), r"\A[{\[](?s:.*)\n\Z")  # Whole lines.
+        # It would be written over.
+        refused = programs.run(*self.command, "--audit", self.folder / "log.old")
+        self.assertEqual((refused.status, refused.errors.count("is the log file")), (2, 1))
 
     def test_says_once_that_little_space_is_left(self):
         # No file system has less of it.

@@ -27,7 +27,15 @@ X509_time_adj_ex'
 
 failed=0
 for file in "$@"; do
-  found=$(imports_of "$file" | grep --line-regexp --fixed-strings "$short") || continue
+  imports=$(imports_of "$file")
+  [ -n "$imports" ] || {
+    printf 'check-time.sh: %s imports nothing\n' "$file" >&2
+    exit 2
+  }
+  found=$(grep --line-regexp --fixed-strings "$short" <<<"$imports") || {
+    [ $? -eq 1 ] || exit 2
+    continue
+  }
   printf '%s imports with 32-bit time: %s\n' "$file" "$(tr '\n' ' ' <<<"$found")" >&2
   failed=1
 done

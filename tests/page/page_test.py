@@ -120,10 +120,10 @@ def recorded():
 
 def send_odd_requests():
     """What a command line cannot hold as it is; returns the targets."""
-    heads = ["POST /odd?a=[1]&b={2}/../c HTTP/1.1\r\nX-Empty:\r\nX-Quote: it's $HOME\r\nContent-Length: 13",
+    heads = ["POST /odd?a=[1]&b={2}/../c HTTP/1.1\r\nX-Empty:\r\nX-Quote: it's $HOME\r\nContent-Length: 18",
              "PUT /chunked HTTP/1.1\r\nUser-Agent: x\r\nTransfer-Encoding: chunked", "HEAD /head HTTP/1.1",
              "OPTIONS * HTTP/1.1\r\nAccept: */*"]
-    bodies = (b"@a'b\\n%d\x00\xff\r\n\n", b"3;x=y\r\n@ab\r\n2\r\nc\n\r\n0\r\n\r\n", b"", b"")
+    bodies = (b"--b\r\n@a'b\\n%d\x00\xff\r\n\n", b"3;x=y\r\n@ab\r\n2\r\nc\n\r\n0\r\n\r\n", b"", b"")
     host, port = find("#urls code").text.removeprefix("http://").split(":")
     for head, body in zip(heads, bodies):
         with socket.create_connection((host, int(port)), 10) as connection:
@@ -143,7 +143,9 @@ def check_curl(target):
     wait_for("#exchange-title", target)
     find("#copy-curl").send_keys(Keys.ENTER)
     original = next(request for request in recorded() if request["target"] == target)
+    before = recorded()[-1]["number"]
     subprocess.run(["sh", "-c", find("#curl").get_attribute("textContent")], check=True, capture_output=True)
+    assert recorded()[-1]["number"] > before
     assert essence(recorded()[-1]) == essence(original), (recorded()[-1], original)
     press(Keys.ESCAPE)
 

@@ -63,6 +63,7 @@ class Control:
         """`urls` are the cloud's by the names "http" and "api", without a path; `timeout` is in seconds."""
         self.urls = dict(urls)
         self.api_timeout = timeout
+        self._resets = 0
 
     def ask(self, path: str, body: object = None, method: str | None = None) -> Any:
         """The API's answer to a GET, or to a POST if there is a body. `man qorn-devcloud` lists the calls."""
@@ -100,15 +101,20 @@ class Control:
         Kinds and further members are those of POST /api/faults: fault("status", status=503, path="/token").
         """
         fault = {"kind": kind, "path": path, "user": user, "times": times, **members}
-        number = self.ask("/api/faults", fault)["number"]
+        number, resets = self.ask("/api/faults", fault)["number"], self._resets
         try:
             yield
         finally:
-            try:
-                self.ask(f"/api/faults?number={number}", method="DELETE")
-            except Refused as refusal:
-                if refusal.status != 404:  # It has been met as often as it was asked for.
-                    raise
+            # After a reset the number may be another fault's.
+            if resets == self._resets:
+                self._end_fault(number)
+
+    def _end_fault(self, number: int) -> None:
+        try:
+            self.ask(f"/api/faults?number={number}", method="DELETE")
+        except Refused as refusal:
+            if refusal.status != 404:  # It has been met as often as it was asked for.
+                raise
 
     @contextlib.contextmanager
     def refuse_connections(self) -> Iterator[None]:
@@ -130,3 +136,4 @@ class Control:
     def reset(self) -> None:
         """Makes the cloud what it was at its start."""
         self.ask("/api/reset", method="POST")
+        self._resets += 1
