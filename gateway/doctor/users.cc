@@ -61,8 +61,7 @@ Finding ExamineClock(const Stored& stored) {
   finding.value = UtcText(stored.latest_stamp);
   finding.MarkWarning(
       "is the latest date in the database, and this machine's clock is behind it: set the clock, "
-      "by "
-      "NTP if it can be reached");
+      "by NTP if it can be reached");
   return finding;
 }
 
